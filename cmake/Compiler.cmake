@@ -1,0 +1,35 @@
+# SPDX-License-Identifier: AGPL-3.0-or-later
+# What every compiler is told: the language, the bits of floating point, the warnings of our own code.
+
+set (CMAKE_CXX_STANDARD 20)
+set (CMAKE_CXX_STANDARD_REQUIRED ON)
+set (CMAKE_CXX_EXTENSIONS OFF)
+set (CMAKE_POSITION_INDEPENDENT_CODE ON)
+set (CMAKE_C_VISIBILITY_PRESET hidden)
+set (CMAKE_CXX_VISIBILITY_PRESET hidden)
+set (CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+# A fused multiply-add rounds once where the formulas round twice: it would change some 3 % of all output samples.
+if (MSVC)
+    set (kestrinExactFloatingPoint /fp:precise)
+else()
+    set (kestrinExactFloatingPoint -ffp-contract=off)
+endif()
+
+add_compile_options (${kestrinExactFloatingPoint})
+
+if (KESTRIN_SANITIZE)
+    add_compile_options (-fsanitize=${KESTRIN_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    add_link_options (-fsanitize=${KESTRIN_SANITIZE})
+endif()
+
+# Turns warnings into errors for the listed sources only: the targets compile JUCE's modules too, which have their own taste.
+function (kestrin_strict_warnings)
+    if (MSVC)
+        set (flags /W4 /WX)
+    else()
+        set (flags -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wdouble-promotion -Werror)
+    endif()
+
+    set_property (SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS ${flags})
+endfunction()

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <array>
+
+/** The step sequencer: ten overlapping gates, the binary digits of a counter of half beats. Step index j is on for the
+    first half of every period of 2^j beats, and the offsets of all steps that are on are summed. */
+namespace frequencer
+{
+inline constexpr int numSteps = 10;
+
+struct Offsets
+{
+    /** Normalised positions, 0 to 1, with 0.5 as no offset. */
+    std::array<float, numSteps> highpass {};
+    std::array<float, numSteps> lowpass {};
+};
+
+struct Result
+{
+    /** Which steps are on at the position. */
+    std::array<bool, numSteps> stepLit {};
+
+    /** The summed offsets, -2 to 2. */
+    float highpass = 0.0f;
+    float lowpass = 0.0f;
+
+    /** Some step carries an offset, whether it is on or not. */
+    bool active = false;
+};
+
+/** @param beats       the transport's position
+    @param shiftBeats  added to the position
+    Audio thread; never allocates. */
+[[nodiscard]] Result evaluate (double beats, float shiftBeats, const Offsets& offsets) noexcept;
+} // namespace frequencer

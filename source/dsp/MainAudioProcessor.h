@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ButterworthFilter.h"
+#include "Frequencer.h"
+#include "frame/AudioProcessorKestrin.h"
+#include "GrungeLadder.h"
+#include "LfoGenerator.h"
+#include "parameters/ParameterSet.h"
+#include "ResonancePeak.h"
+#include "SlewValue.h"
+
+/** The plug-in: a highpass and a lowpass in series, in two families, moved by two LFOs and the Frequencer.
+
+    The control side (updateControlRate, one call of which is a tick) reads transport and parameters and designs the
+    filters; the audio side (processFrame) only runs them. While anything moves there is one tick per frame, and one per
+    65536 frames otherwise. The public fields are what the window shows and what the tests look at; they are written on
+    the audio thread. */
+class MainAudioProcessor : public juce::AudioProcessorKestrin
+{
+public:
+    MainAudioProcessor();
+    ~MainAudioProcessor() override;
+
+    const juce::String getName() const override;
+    void prepareToPlay (double sampleRate, int maximumExpectedSamplesPerBlock) override;
+    void releaseResources() override {}
+    double getTailLengthSeconds() const override { return 0.0; }
+    bool acceptsMidi() const override { return false; }
+    bool producesMidi() const override { return false; }
+    bool isMidiEffect() const override { return false; }
+    juce::AudioProcessorEditor* createEditor() override;
+    bool hasEditor() const override { return true; }
+
+    // One unnamed program: the plug-in has no preset bank.
+    int getNumPrograms() override { return 1; }
+    int getCurrentProgram() override { return 0; }
+    void setCurrentProgram (int index) override;
+    const juce::String getProgramName (int index) override;
+    void changeProgramName (int, const juce::String&) override {}
+
+    bool isBusesLayoutSupported (const BusesLayout& layouts) const override;
+    void updateControlRate() override;
+    std::pair<float, float> processFrame (float left, float right) override;
+
+    std::array<LfoGenerator, ParameterSet::numLfos> lfo;
+
+    /** One LFO cycle in beats, and its words, in step with the choice of lfo1_mode and lfo2_mode. */
+    std::vector<float> barLengths;
+    std::vector<std::string> barLabels;
+
+    /** Difference of the two frequency knobs while they are linked; at or below -90 it has not been captured yet. The
+        window alone reads and writes it, on the message thread; it lives here to outlast the window. */
+    float freqLinkOffset = -100.0f;
+
+    std::array<bool, ParameterSet::numSteps> stepLit {};
+
+    SlewValue hpFreqSlew, lpFreqSlew, hpResoSlew, lpResoSlew;
+    std::int32_t hpPoles = 0;
+    std::int32_t lpPoles = 0;
+    float hpPeakBandwidth = 1.0f;
+    float lpPeakBandwidth = 1.0f;
+    std::array<float, ParameterSet::numLfos> wobblePhase {};
+    std::array<float, ParameterSet::numLfos> wobbleStep {};
+    std::array<float, ParameterSet::numLfos> wobbleDepth {};
+
+    /** 0 to 10: ten times the sixth power of the slewed resonance. */
+    float hpResonance = 0.0f;
+    float lpResonance = 0.0f;
+
+    std::unique_ptr<ButterworthFilter> hpFilter, lpFilter;
+    std::unique_ptr<GrungeLadder> hpLadder, lpLadder;
+    std::unique_ptr<ResonancePeak> hpResonator, lpResonator;
+
+    ParameterSet parameters;
+};

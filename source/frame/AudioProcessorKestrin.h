@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <juce_audio_processors/juce_audio_processors.h>
+#include <juce_dsp/juce_dsp.h>
+
+namespace juce
+{
+/** The frame of the plug-in: turns the host's blocks into one call of processFrame per stereo frame, runs the control-rate
+    clock beside it, protects both from wild input, and keeps the settings as a block of bytes. It knows nothing of what
+    the frames are processed by.
+
+    Audio arrives and leaves in single precision, in place. updateControlRate runs before a frame whenever somebody has
+    raised controlUpdatePending, and otherwise every 65536 frames, wherever the blocks fall.
+
+    The public fields are shared between audio and message thread as plain members, on purpose: a lost request costs one
+    late update, which the clock bounds. */
+class AudioProcessorKestrin : public AudioProcessor
+{
+public:
+    explicit AudioProcessorKestrin (const BusesProperties& buses);
+    ~AudioProcessorKestrin() override;
+
+    void prepareToPlay (double sampleRate, int maximumExpectedSamplesPerBlock) override;
+    void releaseResources() override {}
+    bool isBusesLayoutSupported (const BusesLayout&) const override { return true; }
+    void processBlock (AudioBuffer<float>& buffer, MidiBuffer& midi) override;
+    using AudioProcessor::processBlock;
+
+    int getNumPrograms() override;
+    int getCurrentProgram() override;
+    void setCurrentProgram (int index) override;
+    const String getProgramName (int index) override;
+    void changeProgramName (int index, const String& newName) override;
+
+    void getStateInformation (MemoryBlock& destData) override;
+    void setStateInformation (const void* data, int sizeInBytes) override;
+
+    /** Brings everything that follows from time, transport and parameters up to date. Audio thread only. */
+    virtual void updateControlRate() = 0;
+
+    /** Processes one stereo frame at the processing rate. Audio thread only.
+        @returns the processed left and right sample */
+    virtual std::pair<float, float> processFrame (float left, float right) = 0;
+
+    /** Called once for each run of frames, before the first of them. Audio thread only. */
+    virtual void beginBlock (AudioBuffer<float>& buffer, int frameCount);
+
+    /** Asks for updateControlRate before the next frame. Any thread. */
+    void requestControlUpdate() noexcept
+    {
+        controlUpdatePending = true;
+        framesSinceRequest = 0;
+    }
+
+    /** Takes the host's sample rate over if it is plausible, and otherwise keeps the last one that was. */
+    void refreshHostSampleRate() noexcept;
+
+    /** Frames per second of the internal loop. */
+    [[nodiscard]] double processingRate() const noexcept { return (double) oversamplingFactor * hostSampleRate; }
+
+    /** The last plausible sample rate seen from the host, in Hz. */
+    double hostSampleRate = 96000.0;
+
+    /** A power of two. Nothing changes it: the plug-in runs at factor 1. */
+    int oversamplingFactor = 1;
+
+    bool controlUpdatePending = true;
+
+    /** Frames processed since controlUpdatePending was last raised; stands still at its largest value. */
+    std::int32_t framesSinceRequest = 0;
+
+protected:
+    /** A preset bank of a derived plug-in: name, and the attributes of the settings element as text. */
+    std::vector<std::pair<String, String>> programs;
+    int currentProgram = 0;
+    int loadedProgram = -1;
+
+    /** The attributes of the last loaded or saved settings that are not parameters: they survive into the next save. */
+    std::map<String, String> extraAttributes;
+
+    /** For a derived class that needs chance; the frame itself draws nothing. */
+    Random random;
+
+private:
+    void setExtraAttribute (String key, String value);
+    [[nodiscard]] std::vector<std::string> splitPath (const std::string& text) const;
+    void ensureDefaultProgram();
+    void updateOversampler (int numChannels);
+    void processPiece (AudioBuffer<float>& buffer);
+
+    std::uint32_t controlCounter = 0;
+    int oversamplerBlockSize = 32768;
+    int preparedBlockSize = 8192;
+    float activeOversamplingFactor = 1.0f;
+    std::unique_ptr<dsp::Oversampling<float>> oversampler;
+    MemoryBlock stateScratch;
+
+    // The capacity behind the limit of frames per run. Nothing reads or writes them after construction.
+    std::vector<float> workBufferLeft;
+    std::vector<float> workBufferRight;
+
+    // A hook: raised by every load of state, read by nothing yet.
+    bool stateTouched = true;
+
+    JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (AudioProcessorKestrin)
+};
+} // namespace juce

@@ -1,0 +1,5 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "dsp/MainAudioProcessor.h"
+
+/** Where JUCE's plug-in client asks for a new instance. */
+juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter() { return new MainAudioProcessor(); }

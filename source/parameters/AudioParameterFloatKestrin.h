@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <juce_audio_processors/juce_audio_processors.h>
+
+namespace juce
+{
+/** A parameter whose value is always its normalised position, 0 to 1: for the host, the settings, the window and the
+    engine alike, and for choices too. What the position means is said by valueKind, and only the text follows it; each
+    reader applies its own curve. All fields but lastSeenValue are constant after construction. */
+class AudioParameterFloatKestrin : public AudioParameterFloat
+{
+public:
+    /** How a position is put into words. */
+    enum ValueKind : std::int32_t
+    {
+        wholeKind = 1,
+        percentKind = 2,
+        cubicKind = 3,
+        gainKind = 4,
+        highGainKind = 5,
+        frequencyKind = 6,
+        exponentialKind = 7,
+        signedFifteenKind = 8,
+        bandwidthKind = 9,
+        choiceKind = 10,
+        bipolarKind = 11,
+        ratioKind = 12,
+        timeKind = 13
+    };
+
+    /** A parameter on a display range.
+        @param newDefaultValue  normalised, 0 to 1
+        @param unit             if empty, the kind's own unit is taken */
+    AudioParameterFloatKestrin (const String& parameterID, const String& parameterName, float newMinValue,
+                                float newMaxValue, float newDefaultValue, int newValueKind, std::string unit);
+
+    /** A choice. Its positions are fractions of newStepCount - 1, and the texts fill the lowest of them: room above the
+        last text is meant, and decides which normalised value is stored for a text. */
+    AudioParameterFloatKestrin (const String& parameterID, const String& parameterName, float newMinValue,
+                                float newMaxValue, int defaultIndex, std::vector<std::string> newChoiceTexts,
+                                int newStepCount);
+
+    ~AudioParameterFloatKestrin() override = default;
+
+    /** The index of the nearest of stepCount positions, not limited by the number of texts; 0 for a parameter that is no
+        choice and for a value that is no number. Any thread. */
+    [[nodiscard]] int getChoiceIndex() const noexcept { return getChoiceIndexForValue (get()); }
+
+    /** The same for any position. */
+    [[nodiscard]] int getChoiceIndexForValue (float position) const noexcept;
+
+    /** True if the value differs from the one at the last call. Audio thread only. */
+    [[nodiscard]] bool hasChanged() noexcept
+    {
+        const auto value = get();
+
+        if (value == lastSeenValue)
+            return false;
+
+        lastSeenValue = value;
+        return true;
+    }
+
+    [[nodiscard]] std::vector<std::string> getChoiceTexts() const { return choiceTexts; }
+    [[nodiscard]] int getStepCount() const noexcept { return stepCount; }
+
+    /** The text of any position. Allocates; any thread but the audio thread. */
+    [[nodiscard]] std::string formatValueText (float position) const;
+
+    std::int32_t valueKind = 0;
+    float defaultValue = 0.0f;
+    float lastSeenValue = -1.0e20f;
+    std::int32_t stepCount = 0;
+    float minValue = 0.0f;
+    float maxValue = 1.0f;
+    std::vector<std::string> choiceTexts;
+    String unitText;
+
+private:
+    void startAtDefault (float newDefaultValue);
+
+    JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (AudioParameterFloatKestrin)
+};
+} // namespace juce

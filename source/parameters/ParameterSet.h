@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <array>
+
+#include "AudioParameterFloatKestrin.h"
+
+/** Makes the 55 parameters, hands them to the processor, which owns them, and keeps a name for each.
+    The pointers are never null and live as long as the processor. */
+class ParameterSet
+{
+public:
+    using Parameter = juce::AudioParameterFloatKestrin;
+
+    static constexpr int numLfos = 2;
+    static constexpr int numSteps = 10;
+
+    explicit ParameterSet (juce::AudioProcessor& owner);
+
+    Parameter* hpFreq = nullptr;
+    Parameter* hpReso = nullptr;
+    Parameter* hpMode = nullptr;
+    Parameter* lpFreq = nullptr;
+    Parameter* lpReso = nullptr;
+    Parameter* lpMode = nullptr;
+    juce::AudioParameterBool* link = nullptr;
+    Parameter* inertia = nullptr;
+
+    std::array<Parameter*, numLfos> lfoSpeed {};
+    std::array<Parameter*, numLfos> lfoMode {};
+    std::array<Parameter*, numLfos> lfoPhase {};
+    std::array<Parameter*, numLfos> lfoShape {};
+    std::array<Parameter*, numLfos> lfoCurve {};
+    std::array<Parameter*, numLfos> lfoSync {};
+    std::array<Parameter*, numLfos> lfoToHpFreq {};
+    std::array<Parameter*, numLfos> lfoToLpFreq {};
+    std::array<Parameter*, numLfos> lfoToHpReso {};
+    std::array<Parameter*, numLfos> lfoToLpReso {};
+    std::array<Parameter*, numLfos> lfoToOtherLfo {};
+
+    Parameter* filtMode = nullptr;
+    Parameter* seqOffs = nullptr;
+    Parameter* seqUnit = nullptr;
+    Parameter* srndHpf = nullptr;
+    Parameter* srndLpf = nullptr;
+
+    std::array<Parameter*, numSteps> seqHpf {};
+    std::array<Parameter*, numSteps> seqLpf {};
+};
