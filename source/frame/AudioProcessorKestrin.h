@@ -91,7 +91,6 @@ protected:
 
 private:
     void setExtraAttribute (String key, String value);
-    [[nodiscard]] std::vector<std::string> splitPath (const std::string& text) const;
     void ensureDefaultProgram();
     void updateOversampler (int numChannels);
     void processPiece (AudioBuffer<float>& buffer);
