@@ -94,7 +94,6 @@ private:
 
     [[nodiscard]] static FramePointers framesOf (dsp::AudioBlock<float>& block, int numIn, int numOut);
     void setExtraAttribute (String key, String value);
-    [[nodiscard]] std::vector<std::string> splitPath (const std::string& text) const;
     void ensureDefaultProgram();
     void updateOversampler (int numChannels);
     void processRun (AudioBuffer<float>& buffer);
