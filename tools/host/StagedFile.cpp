@@ -33,7 +33,9 @@ StagedFile::StagedFile (const juce::File& target)
                               + ".partial"))
 {
     requirePlainPlace (finalFile);
-    open();
+
+    // To learn now, and not after a long render, that nothing can be written here.
+    open().reset();
 }
 
 StagedFile::~StagedFile() { hiddenFile.deleteFile(); }
