@@ -2,6 +2,7 @@
 #include "MainAudioProcessor.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 
@@ -566,7 +567,7 @@ MainAudioProcessor::Structure MainAudioProcessor::readStructure() const noexcept
 /** What consecutive ticks have left, one entry per tick and frame. */
 struct MainAudioProcessor::TickSeries
 {
-    using Values = std::array<float, maxRunFrames>;
+    using Values = std::array<float, maxDesigns>;
 
     [[nodiscard]] static std::span<const float> part (const Values& values, std::size_t first, std::size_t count) noexcept
     {
@@ -587,35 +588,39 @@ void MainAudioProcessor::processFrames (float* left, float* right, int numFrames
     const auto count = (size_t) numFrames;
     auto frames = FrameRun (storage).first (count);
 
-    for (size_t i = 0; i < count; ++i)
-        storage[i] = StereoPair::widened (left[i], right[i]);
+    widen (left, right, frames);
 
     while (! frames.empty())
         frames = frames.subspan (isControlUpdateDue() ? processAwake (frames) : processAsleep (frames));
 
-    for (size_t i = 0; i < count; ++i)
-        storage[i].narrowTo (left[i], right[i]);
+    narrow (FrameRun (storage).first (count), left, right);
 }
 
 size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
 {
     const auto limit = std::min (frames.size(), (size_t) framesUntilClockedUpdate());
-    const auto filtMode = parameters.filtMode->get();
 
-    // The watch of every frame, with all that does not change kept at hand.
-    const auto isUnchanged = [&hpFreq = *parameters.hpFreq, &lpFreq = *parameters.lpFreq, &hpReso = *parameters.hpReso,
-                              &lpReso = *parameters.lpReso, lastHpFreq = parameters.hpFreq->lastSeenValue,
-                              lastLpFreq = parameters.lpFreq->lastSeenValue,
-                              lastHpReso = parameters.hpReso->lastSeenValue,
-                              lastLpReso = parameters.lpReso->lastSeenValue]
+    // The watch of every frame, in as few instructions as it can be: values of the same bits have not moved, but for a NaN,
+    // which always has. Other bits end the run, and watchParameters says whether anything has moved.
+    const auto watch = [] (const ParameterSet::Parameter& parameter)
     {
-        return hpFreq.get() == lastHpFreq && lpFreq.get() == lastLpFreq && hpReso.get() == lastHpReso
-               && lpReso.get() == lastLpReso;
+        const auto bits = std::bit_cast<std::uint32_t> (parameter.lastSeenValue);
+        return std::pair { &parameter, std::isnan (parameter.lastSeenValue) ? ~bits : bits };
     };
+
+    const auto isSame = [] (const auto& watched)
+    { return std::bit_cast<std::uint32_t> (watched.first->get()) == watched.second; };
+
+    const auto hpFreq = watch (*parameters.hpFreq);
+    const auto lpFreq = watch (*parameters.lpFreq);
+    const auto hpReso = watch (*parameters.hpReso);
+    const auto lpReso = watch (*parameters.lpReso);
+    const std::pair filtMode { parameters.filtMode, std::bit_cast<std::uint32_t> (parameters.filtMode->get()) };
 
     size_t count = 1;
 
-    while (isUnchanged() && count < limit && parameters.filtMode->get() == filtMode)
+    while (count < limit && isSame (hpFreq) && isSame (lpFreq) && isSame (hpReso) && isSame (lpReso)
+           && isSame (filtMode))
         ++count;
 
     skipClock ((int) count);
@@ -627,7 +632,7 @@ size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
 size_t MainAudioProcessor::processAwake (FrameRun frames)
 {
     TickSeries ticks;
-    gatherTicks (ticks, frames.size());
+    gatherTicks (ticks, std::min (frames.size(), maxDesigns));
     mapSlews (ticks);
 
     if (ticks.filtMode == ladderMode)
@@ -710,7 +715,7 @@ void MainAudioProcessor::runButterworth (const TickSeries& ticks, size_t first, 
 {
     ButterworthFilter::Series hpSeries, lpSeries;
     ResonancePeak::Series hpPeakSeries, lpPeakSeries;
-    std::array<double, maxRunFrames> peakHz;
+    std::array<double, maxDesigns> peakHz;
 
     const auto hpHz = TickSeries::part (ticks.hpHz, first, count);
     const auto lpHz = TickSeries::part (ticks.lpHz, first, count);

@@ -23,19 +23,15 @@ constexpr double highestImplausibleRate = 10000000001.0;
 /** The first channel's bounds are not symmetric, and a NaN becomes the upper one: projects sound like that. */
 [[nodiscard]] float clampFirstChannel (float sample) noexcept
 {
-    if (-30.0f > sample)
-        return -30.0f;
-
-    return sample < 20.0f ? sample : 20.0f;
+    const auto raised = -30.0f > sample ? -30.0f : sample;
+    return raised < 20.0f ? raised : 20.0f;
 }
 
 /** Narrower below than the first channel's, and a NaN passes: both are meant. */
 [[nodiscard]] float clampSecondChannel (float sample) noexcept
 {
-    if (-20.0f > sample)
-        return -20.0f;
-
-    return sample > 20.0f ? 20.0f : sample;
+    const auto raised = -20.0f > sample ? -20.0f : sample;
+    return raised > 20.0f ? 20.0f : raised;
 }
 } // namespace
 
