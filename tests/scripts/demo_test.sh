@@ -15,7 +15,7 @@ checks=0
 
 project="$scratch/a project"
 page="$project/build/demo/index.html"
-mkdir -p "$project/scripts" "$project/tools/demo" "$project/build/release/tools/"{host/kestrin-host_artefacts/Release,demo} "$scratch/bin"
+mkdir -p "$project/scripts" "$project/tools/demo" "$project/build/release/tools/"{host,demo} "$scratch/bin"
 cp "$script" "$project/scripts/demo"
 cp "$patch" "$project/tools/demo/"
 
@@ -29,7 +29,7 @@ fake "$project/scripts/setup" <<<'exit 0'
 fake "$scratch/bin/cmake" <<<'exit 0'
 # shellcheck disable=SC2016 # its own argument is meant
 fake "$project/build/release/tools/demo/demo-loop" <<<'sox -n -r 44100 -c 2 "$1" synth 0.2 sine 440 gain -6'
-fake "$project/build/release/tools/host/kestrin-host_artefacts/Release/kestrin-host" <<END
+fake "$project/build/release/tools/host/kestrin-host" <<END
 printf '%s\n' "\$@" >'$scratch/call'
 [ "\$1" = render ] || { echo 'no window here' >&2; exit 2; }
 [ ! -e '$scratch/broken' ] || { echo 'the host is broken' >&2; exit 2; }
