@@ -60,7 +60,8 @@ juce::File findModule()
     if (const auto module = installed.getChildFile (moduleName); module.exists())
         return module;
 
-    throw HostError (juce::String ("found no ") + moduleName + " beside this program or in ~/.vst3: name one with --plugin");
+    throw HostError (juce::String ("found no ") + moduleName
+                     + " beside this program or in ~/.vst3: name one with --plugin");
 }
 
 juce::File libraryOf (const juce::File& module)

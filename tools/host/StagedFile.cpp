@@ -28,9 +28,9 @@ void requirePlainPlace (const juce::File& file)
 } // namespace
 
 StagedFile::StagedFile (const juce::File& target)
-    : finalFile (target), hiddenFile (target.getParentDirectory().getChildFile (
-                              "." + target.getFileName() + "." + juce::String::toHexString (juce::Random().nextInt())
-                              + ".partial"))
+    : finalFile (target),
+      hiddenFile (target.getParentDirectory().getChildFile (
+          "." + target.getFileName() + "." + juce::String::toHexString (juce::Random().nextInt()) + ".partial"))
 {
     requirePlainPlace (finalFile);
 
@@ -65,7 +65,8 @@ void StagedFile::commit()
 {
     // The standard library's renaming replaces an older file in one step; JUCE's deletes it first.
     std::error_code error;
-    std::filesystem::rename (hiddenFile.getFullPathName().toStdString(), finalFile.getFullPathName().toStdString(), error);
+    std::filesystem::rename (hiddenFile.getFullPathName().toStdString(), finalFile.getFullPathName().toStdString(),
+                             error);
 
     if (error)
         refuse (finalFile, error.message());
