@@ -135,7 +135,7 @@ ModuleIdentity::ClassInfo describeClass (Steinberg::IPluginFactory& factory, Ste
 
 [[nodiscard]] juce::String line (const juce::String& label, const juce::String& value)
 {
-    return label.paddedRight (' ', 16) + value + "\n";
+    return label.paddedRight (' ', 18) + value + "\n";
 }
 } // namespace
 
