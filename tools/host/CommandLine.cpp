@@ -490,6 +490,9 @@ int runCommandLine (int argc, char** argv)
     }
     catch (const CLI::ParseError& error)
     {
+        if (app.get_subcommands().empty())
+            throw HostError ("name a command: render, parameters, identity, state, preset or window (see --help)");
+
         throw HostError (juce::String::fromUTF8 (error.what()).replace ("\n", " ").trim());
     }
 

@@ -19,7 +19,10 @@ void requirePlainPlace (const juce::File& file)
     if (file.isDirectory())
         refuse (file, "it is a folder");
 
-    if (file.exists() && ! file.existsAsFile())
+    std::error_code error;
+    const auto kind = std::filesystem::status (file.getFullPathName().toStdString(), error).type();
+
+    if (kind != std::filesystem::file_type::not_found && kind != std::filesystem::file_type::regular)
         refuse (file, "it is not a plain file");
 
     if (! file.getParentDirectory().isDirectory())
