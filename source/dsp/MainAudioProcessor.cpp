@@ -190,7 +190,7 @@ void MainAudioProcessor::setLfoWobbleAndTempoLock (const Tick& tick) noexcept
             lockToTempo (tick, i);
 
         const auto bend = (float) ((double) bipolar (*parameters.lfoCurve[i]) * 1.7);
-        lfo[i].curveExponent = 1.0f / std::exp (bend);
+        lfo[i].curveExponent = bend == 0.0f ? 1.0f : 1.0f / std::exp (bend);
     }
 }
 
@@ -588,37 +588,38 @@ void MainAudioProcessor::processFrames (float* left, float* right, int numFrames
     auto frames = FrameRun (storage).first (count);
 
     for (size_t i = 0; i < count; ++i)
-        storage[i] = StereoPair ((double) left[i], (double) right[i]);
+        storage[i] = StereoPair::widened (left[i], right[i]);
 
     while (! frames.empty())
         frames = frames.subspan (isControlUpdateDue() ? processAwake (frames) : processAsleep (frames));
 
     for (size_t i = 0; i < count; ++i)
-    {
-        left[i] = (float) storage[i].left();
-        right[i] = (float) storage[i].right();
-    }
+        storage[i].narrowTo (left[i], right[i]);
 }
 
 size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
 {
     const auto limit = std::min (frames.size(), (size_t) framesUntilClockedUpdate());
     const auto filtMode = parameters.filtMode->get();
-    auto hasChanged = false;
-    size_t count = 0;
 
-    do
+    // The watch of every frame, with all that does not change kept at hand.
+    const auto isUnchanged = [&hpFreq = *parameters.hpFreq, &lpFreq = *parameters.lpFreq, &hpReso = *parameters.hpReso,
+                              &lpReso = *parameters.lpReso, lastHpFreq = parameters.hpFreq->lastSeenValue,
+                              lastLpFreq = parameters.lpFreq->lastSeenValue,
+                              lastHpReso = parameters.hpReso->lastSeenValue,
+                              lastLpReso = parameters.lpReso->lastSeenValue]
     {
-        hasChanged = parameters.hpFreq->hasChanged() || parameters.lpFreq->hasChanged()
-                     || parameters.hpReso->hasChanged() || parameters.lpReso->hasChanged();
+        return hpFreq.get() == lastHpFreq && lpFreq.get() == lastLpFreq && hpReso.get() == lastHpReso
+               && lpReso.get() == lastLpReso;
+    };
+
+    size_t count = 1;
+
+    while (isUnchanged() && count < limit && parameters.filtMode->get() == filtMode)
         ++count;
-    } while (! hasChanged && count < limit && parameters.filtMode->get() == filtMode);
 
     skipClock ((int) count);
-
-    if (hasChanged)
-        requestControlUpdate();
-
+    watchParameters();
     runFilters (frames.first (count));
     return count;
 }

@@ -21,6 +21,18 @@ public:
 
     [[nodiscard]] static StereoPair both (double x) noexcept { return StereoPair (_mm_set1_pd (x)); }
 
+    [[nodiscard]] static StereoPair widened (float left, float right) noexcept
+    {
+        return StereoPair (_mm_cvtps_pd (_mm_unpacklo_ps (_mm_set_ss (left), _mm_set_ss (right))));
+    }
+
+    void narrowTo (float& left, float& right) const noexcept
+    {
+        const auto narrow = _mm_cvtpd_ps (pair);
+        left = _mm_cvtss_f32 (narrow);
+        right = _mm_cvtss_f32 (_mm_shuffle_ps (narrow, narrow, 1));
+    }
+
     [[nodiscard]] double left() const noexcept { return _mm_cvtsd_f64 (pair); }
     [[nodiscard]] double right() const noexcept { return _mm_cvtsd_f64 (_mm_unpackhi_pd (pair, pair)); }
 
@@ -43,6 +55,13 @@ private:
     StereoPair (double left, double right) noexcept : l (left), r (right) {}
 
     [[nodiscard]] static StereoPair both (double x) noexcept { return { x, x }; }
+    [[nodiscard]] static StereoPair widened (float left, float right) noexcept { return { (double) left, (double) right }; }
+
+    void narrowTo (float& left, float& right) const noexcept
+    {
+        left = (float) l;
+        right = (float) r;
+    }
 
     [[nodiscard]] double left() const noexcept { return l; }
     [[nodiscard]] double right() const noexcept { return r; }
