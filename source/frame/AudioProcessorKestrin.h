@@ -93,8 +93,9 @@ private:
     struct FramePointers;
 
     [[nodiscard]] static FramePointers framesOf (dsp::AudioBlock<float>& block, int numIn, int numOut);
+    void applyParameters (const XmlElement& settings);
+    void keepExtraAttributes (const XmlElement& settings);
     void setExtraAttribute (String key, String value);
-    [[nodiscard]] std::vector<std::string> splitPath (const std::string& text) const;
     void ensureDefaultProgram();
     void updateOversampler (int numChannels);
     void processRun (AudioBuffer<float>& buffer);
