@@ -136,7 +136,7 @@ TEST (LfoGenerator, LeavesTheWaveAloneAroundAStraightCurve)
 TEST (LfoGenerator, StartsToBendGently)
 {
     for (const auto exponent : { 0.9899f, 1.0101f })
-        for (auto p = 0.01f; p < 1.0f; p += 0.07f)
+        for (auto p = 0.02f; p < 1.0f; p += 0.07f)
         {
             const auto bent = outputOf (LfoGenerator::triangle, p, exponent);
             EXPECT_NE (bent, triangleOf (p));
@@ -418,9 +418,8 @@ TEST (LfoGenerator, DriftsByAHundredthPerSecondAtTheMostInTheBrownianShape)
             before = previous;
         }
 
-        // The walk itself is far quicker.
-        if (frequency > 1.0f)
-            EXPECT_GT (std::abs (generator.walkValue - generator.outputSlew.current), 0.01f);
+        // The walk itself is far quicker, but at the lowest speed.
+        EXPECT_EQ (frequency > 1.0f, std::abs (generator.walkValue - generator.outputSlew.current) > 0.01f);
     }
 }
 
