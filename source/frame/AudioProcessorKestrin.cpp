@@ -2,9 +2,10 @@
 #include "AudioProcessorKestrin.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <limits>
 #include <new>
+#include <tuple>
 
 namespace juce
 {
@@ -14,8 +15,6 @@ constexpr size_t stateScratchBytes = 65536;
 
 /** Frames of one run of the sample loop at the most; a longer block is processed in several runs. */
 constexpr int maxFramesPerRun = 524288;
-
-constexpr std::uint32_t controlCounterMask = 0xffff;
 
 // A rate outside these bounds is taken for a host that has not made up its mind.
 constexpr double lowestImplausibleRate = 999.0;
@@ -128,46 +127,50 @@ void AudioProcessorKestrin::processRun (AudioBuffer<float>& buffer)
 
     if (! oversampled)
     {
-        processFrames (framesOf (block, numIn, numOut), frameCount);
+        runFrames (framesOf (block, numIn, numOut), frameCount);
         return;
     }
 
     auto raised = oversampler->processSamplesUp (block);
-    processFrames (framesOf (raised, numIn, numOut), (int) raised.getNumSamples());
+    runFrames (framesOf (raised, numIn, numOut), (int) raised.getNumSamples());
     oversampler->processSamplesDown (block);
 }
 
-void AudioProcessorKestrin::processFrames (const FramePointers& frames, int numFrames)
+void AudioProcessorKestrin::runFrames (const FramePointers& frames, int numFrames)
 {
-    for (int i = 0; i < numFrames; ++i)
+    std::array<float, maxFramesTogether> left, right;
+
+    for (int start = 0; start < numFrames; start += maxFramesTogether)
     {
-        const auto left = clampFirstChannel (frames.left[i]);
-        const auto right = frames.rightIn != nullptr ? clampSecondChannel (frames.rightIn[i]) : left;
+        const auto count = std::min (maxFramesTogether, numFrames - start);
 
-        if (advanceClock())
-            updateControlRate();
+        for (int i = 0; i < count; ++i)
+            left[(size_t) i] = clampFirstChannel (frames.left[start + i]);
 
-        const auto processed = processFrame (left, right);
-        frames.left[i] = processed.first;
+        if (frames.rightIn != nullptr)
+            for (int i = 0; i < count; ++i)
+                right[(size_t) i] = clampSecondChannel (frames.rightIn[start + i]);
+        else
+            std::copy_n (left.data(), count, right.data());
+
+        processFrames (left.data(), right.data(), count);
+
+        std::copy_n (left.data(), count, frames.left + start);
 
         if (frames.rightOut != nullptr)
-            frames.rightOut[i] = processed.second;
+            std::copy_n (right.data(), count, frames.rightOut + start);
     }
 }
 
-bool AudioProcessorKestrin::advanceClock() noexcept
+void AudioProcessorKestrin::processFrames (float* left, float* right, int numFrames)
 {
-    if (framesSinceRequest < std::numeric_limits<std::int32_t>::max())
-        ++framesSinceRequest;
+    for (int i = 0; i < numFrames; ++i)
+    {
+        if (advanceClock())
+            updateControlRate();
 
-    controlCounter = (controlCounter + 1) & controlCounterMask;
-
-    if (! controlUpdatePending && controlCounter != 0)
-        return false;
-
-    // Cleared before the update, so that the update can ask for the next one.
-    controlUpdatePending = false;
-    return true;
+        std::tie (left[i], right[i]) = processFrame (left[i], right[i]);
+    }
 }
 
 void AudioProcessorKestrin::updateOversampler (int numChannels)
