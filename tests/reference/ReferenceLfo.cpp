@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "ReferenceLfo.h"
+
+#include <cmath>
+
+namespace reference
+{
+
+void SlewValue::advance()
+{
+    if (mode == 3)
+    {
+        step = (target - (step * damping + current)) * stiffness + step;
+        current = step + current;
+        return;
+    }
+
+    if (target > current)
+    {
+        current = current + step;
+
+        if (current > target)
+            current = target;
+    }
+    else if (current > target)
+    {
+        current = current - step;
+
+        if (current < target)
+            current = target;
+    }
+}
+
+float triangleOf (float p)
+{
+    const double wide = static_cast<double> (p);
+
+    if (wide < 0.5)
+        return static_cast<float> (4.0 * wide - 1.0);
+
+    return static_cast<float> ((0.75 - wide) * 4.0);
+}
+
+LfoGenerator::LfoGenerator()
+{
+    std::random_device device;
+    rng.seed (static_cast<std::uint32_t> (device()));
+}
+
+void LfoGenerator::setRate (int newShape, float rate, float frequency)
+{
+    shape = newShape;
+    walkStep = static_cast<float> (static_cast<double> (frequency) * 0.003);
+
+    if (rate > 0.0f && frequency >= 0.0f)
+    {
+        phaseStepA = frequency / rate;
+        phaseStepB =
+            static_cast<float> (static_cast<double> (frequency) * 1.28396548763 * (1.0 / static_cast<double> (rate)));
+        phaseStepC =
+            static_cast<float> (static_cast<double> (frequency) * 0.82343668762 * (1.0 / static_cast<double> (rate)));
+        outputSlew.mode = 0;
+        outputSlew.step = 0.01f / rate;
+    }
+    else
+    {
+        phaseStepA = 0.0f;
+        outputSlew.mode = 0;
+
+        if (rate > 0.0f)
+            outputSlew.step = 0.01f / rate;
+        else
+            outputSlew.step = 1E+20f;
+    }
+}
+
+float LfoGenerator::render()
+{
+    const float p = phaseA;
+    const float A = amplitude;
+    float x = 0.0f;
+
+    if (shape == 0)
+    {
+        const float twoP = 2.0f * p;
+        const float angle = static_cast<float> (static_cast<double> (twoP) * 3.141592653589793);
+        x = A * std::sin (angle);
+    }
+    else if (shape == 1)
+    {
+        x = A * triangleOf (p);
+    }
+    else if (shape == 2)
+    {
+        x = A * (1.0f - 2.0f * p);
+    }
+    else if (shape == 3)
+    {
+        if (p < 0.5f)
+            x = -A;
+        else
+            x = A;
+    }
+    else if (shape == 4)
+    {
+        const float sum = triangleOf (phaseB) + triangleOf (phaseA) + triangleOf (phaseC);
+        x = static_cast<float> (static_cast<double> (sum) * 0.333333333 * static_cast<double> (A));
+    }
+    else if (shape == 5)
+    {
+        outputSlew.target = walkValue * A;
+        x = outputSlew.current;
+    }
+    else if (shape == 6)
+    {
+        double q = static_cast<double> (p) + 0.06;
+
+        if (q >= 1.0)
+            q = q - 1.0;
+
+        const double y = 1.0 - q;
+        const double cube = y * y * y;
+        const double z = cube * cube;
+        x = A * triangleOf (static_cast<float> (z));
+    }
+    else if (shape == 7)
+    {
+        double q = static_cast<double> (p) + 0.0001;
+
+        if (q >= 1.0)
+            q = q - 1.0;
+
+        const double y = 1.0 - q;
+        double sum = 0.0;
+
+        for (int k = 1; k <= 128; k = k * 2)
+        {
+            const double ky = static_cast<double> (k) * y;
+            const double fraction = ky - std::floor (ky);
+            const float logarithm = std::log (static_cast<float> (2 * k));
+            sum = sum + fraction / static_cast<double> (logarithm);
+        }
+
+        outputSlew.target = static_cast<float> ((sum * sum - 1.9) * static_cast<double> (A) * 0.3);
+        x = outputSlew.current;
+    }
+
+    const float c = curveExponent;
+
+    if (static_cast<double> (c) > 0.99 && static_cast<double> (c) < 1.01)
+        return x;
+
+    double clamped = (static_cast<double> (x) + 1.0) * 0.5;
+
+    if (clamped < 0.0)
+        clamped = 0.0;
+
+    if (clamped > 1.0)
+        clamped = 1.0;
+
+    const float u = static_cast<float> (clamped);
+
+    if (c > 1.0f)
+    {
+        const float y = std::pow (u, c);
+        return 2.0f * y - 1.0f;
+    }
+
+    const float y = std::pow (1.0f - u, 1.0f / c);
+    return 2.0f * (1.0f - y) - 1.0f;
+}
+
+void LfoGenerator::resetPhases()
+{
+    referencePhase = 0.0f;
+    phaseA = 0.0f;
+    phaseB = 0.0f;
+    phaseC = 0.0f;
+    walkValue = 0.0f;
+}
+
+void LfoGenerator::advancePhases()
+{
+    phaseA = phaseA + phaseStepA;
+    phaseB = phaseB + phaseStepB;
+    phaseC = phaseC + phaseStepC;
+}
+
+double LfoGenerator::drawUniform()
+{
+    // Written out, since the standard leaves the rule of its distributions to each library.
+    const double r0 = static_cast<double> (static_cast<std::uint32_t> (rng()));
+    const double r1 = static_cast<double> (static_cast<std::uint32_t> (rng()));
+    const double u = (r0 + r1 * 4294967296.0) / (4294967296.0 * 4294967296.0);
+    return uniformLow + (uniformHigh - uniformLow) * u;
+}
+
+void LfoGenerator::walk()
+{
+    const double r = drawUniform();
+    float moved = static_cast<float> (static_cast<double> (walkValue) + static_cast<double> (walkStep) * r);
+
+    if (moved < -1.0f)
+        moved = -1.0f;
+
+    if (moved > 1.0f)
+        moved = 1.0f;
+
+    walkValue = moved;
+}
+
+void LfoGenerator::follow()
+{
+    if (! followReference || (shape != 6 && shape != 7))
+        return;
+
+    float e = std::abs (referencePhase - phaseA);
+
+    if (e >= 0.5f)
+        e = -e;
+
+    if (referencePhase > phaseA)
+    {
+        phaseA = phaseA + e * phaseStepA;
+
+        if (phaseA > referencePhase)
+            phaseA = referencePhase;
+    }
+    else if (phaseA > referencePhase)
+    {
+        phaseA = phaseA - e * phaseStepA;
+
+        if (phaseA < referencePhase)
+            phaseA = referencePhase;
+    }
+}
+
+void LfoGenerator::wrapPhases()
+{
+    if (phaseA >= 1.0f)
+        phaseA = phaseA - 1.0f;
+
+    if (phaseB >= 1.0f)
+        phaseB = phaseB - 1.0f;
+
+    if (phaseC >= 1.0f)
+        phaseC = phaseC - 1.0f;
+
+    if (referencePhase >= 1.0f)
+        referencePhase = referencePhase - 1.0f;
+}
+
+} // namespace reference
