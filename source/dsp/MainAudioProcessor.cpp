@@ -36,12 +36,6 @@ enum SyncMode
     tempoSync = 3
 };
 
-[[nodiscard]] juce::AudioProcessor::BusesProperties stereoInAndOut()
-{
-    const auto stereo = juce::AudioChannelSet::stereo();
-    return juce::AudioProcessor::BusesProperties().withInput ("Input", stereo, true).withOutput ("Output", stereo, true);
-}
-
 [[nodiscard]] float bipolar (const ParameterSet::Parameter& parameter) noexcept { return parameter.get() * 2.0f - 1.0f; }
 
 [[nodiscard]] float square (float x) noexcept { return x * x; }
@@ -93,7 +87,9 @@ struct MainAudioProcessor::Tick
 };
 
 MainAudioProcessor::MainAudioProcessor()
-    : AudioProcessorKestrin (stereoInAndOut()),
+    : AudioProcessorKestrin (BusesProperties()
+                                 .withInput ("Input", juce::AudioChannelSet::stereo(), true)
+                                 .withOutput ("Output", juce::AudioChannelSet::stereo(), true)),
       barLengths (parameterTable::barLengths.begin(), parameterTable::barLengths.end()),
       barLabels (parameterTable::barTexts.begin(), parameterTable::barTexts.end()),
       hpFilter (std::make_unique<ButterworthFilter>()),
@@ -152,9 +148,9 @@ void MainAudioProcessor::updateControlRate()
 
 void MainAudioProcessor::readTransport (Tick& tick) const
 {
-    if (auto* const playHead = getPlayHead())
+    if (auto* const transport = getPlayHead())
     {
-        if (const auto position = playHead->getPosition())
+        if (const auto position = transport->getPosition())
         {
             tick.bpm = position->getBpm().orFallback (120.0);
             tick.ppq = position->getPpqPosition().orFallback (0.0);
@@ -374,8 +370,8 @@ void MainAudioProcessor::configureLfo (Tick& tick, size_t i, float frequency, fl
 
 void MainAudioProcessor::lockLfosToBars (const Tick& tick, float barMultiple)
 {
-    auto* const playHead = getPlayHead();
-    const auto position = playHead != nullptr ? playHead->getPosition() : juce::nullopt;
+    auto* const transport = getPlayHead();
+    const auto position = transport != nullptr ? transport->getPosition() : juce::nullopt;
 
     // Unlike in the tick's own reading, a position of exactly 0 is a position here.
     if (! position.hasValue())

@@ -93,6 +93,8 @@ private:
     struct FramePointers;
 
     [[nodiscard]] static FramePointers framesOf (dsp::AudioBlock<float>& block, int numIn, int numOut);
+    void applyParameters (const XmlElement& settings);
+    void keepExtraAttributes (const XmlElement& settings);
     void setExtraAttribute (String key, String value);
     void ensureDefaultProgram();
     void updateOversampler (int numChannels);

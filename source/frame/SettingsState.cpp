@@ -4,11 +4,15 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
 #include <ctime>
 #include <limits>
+#include <memory>
+#include <string_view>
 
 #include "HostPath.h"
 #include "PluginIdentity.h"
+#include "SettingsGuard.h"
 
 namespace juce
 {
@@ -47,23 +51,67 @@ int wholeSampleRate (double sampleRate)
     return std::abs (sampleRate) < intLimit ? (int) sampleRate : 0;
 }
 
-/** The attribute's value, or the present one where the settings do not name the parameter: settings of a version with
-    fewer parameters leave the others alone. */
-float valueFor (const AudioProcessorParameterWithID& parameter, const XmlElement& settings)
+/** The XML text of a block as copyXmlToBinary writes it: magic number, length, text, zero. Empty if it is none. A length
+    beyond the data is cut to the data. */
+std::string_view textInBlock (const void* data, int sizeInBytes)
 {
-    double value = static_cast<const AudioProcessorParameter&> (parameter).getValue();
+    constexpr std::uint32_t magicNumber = 0x21324356;
+    constexpr int headerSize = 8;
 
-    for (int index = 0; index < settings.getNumAttributes(); ++index)
-    {
-        if (settings.getAttributeName (index) == parameter.paramID)
-        {
-            value = settings.getAttributeValue (index).getDoubleValue();
-            break;
-        }
-    }
+    if (data == nullptr || sizeInBytes <= headerSize || ByteOrder::littleEndianInt (data) != magicNumber)
+        return {};
 
-    // fmin and fmax turn what is no number into 0.
-    return (float) std::fmin (1.0, std::fmax (0.0, (double) (float) value));
+    const auto* bytes = static_cast<const char*> (data);
+    const auto length = (std::int32_t) ByteOrder::littleEndianInt (bytes + sizeof (magicNumber));
+
+    if (length <= 0)
+        return {};
+
+    const std::string_view text (bytes + headerSize, (size_t) jmin (sizeInBytes - headerSize, length));
+    return text.substr (0, text.find ('\0'));
+}
+
+std::unique_ptr<XmlElement> parseSettings (std::string_view text)
+{
+    if (text.empty() || ! isSafeToParse (text))
+        return {};
+
+    auto element = parseXML (String::fromUTF8 (text.data(), (int) text.size()));
+
+    // Not by hasTagName, which takes a difference in case for a mistake of ours.
+    if (element != nullptr && ! element->getTagName().equalsIgnoreCase (settingsTag))
+        element.reset();
+
+    return element;
+}
+
+/** What getDoubleValue makes of the text. It counts an exponent in an int, which overflows: the digits that could matter
+    are left to it. */
+double numberIn (const String& text)
+{
+    constexpr int maxExponentDigits = 9;
+    const auto exponent = text.indexOfAnyOf ("eE");
+
+    if (exponent < 0)
+        return text.getDoubleValue();
+
+    auto digits = exponent + 1;
+
+    while (text[digits] == '+' || text[digits] == '-' || text[digits] == '0')
+        ++digits;
+
+    return text.substring (0, digits + maxExponentDigits).getDoubleValue();
+}
+
+/** The attribute's value, or the present one where the settings do not name the parameter: settings of a version with
+    fewer parameters leave the others alone. Of equal names the first counts. */
+float valueFor (const AudioProcessorParameter& parameter, const String& id, const XmlElement& settings)
+{
+    const auto value =
+        settings.hasAttribute (id) ? (float) numberIn (settings.getStringAttribute (id)) : parameter.getValue();
+
+    // fmin and fmax make 0 of what is no number.
+    return (float) std::fmin (1.0, std::fmax (0.0, (double) value));
 }
 } // namespace
 
@@ -98,24 +146,32 @@ void AudioProcessorKestrin::getStateInformation (MemoryBlock& destData)
 
 void AudioProcessorKestrin::setStateInformation (const void* data, int sizeInBytes)
 {
-    const auto settings = getXmlFromBinary (data, sizeInBytes);
-
-    if (settings != nullptr && settings->getTagName().equalsIgnoreCase (settingsTag))
+    if (const auto settings = parseSettings (textInBlock (data, sizeInBytes)))
     {
-        // Not notifying: the host has handed the values over itself.
-        for (auto* parameter : getParameters())
-            if (const auto* named = dynamic_cast<const AudioProcessorParameterWithID*> (parameter))
-                parameter->setValue (valueFor (*named, *settings));
-
-        extraAttributes.clear();
-
-        for (int index = 0; index < settings->getNumAttributes(); ++index)
-            if (settings->getAttributeName (index).isNotEmpty() && settings->getAttributeValue (index).isNotEmpty())
-                setExtraAttribute (settings->getAttributeName (index), settings->getAttributeValue (index));
+        applyParameters (*settings);
+        keepExtraAttributes (*settings);
     }
 
+    // Also after a load of nothing: a host that has loaded expects to hear of it.
     requestControlUpdate();
     stateTouched = true;
+}
+
+void AudioProcessorKestrin::applyParameters (const XmlElement& settings)
+{
+    // Not notifying: the host has handed the values over itself.
+    for (auto* parameter : getParameters())
+        if (const auto* named = dynamic_cast<const AudioProcessorParameterWithID*> (parameter))
+            parameter->setValue (valueFor (*parameter, named->paramID, settings));
+}
+
+void AudioProcessorKestrin::keepExtraAttributes (const XmlElement& settings)
+{
+    extraAttributes.clear();
+
+    for (int index = 0; index < settings.getNumAttributes(); ++index)
+        if (settings.getAttributeName (index).isNotEmpty() && settings.getAttributeValue (index).isNotEmpty())
+            setExtraAttribute (settings.getAttributeName (index), settings.getAttributeValue (index));
 }
 
 void AudioProcessorKestrin::setExtraAttribute (String key, String value) { extraAttributes[key] = value; }

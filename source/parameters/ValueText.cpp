@@ -41,7 +41,7 @@ int nearestInt (double x)
 
 double cubed (float position)
 {
-    const double p = position;
+    const auto p = (double) position;
     return p * p * p;
 }
 
