@@ -56,7 +56,7 @@ void MainAudioProcessorEditor::sliderValueChanged (juce::Slider* slider)
         if (knob == &lfoControls[static_cast<std::size_t> (lfo)].tempoKnob)
         {
             updateLfoSpeedControls (lfo);
-            restartLfo (lfo);
+            mainProcessor.lfo[static_cast<std::size_t> (lfo)].reset();
         }
     }
 
@@ -80,16 +80,6 @@ void MainAudioProcessorEditor::moveLinkedFrequency (const ParameterSlider& slide
         writeAndTell (*parameters.lpFreq, value + offset);
     else if (&slider == &lpFreqSlider)
         writeAndTell (*parameters.hpFreq, value - offset);
-}
-
-void MainAudioProcessorEditor::restartLfo (int lfoIndex)
-{
-    auto& lfo = mainProcessor.lfo[static_cast<std::size_t> (lfoIndex)];
-    lfo.referencePhase = 0.0f;
-    lfo.phaseA = 0.0f;
-    lfo.phaseB = 0.0f;
-    lfo.phaseC = 0.0f;
-    lfo.walkValue = 0.0f;
 }
 
 //======================================================================================================================

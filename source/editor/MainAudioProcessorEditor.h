@@ -150,7 +150,6 @@ private:
     void updateStepLight (int step);
 
     void moveLinkedFrequency (const ParameterSlider& slider, float value);
-    void restartLfo (int lfoIndex);
     void randomiseFrequencer();
 
     MainAudioProcessor& mainProcessor;
