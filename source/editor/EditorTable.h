@@ -126,12 +126,14 @@ enum class Arc
 {
     switch (arc)
     {
-        case Arc::cyan: return { { 1.0f, juce::Colour { 0xff30c0c0 } } };
+        case Arc::cyan:
+            return { { 1.0f, juce::Colour { 0xff30c0c0 } } };
         case Arc::greenYellowRed:
             return { { 0.5f, juce::Colour { 0xff60b030 } },
                      { 0.8f, juce::Colour { 0xffffd820 } },
                      { 1.0f, juce::Colour { 0xffff4000 } } };
-        case Arc::none: break;
+        case Arc::none:
+            break;
     }
 
     return {};

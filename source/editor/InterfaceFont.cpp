@@ -9,8 +9,16 @@ namespace interfaceFont
 namespace
 {
 /** The intended face, then faces of near widths and strokes, nearest first. */
-constexpr std::array nearFamilies { "Microsoft Sans Serif", "Arial",   "Helvetica", "Liberation Sans", "Arimo",
-                                    "Nimbus Sans",          "FreeSans", "Tahoma",   "Noto Sans",       "DejaVu Sans",
+constexpr std::array nearFamilies { "Microsoft Sans Serif",
+                                    "Arial",
+                                    "Helvetica",
+                                    "Liberation Sans",
+                                    "Arimo",
+                                    "Nimbus Sans",
+                                    "FreeSans",
+                                    "Tahoma",
+                                    "Noto Sans",
+                                    "DejaVu Sans",
                                     "Verdana" };
 
 /** The words by which JUCE tells a sans-serif on Linux, where its own default is looked for among them. */

@@ -21,7 +21,8 @@ const juce::Colour black { 0xff000000 };
 [[nodiscard]] juce::Path circle (double centreX, double centreY, double radius)
 {
     juce::Path path;
-    path.addEllipse (narrow (centreX - radius), narrow (centreY - radius), narrow (radius * 2.0), narrow (radius * 2.0));
+    path.addEllipse (narrow (centreX - radius), narrow (centreY - radius), narrow (radius * 2.0),
+                     narrow (radius * 2.0));
     return path;
 }
 
@@ -40,12 +41,8 @@ void drawShadow (juce::Graphics& g, const juce::Path& path, juce::uint32 argb, d
 struct KestrinLookAndFeel::Knob
 {
     Knob (juce::Rectangle<int> area, float sliderPos, float start, float end)
-        : r (std::min (area.getWidth() * 0.4, area.getHeight() * 0.4)),
-          cx (area.getWidth() * 0.5 + area.getX()),
-          cy (area.getHeight() * 0.5 + area.getY() + lowering),
-          startAngle (start),
-          endAngle (end),
-          range (end - start),
+        : r (std::min (area.getWidth() * 0.4, area.getHeight() * 0.4)), cx (area.getWidth() * 0.5 + area.getX()),
+          cy (area.getHeight() * 0.5 + area.getY() + lowering), startAngle (start), endAngle (end), range (end - start),
           angle (range * sliderPos + start)
     {
     }

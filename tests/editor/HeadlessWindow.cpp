@@ -26,7 +26,10 @@ public:
     void setFullScreen (bool) override {}
     bool isFullScreen() const override { return false; }
     void setIcon (const juce::Image&) override {}
-    bool contains (juce::Point<int> position, bool) const override { return bounds.withZeroOrigin().contains (position); }
+    bool contains (juce::Point<int> position, bool) const override
+    {
+        return bounds.withZeroOrigin().contains (position);
+    }
     OptionalBorderSize getFrameSizeIfPresent() const override { return {}; }
     juce::BorderSize<int> getFrameSize() const override { return {}; }
     bool setAlwaysOnTop (bool) override { return true; }
@@ -72,6 +75,12 @@ HeadlessWindow::~HeadlessWindow()
     juce::ModifierKeys::currentModifiers = {};
     juce::Component::unfocusAllComponents();
     removeFromDesktop();
+}
+
+// As a host's window follows the size of the plug-in's.
+void HeadlessWindow::childBoundsChanged (juce::Component* content)
+{
+    setSize (content->getRight(), content->getBottom());
 }
 
 juce::ComponentPeer* HeadlessWindow::createNewPeer (int styleFlags, void*) { return new Peer { *this, styleFlags }; }

@@ -32,6 +32,7 @@ public:
 private:
     class Peer;
 
+    void childBoundsChanged (juce::Component* content) override;
     juce::ComponentPeer* createNewPeer (int styleFlags, void*) override;
     void send (juce::Point<float> position, juce::ModifierKeys modifiers);
     [[nodiscard]] juce::Point<float> middleOf (const juce::Component& target) const;
