@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "editor/MainAudioProcessorEditor.h"
 #include "FilterConstants.h"
 #include "frame/PluginIdentity.h"
 #include "parameters/ParameterTable.h"
@@ -118,7 +119,7 @@ const juce::String MainAudioProcessor::getName() const { return pluginIdentity::
 // The rate is not taken here: every tick reads it from the host.
 void MainAudioProcessor::prepareToPlay (double, int) { requestControlUpdate(); }
 
-juce::AudioProcessorEditor* MainAudioProcessor::createEditor() { return new juce::GenericAudioProcessorEditor (*this); }
+juce::AudioProcessorEditor* MainAudioProcessor::createEditor() { return new MainAudioProcessorEditor (*this); }
 
 void MainAudioProcessor::setCurrentProgram (int) { requestControlUpdate(); }
 
