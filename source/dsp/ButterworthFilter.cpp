@@ -212,8 +212,8 @@ public:
         constexpr std::size_t enough = 4;
 
         for (std::size_t first = 0; first < size; first += enough)
-            runRow<Coefficients> (std::span<const SectionOfRow> (sections).subspan (first, std::min (enough, size - first)),
-                                  frames);
+            runRow<Coefficients> (
+                std::span<const SectionOfRow> (sections).subspan (first, std::min (enough, size - first)), frames);
     }
 
 private:

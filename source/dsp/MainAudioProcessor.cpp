@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstddef>
 
-#include "editor/MainAudioProcessorEditor.h"
 #include "FilterConstants.h"
 #include "frame/PluginIdentity.h"
 #include "parameters/ParameterTable.h"
@@ -45,7 +44,10 @@ enum SyncMode
     tempoSync = 3
 };
 
-[[nodiscard]] float bipolar (const ParameterSet::Parameter& parameter) noexcept { return parameter.get() * 2.0f - 1.0f; }
+[[nodiscard]] float bipolar (const ParameterSet::Parameter& parameter) noexcept
+{
+    return parameter.get() * 2.0f - 1.0f;
+}
 
 [[nodiscard]] float square (float x) noexcept { return x * x; }
 
@@ -101,12 +103,9 @@ MainAudioProcessor::MainAudioProcessor()
                                  .withOutput ("Output", juce::AudioChannelSet::stereo(), true)),
       barLengths (parameterTable::barLengths.begin(), parameterTable::barLengths.end()),
       barLabels (parameterTable::barTexts.begin(), parameterTable::barTexts.end()),
-      hpFilter (std::make_unique<ButterworthFilter>()),
-      lpFilter (std::make_unique<ButterworthFilter>()),
-      hpLadder (std::make_unique<GrungeLadder>()),
-      lpLadder (std::make_unique<GrungeLadder>()),
-      hpResonator (std::make_unique<ResonancePeak>()),
-      lpResonator (std::make_unique<ResonancePeak>()),
+      hpFilter (std::make_unique<ButterworthFilter>()), lpFilter (std::make_unique<ButterworthFilter>()),
+      hpLadder (std::make_unique<GrungeLadder>()), lpLadder (std::make_unique<GrungeLadder>()),
+      hpResonator (std::make_unique<ResonancePeak>()), lpResonator (std::make_unique<ResonancePeak>()),
       parameters (*this)
 {
     requestControlUpdate();
@@ -118,8 +117,6 @@ const juce::String MainAudioProcessor::getName() const { return pluginIdentity::
 
 // The rate is not taken here: every tick reads it from the host.
 void MainAudioProcessor::prepareToPlay (double, int) { requestControlUpdate(); }
-
-juce::AudioProcessorEditor* MainAudioProcessor::createEditor() { return new MainAudioProcessorEditor (*this); }
 
 void MainAudioProcessor::setCurrentProgram (int) { requestControlUpdate(); }
 
@@ -259,7 +256,9 @@ void MainAudioProcessor::setSlopes() noexcept
     };
 
     // By choice index; whatever lies above the texts is a bypass like index 0.
-    static constexpr std::array<Slope, 5> slopes { { { 0, 3.0f }, { 1, 2.0f }, { 2, 1.25f }, { 4, 0.707f }, { 8, 0.5f } } };
+    static constexpr std::array<Slope, 5> slopes {
+        { { 0, 3.0f }, { 1, 2.0f }, { 2, 1.25f }, { 4, 0.707f }, { 8, 0.5f } }
+    };
 
     const auto slopeOf = [] (const ParameterSet::Parameter& mode)
     {
@@ -379,7 +378,8 @@ void MainAudioProcessor::configureLfo (Tick& tick, size_t i, float frequency, fl
             lockLfosToBars (tick, 16.0f);
             break;
         default:
-            lfo[i].setRate (tick.lfoShape[i] < firstUnnamedSine ? tick.lfoShape[i] : LfoGenerator::sine, rate, frequency);
+            lfo[i].setRate (tick.lfoShape[i] < firstUnnamedSine ? tick.lfoShape[i] : LfoGenerator::sine, rate,
+                            frequency);
     }
 }
 
@@ -570,7 +570,8 @@ struct MainAudioProcessor::TickSeries
 {
     using Values = std::array<float, maxDesigns>;
 
-    [[nodiscard]] static std::span<const float> part (const Values& values, std::size_t first, std::size_t count) noexcept
+    [[nodiscard]] static std::span<const float> part (const Values& values, std::size_t first,
+                                                      std::size_t count) noexcept
     {
         return std::span<const float> (values).subspan (first, count);
     }
@@ -695,8 +696,7 @@ void MainAudioProcessor::runLadder (const TickSeries& ticks, FrameRun frames) no
 
 void MainAudioProcessor::runButterworth (const TickSeries& ticks, FrameRun frames) noexcept
 {
-    const auto resonates = [&] (size_t i)
-    {
+    const auto resonates = [&] (size_t i) {
         return std::pair { ticks.hpResonance[i] > resonanceThreshold, ticks.lpResonance[i] > resonanceThreshold };
     };
 
@@ -707,7 +707,8 @@ void MainAudioProcessor::runButterworth (const TickSeries& ticks, FrameRun frame
             ++end;
         while (end < ticks.size && resonates (end) == resonates (first));
 
-        runButterworth (ticks, first, end - first, ticks.filtMode == butterworthMode, frames.subspan (first, end - first));
+        runButterworth (ticks, first, end - first, ticks.filtMode == butterworthMode,
+                        frames.subspan (first, end - first));
     }
 }
 

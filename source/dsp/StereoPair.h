@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <span>
 
-#if defined (__SSE2__) && ! defined (TAMSILE_PLAIN_STEREO)
+#if defined(__SSE2__) && ! defined(TAMSILE_PLAIN_STEREO)
 #define TAMSILE_SSE2_STEREO 1
 #include <emmintrin.h>
 #endif
@@ -33,10 +33,22 @@ public:
         return StereoPair (_mm_andnot_pd (_mm_set1_pd (-0.0), pair));
     }
 
-    friend StereoPair operator+ (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_add_pd (a.pair, b.pair)); }
-    friend StereoPair operator- (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_sub_pd (a.pair, b.pair)); }
-    friend StereoPair operator* (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_mul_pd (a.pair, b.pair)); }
-    friend StereoPair operator/ (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_div_pd (a.pair, b.pair)); }
+    friend StereoPair operator+ (StereoPair a, StereoPair b) noexcept
+    {
+        return StereoPair (_mm_add_pd (a.pair, b.pair));
+    }
+    friend StereoPair operator- (StereoPair a, StereoPair b) noexcept
+    {
+        return StereoPair (_mm_sub_pd (a.pair, b.pair));
+    }
+    friend StereoPair operator* (StereoPair a, StereoPair b) noexcept
+    {
+        return StereoPair (_mm_mul_pd (a.pair, b.pair));
+    }
+    friend StereoPair operator/ (StereoPair a, StereoPair b) noexcept
+    {
+        return StereoPair (_mm_div_pd (a.pair, b.pair));
+    }
 
 private:
     explicit StereoPair (__m128d newPair) noexcept : pair (newPair) {}

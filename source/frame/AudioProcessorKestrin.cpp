@@ -55,9 +55,7 @@ AudioProcessorKestrin::FramePointers AudioProcessorKestrin::framesOf (dsp::Audio
 }
 
 AudioProcessorKestrin::AudioProcessorKestrin (const BusesProperties& buses)
-    : AudioProcessor (buses),
-      stateScratch (stateScratchBytes),
-      workBufferLeft (maxFramesPerRun),
+    : AudioProcessor (buses), stateScratch (stateScratchBytes), workBufferLeft (maxFramesPerRun),
       workBufferRight (maxFramesPerRun)
 {
     if (stateScratch.getData() == nullptr)
@@ -142,8 +140,8 @@ void AudioProcessorKestrin::runFrames (const FramePointers& frames, int numFrame
         auto* const left = frames.left + start;
 
         // A right side that is only read or only written must not be worked on in its place.
-        auto* const right = frames.rightIn == frames.rightOut && frames.rightOut != nullptr ? frames.rightOut + start
-                                                                                            : scratch.data();
+        auto* const right =
+            frames.rightIn == frames.rightOut && frames.rightOut != nullptr ? frames.rightOut + start : scratch.data();
 
         std::transform (left, left + count, left, clampFirstChannel);
 

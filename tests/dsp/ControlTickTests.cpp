@@ -16,7 +16,10 @@ constexpr float glideSeconds = 0.02f;
 constexpr float activeGlideSeconds = 0.004f;
 
 /** The frequency map, of a value that the compiler cannot know. */
-[[nodiscard]] double hertzOf (float position) { return (double) std::exp (6.907754898071289f * position + 2.995732307434082f); }
+[[nodiscard]] double hertzOf (float position)
+{
+    return (double) std::exp (6.907754898071289f * position + 2.995732307434082f);
+}
 
 /** Stands all slews where the parameters want them, as if the engine had glided there long ago. */
 void standStill (EngineUnderTest& engine)
@@ -92,7 +95,8 @@ TEST (ControlTick, MapsThePositionsOntoThreeDecades)
         EXPECT_EQ (engine.processor.hpFilter->limitedCutoff, hertzOf (engine.processor.hpFreqSlew.current));
 
         // A float of the exponent 10 is exact to some 1e-6 of the hertz.
-        EXPECT_NEAR (engine.processor.hpFilter->limitedCutoff / (20.0 * std::pow (1000.0, (double) position)), 1.0, 2.0e-6);
+        EXPECT_NEAR (engine.processor.hpFilter->limitedCutoff / (20.0 * std::pow (1000.0, (double) position)), 1.0,
+                     2.0e-6);
     }
 }
 
@@ -123,8 +127,9 @@ TEST (ControlTick, TakesPolesAndBandwidthFromTheSlope)
     EngineUnderTest engine;
     auto& processor = engine.processor;
 
-    for (const auto& slope : { Slope { 0, 0, 3.0f }, Slope { 1, 1, 2.0f }, Slope { 2, 2, 1.25f }, Slope { 3, 4, 0.707f },
-                               Slope { 4, 8, 0.5f }, Slope { 5, 0, 3.0f }, Slope { 7, 0, 3.0f }, Slope { 9, 0, 3.0f } })
+    for (const auto& slope :
+         { Slope { 0, 0, 3.0f }, Slope { 1, 1, 2.0f }, Slope { 2, 2, 1.25f }, Slope { 3, 4, 0.707f },
+           Slope { 4, 8, 0.5f }, Slope { 5, 0, 3.0f }, Slope { 7, 0, 3.0f }, Slope { 9, 0, 3.0f } })
     {
         engine.choose ("hp_mode", slope.index);
         engine.choose ("lp_mode", 4);

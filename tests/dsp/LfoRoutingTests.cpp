@@ -165,9 +165,10 @@ TEST (LfoRouting, RoutesEachDepthToItsOwnTarget)
     };
 
     for (const auto number : { 1, 2 })
-        for (const auto& [suffix, slew, moved] :
-             { Route { "T_hpf", &MainAudioProcessor::hpFreqSlew, 0.125f }, { "T_lpf", &MainAudioProcessor::lpFreqSlew, 0.125f },
-               { "T_hpr", &MainAudioProcessor::hpResoSlew, 0.25f }, { "T_lpr", &MainAudioProcessor::lpResoSlew, 0.25f } })
+        for (const auto& [suffix, slew, moved] : { Route { "T_hpf", &MainAudioProcessor::hpFreqSlew, 0.125f },
+                                                   { "T_lpf", &MainAudioProcessor::lpFreqSlew, 0.125f },
+                                                   { "T_hpr", &MainAudioProcessor::hpResoSlew, 0.25f },
+                                                   { "T_lpr", &MainAudioProcessor::lpResoSlew, 0.25f } })
         {
             EngineUnderTest engine;
             engine.setTransport (somewhere);
@@ -180,7 +181,7 @@ TEST (LfoRouting, RoutesEachDepthToItsOwnTarget)
             engine.tick();
 
             for (const auto each : { &MainAudioProcessor::hpFreqSlew, &MainAudioProcessor::lpFreqSlew,
-                                      &MainAudioProcessor::hpResoSlew, &MainAudioProcessor::lpResoSlew })
+                                     &MainAudioProcessor::hpResoSlew, &MainAudioProcessor::lpResoSlew })
                 EXPECT_EQ ((engine.processor.*each).target, each == slew ? 0.5f + moved : 0.5f) << suffix;
         }
 }
@@ -482,8 +483,8 @@ TEST (LfoRouting, LetsAPhaseRunAwayAtExtremeSpeeds)
 
 TEST (LfoRouting, LocksATempoLfoToEachOfItsLengths)
 {
-    constexpr std::array beats { 64.0f, 32.0f, 16.0f, 12.0f, 8.0f,  6.0f,        4.0f,  3.0f,       2.0f,
-                                 1.5f,  1.0f,  2.0f / 3.0f,  0.5f,  1.0f / 3.0f, 0.25f, 1.0f / 6.0f, 0.125f };
+    constexpr std::array beats { 64.0f, 32.0f, 16.0f,       12.0f, 8.0f,        6.0f,  4.0f,        3.0f,  2.0f,
+                                 1.5f,  1.0f,  2.0f / 3.0f, 0.5f,  1.0f / 3.0f, 0.25f, 1.0f / 6.0f, 0.125f };
 
     for (std::size_t k = 0; k < beats.size(); ++k)
     {
