@@ -102,7 +102,8 @@ const Regime regimes[] {
       [] (EngineUnderTest& engine, int block)
       {
           for (auto* const parameter : engine.processor.getParameters())
-              parameter->setValueNotifyingHost ((float) ((block * 31 + parameter->getParameterIndex() * 17) % 101) * 0.01f);
+              parameter->setValueNotifyingHost ((float) ((block * 31 + parameter->getParameterIndex() * 17) % 101)
+                                                * 0.01f);
       } },
     { "prepared anew", [] (EngineUnderTest&) {},
       [] (EngineUnderTest& engine, int block)

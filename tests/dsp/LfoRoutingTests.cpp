@@ -101,8 +101,12 @@ TEST (LfoRouting, StandsStillWhileTheEngineSleeps)
     engine.fallAsleep();
     const auto phase = processor.lfo[0].phaseA;
     EXPECT_GT (phase, 0.0f);
-    engine.runSilence (20000);
+    engine.runSilence (10000);
     EXPECT_EQ (processor.lfo[0].phaseA, phase);
+
+    // One step for each wrap of the clock.
+    engine.runSilence (65536);
+    EXPECT_EQ (processor.lfo[0].phaseA, phase + processor.lfo[0].phaseStepA);
 }
 
 TEST (LfoRouting, KeepsTheEngineAwakeFromADepthAboveAHundredth)
@@ -165,9 +169,10 @@ TEST (LfoRouting, RoutesEachDepthToItsOwnTarget)
     };
 
     for (const auto number : { 1, 2 })
-        for (const auto& [suffix, slew, moved] :
-             { Route { "T_hpf", &MainAudioProcessor::hpFreqSlew, 0.125f }, { "T_lpf", &MainAudioProcessor::lpFreqSlew, 0.125f },
-               { "T_hpr", &MainAudioProcessor::hpResoSlew, 0.25f }, { "T_lpr", &MainAudioProcessor::lpResoSlew, 0.25f } })
+        for (const auto& [suffix, slew, moved] : { Route { "T_hpf", &MainAudioProcessor::hpFreqSlew, 0.125f },
+                                                   { "T_lpf", &MainAudioProcessor::lpFreqSlew, 0.125f },
+                                                   { "T_hpr", &MainAudioProcessor::hpResoSlew, 0.25f },
+                                                   { "T_lpr", &MainAudioProcessor::lpResoSlew, 0.25f } })
         {
             EngineUnderTest engine;
             engine.setTransport (somewhere);
@@ -180,7 +185,7 @@ TEST (LfoRouting, RoutesEachDepthToItsOwnTarget)
             engine.tick();
 
             for (const auto each : { &MainAudioProcessor::hpFreqSlew, &MainAudioProcessor::lpFreqSlew,
-                                      &MainAudioProcessor::hpResoSlew, &MainAudioProcessor::lpResoSlew })
+                                     &MainAudioProcessor::hpResoSlew, &MainAudioProcessor::lpResoSlew })
                 EXPECT_EQ ((engine.processor.*each).target, each == slew ? 0.5f + moved : 0.5f) << suffix;
         }
 }
@@ -482,8 +487,8 @@ TEST (LfoRouting, LetsAPhaseRunAwayAtExtremeSpeeds)
 
 TEST (LfoRouting, LocksATempoLfoToEachOfItsLengths)
 {
-    constexpr std::array beats { 64.0f, 32.0f, 16.0f, 12.0f, 8.0f,  6.0f,        4.0f,  3.0f,       2.0f,
-                                 1.5f,  1.0f,  2.0f / 3.0f,  0.5f,  1.0f / 3.0f, 0.25f, 1.0f / 6.0f, 0.125f };
+    constexpr std::array beats { 64.0f, 32.0f, 16.0f,       12.0f, 8.0f,        6.0f,  4.0f,        3.0f,  2.0f,
+                                 1.5f,  1.0f,  2.0f / 3.0f, 0.5f,  1.0f / 3.0f, 0.25f, 1.0f / 6.0f, 0.125f };
 
     for (std::size_t k = 0; k < beats.size(); ++k)
     {
@@ -493,11 +498,13 @@ TEST (LfoRouting, LocksATempoLfoToEachOfItsLengths)
         engine.choose ("lfo2_sync", 3);
         engine.choose ("lfo2_mode", (int) k);
         engine.set ("lfo2_phase", 0.3f);
-        engine.tick();
-
-        // The first tick had no step yet.
         const auto phase = engine.processor.parameters.lfoPhase[1]->get();
-        EXPECT_EQ (generator.phaseA, fractionOf (37.3 / (double) beats[k] + 0.5 - (double) phase)) << k;
+        const auto wanted = fractionOf (37.3 / (double) beats[k] + 0.5 - (double) phase);
+
+        // From the other side of the circle; the first tick has no step yet.
+        generator.phaseA = wanted < 0.5f ? wanted + 0.5f : wanted - 0.5f;
+        engine.tick();
+        EXPECT_EQ (generator.phaseA, wanted) << k;
         EXPECT_EQ (generator.phaseStepA, (float) (131.0 / (double) beats[k] * 0.016666666666666666) / rate) << k;
     }
 }

@@ -220,7 +220,8 @@ TEST (Transport, IsAbsentWithoutAPlayHead)
     // No beats per minute: the free speed takes over.
     EXPECT_EQ (stepOfTempo (engine), freeStep (engine));
     EXPECT_TRUE (lfosStandAtTheStart (engine));
-    EXPECT_TRUE (std::all_of (engine.processor.stepLit.begin(), engine.processor.stepLit.end(), [] (bool b) { return b; }));
+    EXPECT_TRUE (
+        std::all_of (engine.processor.stepLit.begin(), engine.processor.stepLit.end(), [] (bool b) { return b; }));
 }
 
 TEST (Transport, IsAbsentWithoutAPosition)
@@ -242,7 +243,8 @@ TEST (Transport, StandsAtZeroWhenOnlyATempoIsReported)
     displaceLfos (engine);
     EXPECT_EQ (stepOfTempo (engine), stepAtBpm (90.0));
     EXPECT_TRUE (lfosStandAtTheStart (engine));
-    EXPECT_TRUE (std::all_of (engine.processor.stepLit.begin(), engine.processor.stepLit.end(), [] (bool b) { return b; }));
+    EXPECT_TRUE (
+        std::all_of (engine.processor.stepLit.begin(), engine.processor.stepLit.end(), [] (bool b) { return b; }));
 }
 
 TEST (Transport, RunsAtOneHundredAndTwentyWhenNoTempoIsReported)

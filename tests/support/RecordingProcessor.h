@@ -57,7 +57,8 @@ public:
     /** Runs a block of silence in as many channels as the processor has. */
     void runSilence (int numSamples)
     {
-        juce::AudioBuffer<float> buffer (std::max (getTotalNumInputChannels(), getTotalNumOutputChannels()), numSamples);
+        juce::AudioBuffer<float> buffer (std::max (getTotalNumInputChannels(), getTotalNumOutputChannels()),
+                                         numSamples);
         buffer.clear();
         run (buffer);
     }
