@@ -2,6 +2,7 @@
 #include "MainAudioProcessor.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 
@@ -190,7 +191,7 @@ void MainAudioProcessor::setLfoWobbleAndTempoLock (const Tick& tick) noexcept
             lockToTempo (tick, i);
 
         const auto bend = (float) ((double) bipolar (*parameters.lfoCurve[i]) * 1.7);
-        lfo[i].curveExponent = 1.0f / std::exp (bend);
+        lfo[i].curveExponent = bend == 0.0f ? 1.0f : 1.0f / std::exp (bend);
     }
 }
 
@@ -566,7 +567,7 @@ MainAudioProcessor::Structure MainAudioProcessor::readStructure() const noexcept
 /** What consecutive ticks have left, one entry per tick and frame. */
 struct MainAudioProcessor::TickSeries
 {
-    using Values = std::array<float, maxRunFrames>;
+    using Values = std::array<float, maxDesigns>;
 
     [[nodiscard]] static std::span<const float> part (const Values& values, std::size_t first, std::size_t count) noexcept
     {
@@ -587,38 +588,43 @@ void MainAudioProcessor::processFrames (float* left, float* right, int numFrames
     const auto count = (size_t) numFrames;
     auto frames = FrameRun (storage).first (count);
 
-    for (size_t i = 0; i < count; ++i)
-        storage[i] = StereoPair ((double) left[i], (double) right[i]);
+    widen (left, right, frames);
 
     while (! frames.empty())
         frames = frames.subspan (isControlUpdateDue() ? processAwake (frames) : processAsleep (frames));
 
-    for (size_t i = 0; i < count; ++i)
-    {
-        left[i] = (float) storage[i].left();
-        right[i] = (float) storage[i].right();
-    }
+    narrow (FrameRun (storage).first (count), left, right);
 }
 
 size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
 {
     const auto limit = std::min (frames.size(), (size_t) framesUntilClockedUpdate());
-    const auto filtMode = parameters.filtMode->get();
-    auto hasChanged = false;
-    size_t count = 0;
 
-    do
+    // The watch of every frame, in as few instructions as it can be: values of the same bits have not moved, but for a NaN,
+    // which always has. Other bits end the run, and watchParameters says whether anything has moved.
+    const auto watch = [] (const ParameterSet::Parameter& parameter)
     {
-        hasChanged = parameters.hpFreq->hasChanged() || parameters.lpFreq->hasChanged()
-                     || parameters.hpReso->hasChanged() || parameters.lpReso->hasChanged();
+        const auto bits = std::bit_cast<std::uint32_t> (parameter.lastSeenValue);
+        return std::pair { &parameter, std::isnan (parameter.lastSeenValue) ? ~bits : bits };
+    };
+
+    const auto isSame = [] (const auto& watched)
+    { return std::bit_cast<std::uint32_t> (watched.first->get()) == watched.second; };
+
+    const auto hpFreq = watch (*parameters.hpFreq);
+    const auto lpFreq = watch (*parameters.lpFreq);
+    const auto hpReso = watch (*parameters.hpReso);
+    const auto lpReso = watch (*parameters.lpReso);
+    const std::pair filtMode { parameters.filtMode, std::bit_cast<std::uint32_t> (parameters.filtMode->get()) };
+
+    size_t count = 1;
+
+    while (count < limit && isSame (hpFreq) && isSame (lpFreq) && isSame (hpReso) && isSame (lpReso)
+           && isSame (filtMode))
         ++count;
-    } while (! hasChanged && count < limit && parameters.filtMode->get() == filtMode);
 
     skipClock ((int) count);
-
-    if (hasChanged)
-        requestControlUpdate();
-
+    watchParameters();
     runFilters (frames.first (count));
     return count;
 }
@@ -626,7 +632,7 @@ size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
 size_t MainAudioProcessor::processAwake (FrameRun frames)
 {
     TickSeries ticks;
-    gatherTicks (ticks, frames.size());
+    gatherTicks (ticks, std::min (frames.size(), maxDesigns));
     mapSlews (ticks);
 
     if (ticks.filtMode == ladderMode)
@@ -709,7 +715,7 @@ void MainAudioProcessor::runButterworth (const TickSeries& ticks, size_t first, 
 {
     ButterworthFilter::Series hpSeries, lpSeries;
     ResonancePeak::Series hpPeakSeries, lpPeakSeries;
-    std::array<double, maxRunFrames> peakHz;
+    std::array<double, maxDesigns> peakHz;
 
     const auto hpHz = TickSeries::part (ticks.hpHz, first, count);
     const auto lpHz = TickSeries::part (ticks.lpHz, first, count);

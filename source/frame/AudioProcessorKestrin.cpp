@@ -23,19 +23,15 @@ constexpr double highestImplausibleRate = 10000000001.0;
 /** The first channel's bounds are not symmetric, and a NaN becomes the upper one: projects sound like that. */
 [[nodiscard]] float clampFirstChannel (float sample) noexcept
 {
-    if (-30.0f > sample)
-        return -30.0f;
-
-    return sample < 20.0f ? sample : 20.0f;
+    const auto raised = -30.0f > sample ? -30.0f : sample;
+    return raised < 20.0f ? raised : 20.0f;
 }
 
 /** Narrower below than the first channel's, and a NaN passes: both are meant. */
 [[nodiscard]] float clampSecondChannel (float sample) noexcept
 {
-    if (-20.0f > sample)
-        return -20.0f;
-
-    return sample > 20.0f ? 20.0f : sample;
+    const auto raised = -20.0f > sample ? -20.0f : sample;
+    return raised > 20.0f ? 20.0f : raised;
 }
 } // namespace
 
@@ -138,27 +134,28 @@ void AudioProcessorKestrin::processRun (AudioBuffer<float>& buffer)
 
 void AudioProcessorKestrin::runFrames (const FramePointers& frames, int numFrames)
 {
-    std::array<float, maxFramesTogether> left, right;
+    std::array<float, maxFramesTogether> scratch;
 
     for (int start = 0; start < numFrames; start += maxFramesTogether)
     {
         const auto count = std::min (maxFramesTogether, numFrames - start);
+        auto* const left = frames.left + start;
 
-        for (int i = 0; i < count; ++i)
-            left[(size_t) i] = clampFirstChannel (frames.left[start + i]);
+        // A right side that is only read or only written must not be worked on in its place.
+        auto* const right = frames.rightIn == frames.rightOut && frames.rightOut != nullptr ? frames.rightOut + start
+                                                                                            : scratch.data();
+
+        std::transform (left, left + count, left, clampFirstChannel);
 
         if (frames.rightIn != nullptr)
-            for (int i = 0; i < count; ++i)
-                right[(size_t) i] = clampSecondChannel (frames.rightIn[start + i]);
+            std::transform (frames.rightIn + start, frames.rightIn + start + count, right, clampSecondChannel);
         else
-            std::copy_n (left.data(), count, right.data());
+            std::copy_n (left, count, right);
 
-        processFrames (left.data(), right.data(), count);
+        processFrames (left, right, count);
 
-        std::copy_n (left.data(), count, frames.left + start);
-
-        if (frames.rightOut != nullptr)
-            std::copy_n (right.data(), count, frames.rightOut + start);
+        if (frames.rightOut != nullptr && frames.rightOut + start != right)
+            std::copy_n (right, count, frames.rightOut + start);
     }
 }
 
