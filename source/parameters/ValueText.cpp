@@ -22,7 +22,15 @@ std::string fixed (double x, int decimals)
 }
 
 /** As printf's "%+.1f": a number without a minus has a plus. */
-std::string withSign (double x, int decimals) { return (std::signbit (x) ? "" : "+") + fixed (x, decimals); }
+std::string withSign (double x, int decimals)
+{
+    auto text = fixed (x, decimals);
+
+    if (! std::signbit (x))
+        text.insert (text.begin(), '+');
+
+    return text;
+}
 
 /** The blank stays when there is no unit to follow it. */
 std::string with (const std::string& number, const std::string& unit) { return number + " " + unit; }
@@ -107,7 +115,7 @@ std::string bipolar (const Parameter& parameter, float position, const std::stri
     if (n == 0)
         return with ("  0", unit);
 
-    return with ((n > 0 ? "+" : "") + std::to_string (n), unit);
+    return with (withSign ((double) n, 0), unit);
 }
 
 double reciprocalOrZero (float x) { return x == 0.0f ? 0.0 : 1.0 / (double) x; }
