@@ -29,6 +29,11 @@ function (kestrin_strict_warnings)
         set (flags /W4 /WX)
     else()
         set (flags -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wdouble-promotion -Werror)
+
+        # GCC 12 sees overlapping copies in "literal" + std::string where there are none.
+        if (CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+            list (APPEND flags -Wno-restrict)
+        endif()
     endif()
 
     set_property (SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS ${flags})

@@ -1,17 +1,103 @@
 # SPDX-License-Identifier: AGPL-3.0-or-later
-# Where JUCE 8.0.6 comes from.
+# Where JUCE comes from: the parent project's own, a tree that the user names, the tree that scripts/setup has fetched, or
+# upstream's tag, in this order. The version is pinned because each JUCE carries its own VST3 SDK, whose version a host can read.
 
-set (KESTRIN_JUCE_DIR "$ENV{KESTRIN_JUCE_DIR}" CACHE PATH "A tree of JUCE 8.0.6")
+set (kestrinJuceVersion 8.0.6)
+set (KESTRIN_JUCE_DIR "" CACHE PATH "A tree of JUCE ${kestrinJuceVersion}; the environment variable of this name serves too")
 
-if (NOT COMMAND juce_add_plugin)
-    if (KESTRIN_JUCE_DIR)
-        set (kestrinJuceTree "${KESTRIN_JUCE_DIR}")
-    else()
-        set (kestrinJuceTree "${CMAKE_CURRENT_LIST_DIR}/../external/juce-8.0.6")
+# The version that a tree of JUCE states in its first CMake file; empty if this is no tree of JUCE.
+function (kestrin_juce_version_of tree result)
+    set (version "")
+
+    if (EXISTS "${tree}/CMakeLists.txt")
+        file (STRINGS "${tree}/CMakeLists.txt" line REGEX "project *\\( *JUCE +VERSION" LIMIT_COUNT 1)
+        string (REGEX MATCH "[0-9]+(\\.[0-9]+)+" version "${line}")
     endif()
 
+    set (${result} "${version}" PARENT_SCOPE)
+endfunction()
+
+# The tree to use, and in kestrinJuceChoice how it was chosen, so that an error can say what to change.
+function (kestrin_choose_juce_tree)
+    set (fetched "${CMAKE_CURRENT_FUNCTION_LIST_DIR}/../external/juce-${kestrinJuceVersion}")
+
+    if (KESTRIN_JUCE_DIR)
+        set (tree "${KESTRIN_JUCE_DIR}")
+        set (choice "KESTRIN_JUCE_DIR")
+    elseif (NOT "$ENV{KESTRIN_JUCE_DIR}" STREQUAL "")
+        set (tree "$ENV{KESTRIN_JUCE_DIR}")
+        set (choice "the environment variable KESTRIN_JUCE_DIR")
+    elseif (FETCHCONTENT_SOURCE_DIR_JUCE)
+        set (tree "${FETCHCONTENT_SOURCE_DIR_JUCE}")
+        set (choice "FETCHCONTENT_SOURCE_DIR_JUCE")
+    elseif (EXISTS "${fetched}")
+        set (tree "${fetched}")
+        set (choice "scripts/setup")
+    else()
+        include (FetchContent)
+        message (STATUS "Fetching JUCE ${kestrinJuceVersion} from upstream")
+
+        # A SOURCE_SUBDIR that does not exist: only fetch. Added below by hand, the tree stays out of "all" and "install".
+        FetchContent_Declare (JUCE
+            GIT_REPOSITORY https://github.com/juce-framework/JUCE.git
+            GIT_TAG ${kestrinJuceVersion}
+            GIT_SHALLOW TRUE
+            SOURCE_SUBDIR only-fetch)
+        FetchContent_MakeAvailable (JUCE)
+        set (tree "${juce_SOURCE_DIR}")
+        set (choice "upstream's tag")
+    endif()
+
+    get_filename_component (tree "${tree}" ABSOLUTE BASE_DIR "${CMAKE_SOURCE_DIR}")
+    set (kestrinJuceTree "${tree}" PARENT_SCOPE)
+    set (kestrinJuceChoice "${choice}" PARENT_SCOPE)
+endfunction()
+
+if (COMMAND juce_add_plugin)
+    # An installed JUCE states its version in a variable, one added as a folder in its own CMake file.
+    if (DEFINED JUCE_VERSION)
+        set (kestrinJuceFound "${JUCE_VERSION}")
+    else()
+        kestrin_juce_version_of ("${JUCE_SOURCE_DIR}" kestrinJuceFound)
+    endif()
+
+    if (NOT kestrinJuceFound VERSION_EQUAL kestrinJuceVersion)
+        message (FATAL_ERROR "The enclosing project brings JUCE ${kestrinJuceFound}, and Kestrin Tamsile Filter needs "
+            "${kestrinJuceVersion}: give the enclosing project JUCE ${kestrinJuceVersion}.")
+    endif()
+else()
+    kestrin_choose_juce_tree()
+    kestrin_juce_version_of ("${kestrinJuceTree}" kestrinJuceFound)
+
+    if (kestrinJuceFound STREQUAL "")
+        message (FATAL_ERROR "${kestrinJuceTree} (from ${kestrinJuceChoice}) is no tree of JUCE: "
+            "set KESTRIN_JUCE_DIR to a tree of JUCE ${kestrinJuceVersion}, or unset it and run scripts/setup.")
+    elseif (NOT kestrinJuceFound VERSION_EQUAL kestrinJuceVersion)
+        message (FATAL_ERROR "${kestrinJuceTree} (from ${kestrinJuceChoice}) is JUCE ${kestrinJuceFound}: "
+            "set KESTRIN_JUCE_DIR to a tree of JUCE ${kestrinJuceVersion}, or unset it and run scripts/setup.")
+    endif()
+
+    # JUCE builds its helper tools inside its build folder, and CMake refuses to build them there from another tree.
+    if (DEFINED CACHE{KESTRIN_JUCE_TREE_IN_USE} AND NOT KESTRIN_JUCE_TREE_IN_USE STREQUAL kestrinJuceTree)
+        file (REMOVE_RECURSE "${CMAKE_BINARY_DIR}/juce")
+    endif()
+
+    set (KESTRIN_JUCE_TREE_IN_USE "${kestrinJuceTree}" CACHE INTERNAL "The tree of JUCE of this build folder")
+    message (STATUS "JUCE ${kestrinJuceFound} in ${kestrinJuceTree} (from ${kestrinJuceChoice})")
     add_subdirectory ("${kestrinJuceTree}" "${CMAKE_BINARY_DIR}/juce" EXCLUDE_FROM_ALL)
 endif()
+
+# JUCE's headers are not ours to keep free of warnings: whoever links a module finds them as system headers. A target that
+# takes its view of JUCE from another target's properties adds SYSTEM ${kestrinJuceIncludes} itself.
+set (kestrinJuceIncludes "")
+
+foreach (target IN ITEMS juce_core juce_vst3_headers)
+    if (TARGET ${target})
+        get_target_property (directories ${target} INTERFACE_INCLUDE_DIRECTORIES)
+        set_property (TARGET ${target} APPEND PROPERTY INTERFACE_SYSTEM_INCLUDE_DIRECTORIES ${directories})
+        list (APPEND kestrinJuceIncludes ${directories})
+    endif()
+endforeach()
 
 # Debian's tree leaves these out; upstream's bundles them, and linking the system's as well does no harm.
 find_package (ZLIB REQUIRED)

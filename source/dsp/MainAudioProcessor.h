@@ -81,4 +81,34 @@ public:
     std::unique_ptr<ResonancePeak> hpResonator, lpResonator;
 
     ParameterSet parameters;
+
+private:
+    struct Tick;
+
+    // The steps of a tick, in their order.
+    void readTransport (Tick& tick) const;
+    void resetLfosWithoutTransport (const Tick& tick) noexcept;
+    void readLfoChoices (Tick& tick) const noexcept;
+    void setLfoWobbleAndTempoLock (const Tick& tick) noexcept;
+    void setSlopes() noexcept;
+    void evaluateFrequencer (Tick& tick) noexcept;
+    void advanceAndRouteLfos (Tick& tick);
+    void setSlewSteps (const Tick& tick) noexcept;
+    void setTargets (const Tick& tick) noexcept;
+    void advanceAndMapSlews (Tick& tick) noexcept;
+    void designFilters (const Tick& tick) noexcept;
+    void decideWhetherToStayAwake (const Tick& tick) noexcept;
+
+    void setWobble (const Tick& tick, std::size_t i) noexcept;
+    void lockToTempo (const Tick& tick, std::size_t i) noexcept;
+    void routeLfo (Tick& tick, std::size_t i, float output) const noexcept;
+    [[nodiscard]] float speedMultiplier (std::size_t i) noexcept;
+    void configureLfo (Tick& tick, std::size_t i, float frequency, float multiplier);
+    void lockLfosToBars (const Tick& tick, float barMultiple);
+
+    void watchParameters() noexcept;
+    void processButterworth (double& left, double& right) noexcept;
+    void processLadder (double& left, double& right) noexcept;
+
+    JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (MainAudioProcessor)
 };

@@ -90,11 +90,17 @@ protected:
     Random random;
 
 private:
+    struct FramePointers;
+
+    [[nodiscard]] static FramePointers framesOf (dsp::AudioBlock<float>& block, int numIn, int numOut);
+    void applyParameters (const XmlElement& settings);
+    void keepExtraAttributes (const XmlElement& settings);
     void setExtraAttribute (String key, String value);
-    [[nodiscard]] std::vector<std::string> splitPath (const std::string& text) const;
     void ensureDefaultProgram();
     void updateOversampler (int numChannels);
-    void processPiece (AudioBuffer<float>& buffer);
+    void processRun (AudioBuffer<float>& buffer);
+    void processFrames (const FramePointers& frames, int numFrames);
+    [[nodiscard]] bool advanceClock() noexcept;
 
     std::uint32_t controlCounter = 0;
     int oversamplerBlockSize = 32768;

@@ -7,6 +7,8 @@
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
+class ParameterSlider;
+
 namespace juce
 {
 /** A parameter whose value is always its normalised position, 0 to 1: for the host, the settings, the window and the
@@ -52,17 +54,20 @@ public:
     [[nodiscard]] int getChoiceIndex() const noexcept { return getChoiceIndexForValue (get()); }
 
     /** The same for any position. */
-    [[nodiscard]] int getChoiceIndexForValue (float position) const noexcept;
+    [[nodiscard]] int getChoiceIndexForValue (float position) const noexcept
+    {
+        return valueKind == choiceKind && stepCount > 1 ? roundHalfAway ((float) (stepCount - 1) * position) : 0;
+    }
 
     /** True if the value differs from the one at the last call. Audio thread only. */
     [[nodiscard]] bool hasChanged() noexcept
     {
-        const auto value = get();
+        const auto current = get();
 
-        if (value == lastSeenValue)
+        if (current == lastSeenValue)
             return false;
 
-        lastSeenValue = value;
+        lastSeenValue = current;
         return true;
     }
 
@@ -71,6 +76,9 @@ public:
 
     /** The text of any position. Allocates; any thread but the audio thread. */
     [[nodiscard]] std::string formatValueText (float position) const;
+
+    /** The knob that was bound last. Nothing reads it, and it is not cleared when the window goes. */
+    ParameterSlider* attachedSlider = nullptr;
 
     std::int32_t valueKind = 0;
     float defaultValue = 0.0f;
@@ -83,6 +91,22 @@ public:
 
 private:
     void startAtDefault (float newDefaultValue);
+
+    /** Rounds as roundf does, half away from zero, without a call into the maths library: the audio thread asks for
+        choices at every frame. Below 2^22 the fraction is exact. */
+    [[nodiscard]] static int roundHalfAway (float x) noexcept
+    {
+        constexpr auto exactFractions = 4194304.0f;
+
+        if (! (x >= 0.0f && x < exactFractions))
+            return nearestInt (x);
+
+        const auto whole = (int) x;
+        return x - (float) whole >= 0.5f ? whole + 1 : whole;
+    }
+
+    /** The same for any number: 0 for one that is none, and the nearest end of int beyond it. */
+    [[nodiscard]] static int nearestInt (float x) noexcept;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (AudioParameterFloatKestrin)
 };

@@ -1,0 +1,60 @@
+# SPDX-License-Identifier: AGPL-3.0-or-later
+# Short names for what the scripts and CMake's presets do; nothing is built by rules of this file. A target is described by
+# the words behind its ##, which 'make' alone prints.
+
+# The user's folder of VST3 modules; the presets go into presets/ within it.
+VST3_DIR ?= $(HOME)/.vst3
+
+# How many things are done at once.
+JOBS ?= $(shell nproc 2>/dev/null || echo 2)
+
+# A compiler cache is used if there is one.
+CCACHE := $(shell command -v ccache 2>/dev/null)
+ifneq ($(CCACHE),)
+export CMAKE_C_COMPILER_LAUNCHER ?= $(CCACHE)
+export CMAKE_CXX_COMPILER_LAUNCHER ?= $(CCACHE)
+endif
+
+export IN VST3_DIR JOBS
+
+.DEFAULT_GOAL := help
+.PHONY: help setup build demo test install uninstall format lint clean
+
+help:
+	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
+	@echo
+	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1|\2/p' Makefile | awk -F '|' '{ printf "%-18s %s\n", $$1, $$2 }'
+	@echo
+	@echo "Variables: IN=song.wav (demo), VST3_DIR=folder (install, uninstall; ~/.vst3), JOBS=number,"
+	@echo "KESTRIN_JUCE_DIR=folder (a tree of JUCE 8.0.6 of your own)."
+
+setup: ## install what is missing and fetch JUCE; all other targets begin with this
+	@scripts/setup
+
+build: setup ## build the plug-in and everything else, in build/release
+	cmake --preset release
+	cmake --build --preset release --parallel $(JOBS)
+
+demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wav takes yours
+	@scripts/demo
+
+test: build ## build and run all tests
+	ctest --preset release --parallel $(JOBS)
+
+install: build ## put the plug-in and its presets into ~/.vst3
+	@scripts/user-install install build/release
+
+uninstall: ## take out of ~/.vst3 what 'make install' put there
+	@scripts/user-install uninstall
+
+format: ## lay out all C++ files as .clang-format says
+	@scripts/setup format
+	@scripts/format
+
+lint: ## check the layout and look for common mistakes
+	@scripts/setup format
+	@scripts/format --check
+	@scripts/lint
+
+clean: ## remove build/; what was fetched stays
+	rm -rf build

@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "LfoGenerator.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "FilterConstants.h"
+
+namespace
+{
+// The three triangles of "Random tri" run at these ratios, which have no short common period.
+constexpr double ratioB = 1.28396548763;
+constexpr double ratioC = 0.82343668762;
+constexpr double oneThird = 0.333333333;
+
+constexpr double walkPerHertz = 0.003;
+
+/** What the output slew lets through per second: a brownian output is a very slow drift of its walk. */
+constexpr float slewPerSecond = 0.01f;
+constexpr float unlimitedStep = 1.0e20f;
+
+// The exponents between which the curve stage is left out.
+constexpr double straightFrom = 0.99;
+constexpr double straightTo = 1.01;
+
+// The reserved shapes look ahead of the phase by this much.
+constexpr double pulseLead = 0.06;
+constexpr double sumLead = 0.0001;
+
+/** How far the rest of a cycle is from its end, after the lead has been added. */
+[[nodiscard]] double remainderOfCycle (float phase, double lead) noexcept
+{
+    auto q = (double) phase + lead;
+
+    if (q >= 1.0)
+        q -= 1.0;
+
+    return 1.0 - q;
+}
+
+[[nodiscard]] double fraction (double x) noexcept { return x - std::floor (x); }
+} // namespace
+
+float triangleOf (float phase) noexcept
+{
+    const auto p = (double) phase;
+    return (float) (p < 0.5 ? 4.0 * p - 1.0 : (0.75 - p) * 4.0);
+}
+
+LfoGenerator::LfoGenerator() : rng (std::random_device {}()) {}
+
+float LfoGenerator::render() noexcept { return bend (renderShape()); }
+
+float LfoGenerator::renderShape() noexcept
+{
+    switch (shape)
+    {
+        case sine:
+            return renderSine();
+        case triangle:
+            return amplitude * triangleOf (phaseA);
+        case saw:
+            return amplitude * (1.0f - 2.0f * phaseA);
+        case square:
+            return phaseA < 0.5f ? -amplitude : amplitude;
+        case randomTriangles:
+            return renderRandomTriangles();
+        case brownian:
+            return renderBrownian();
+        case reservedPulse:
+            return renderReservedPulse();
+        case reservedSum:
+            return renderReservedSum();
+        default:
+            return 0.0f;
+    }
+}
+
+float LfoGenerator::renderSine() const noexcept
+{
+    return amplitude * std::sin ((float) ((double) (2.0f * phaseA) * pi));
+}
+
+float LfoGenerator::renderRandomTriangles() const noexcept
+{
+    const auto sum = triangleOf (phaseB) + triangleOf (phaseA) + triangleOf (phaseC);
+    return (float) ((double) sum * oneThird * (double) amplitude);
+}
+
+float LfoGenerator::renderBrownian() noexcept
+{
+    outputSlew.target = walkValue * amplitude;
+    return outputSlew.current;
+}
+
+float LfoGenerator::renderReservedPulse() const noexcept
+{
+    const auto y = remainderOfCycle (phaseA, pulseLead);
+    const auto cube = y * y * y;
+    return amplitude * triangleOf ((float) (cube * cube));
+}
+
+float LfoGenerator::renderReservedSum() noexcept
+{
+    const auto y = remainderOfCycle (phaseA, sumLead);
+    auto sum = 0.0;
+
+    for (int k = 1; k <= 128; k *= 2)
+        sum += fraction ((double) k * y) / (double) std::log (2.0f * (float) k);
+
+    outputSlew.target = (float) ((sum * sum - 1.9) * (double) amplitude * 0.3);
+    return outputSlew.current;
+}
+
+float LfoGenerator::bend (float x) const noexcept
+{
+    const auto exponent = (double) curveExponent;
+
+    if (exponent > straightFrom && exponent < straightTo)
+        return x;
+
+    const auto u = (float) std::clamp (((double) x + 1.0) * 0.5, 0.0, 1.0);
+
+    if (curveExponent > 1.0f)
+        return 2.0f * std::pow (u, curveExponent) - 1.0f;
+
+    const auto y = std::pow (1.0f - u, 1.0f / curveExponent);
+    return 2.0f * (1.0f - y) - 1.0f;
+}
+
+void LfoGenerator::setRate (std::int32_t newShape, float rate, float frequency) noexcept
+{
+    shape = newShape;
+    walkStep = (float) ((double) frequency * walkPerHertz);
+    outputSlew.mode = 0;
+    outputSlew.step = rate > 0.0f ? slewPerSecond / rate : unlimitedStep;
+
+    if (rate > 0.0f && frequency >= 0.0f)
+    {
+        const auto period = 1.0 / (double) rate;
+        phaseStepA = frequency / rate;
+        phaseStepB = (float) ((double) frequency * ratioB * period);
+        phaseStepC = (float) ((double) frequency * ratioC * period);
+    }
+    else
+    {
+        // The other two steps stay as they are.
+        phaseStepA = 0.0f;
+    }
+}
+
+void LfoGenerator::advance() noexcept
+{
+    outputSlew.advanceLinear();
+    phaseA += phaseStepA;
+    phaseB += phaseStepB;
+    phaseC += phaseStepC;
+
+    if (shape == brownian)
+        walk();
+
+    if (followReference && (shape == reservedPulse || shape == reservedSum))
+        follow();
+
+    wrapPhases();
+}
+
+double LfoGenerator::drawStep() noexcept
+{
+    // Written out, since standard libraries differ in how they make a double of two draws.
+    constexpr auto twoTo32 = 4294967296.0;
+    const auto low = (double) rng();
+    const auto high = (double) rng();
+    const auto uniform = (low + high * twoTo32) / (twoTo32 * twoTo32);
+    return uniformLow + (uniformHigh - uniformLow) * uniform;
+}
+
+void LfoGenerator::walk() noexcept
+{
+    const auto moved = (float) ((double) walkValue + (double) walkStep * drawStep());
+    walkValue = std::clamp (moved, -1.0f, 1.0f);
+    referencePhase += phaseStepA;
+}
+
+void LfoGenerator::follow() noexcept
+{
+    auto distance = std::abs (referencePhase - phaseA);
+
+    if (distance >= 0.5f)
+        distance = -distance;
+
+    if (referencePhase > phaseA)
+    {
+        phaseA += distance * phaseStepA;
+
+        if (phaseA > referencePhase)
+            phaseA = referencePhase;
+    }
+    else if (phaseA > referencePhase)
+    {
+        phaseA -= distance * phaseStepA;
+
+        if (referencePhase > phaseA)
+            phaseA = referencePhase;
+    }
+}
+
+void LfoGenerator::wrapPhases() noexcept
+{
+    for (auto* phase : { &phaseA, &phaseB, &phaseC, &referencePhase })
+        if (*phase >= 1.0f)
+            *phase -= 1.0f;
+}
+
+void LfoGenerator::jumpTo (float phase) noexcept
+{
+    referencePhase = phaseA = phaseB = phaseC = phase;
+    walkValue = 0.0f;
+}

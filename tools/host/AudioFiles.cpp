@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "AudioFiles.h"
+
+#include "HostError.h"
+
+namespace
+{
+constexpr unsigned int mostChannels = 2;
+
+/** JUCE fills what a shortened file lacks with silence; a host that renders silence without a word helps nobody. */
+void requireWholeFile (const juce::AudioFormatReader& reader, const juce::File& file)
+{
+    const auto bytesPerFrame = (juce::int64) (reader.numChannels * reader.bitsPerSample / 8);
+
+    if (reader.lengthInSamples * bytesPerFrame > file.getSize())
+        throw HostError (file.getFullPathName() + ": the file is cut short: its header tells of "
+                         + juce::String (reader.lengthInSamples) + " frames");
+}
+
+std::unique_ptr<juce::AudioFormatReader> openReader (const juce::File& file)
+{
+    if (! file.existsAsFile())
+        throw HostError (file.getFullPathName() + ": there is no such file");
+
+    juce::AudioFormatManager formats;
+    formats.registerFormat (new juce::WavAudioFormat, true);
+    formats.registerFormat (new juce::AiffAudioFormat, false);
+
+    std::unique_ptr<juce::AudioFormatReader> reader (formats.createReaderFor (file.createInputStream()));
+
+    if (reader == nullptr)
+        throw HostError (file.getFullPathName() + ": not a WAV or AIFF file that can be read");
+
+    if (reader->numChannels == 0 || reader->numChannels > mostChannels)
+        throw HostError (file.getFullPathName() + ": has " + juce::String (reader->numChannels)
+                         + " channels; 1 or 2 are possible");
+
+    requireWholeFile (*reader, file);
+    return reader;
+}
+} // namespace
+
+AudioSource::AudioSource (const juce::File& source, int numChannels)
+    : file (source), reader (openReader (source)),
+      outputChannels (numChannels > 0 ? numChannels : (int) reader->numChannels)
+{
+}
+
+void AudioSource::read (juce::AudioBuffer<float>& buffer, juce::int64 startFrame, int numFrames)
+{
+    const auto numFileChannels = (int) reader->numChannels;
+    const auto direct = numFileChannels == outputChannels;
+
+    if (! direct)
+        fileChannels.setSize (numFileChannels, numFrames, false, false, true);
+
+    auto& target = direct ? buffer : fileChannels;
+
+    if (! reader->read (target.getArrayOfWritePointers(), numFileChannels, startFrame, numFrames))
+        throw HostError (file.getFullPathName() + ": cannot be read at frame " + juce::String (startFrame));
+
+    if (direct)
+        return;
+
+    for (int channel = 0; channel < outputChannels; ++channel)
+        buffer.copyFrom (channel, 0, fileChannels, 0, 0, numFrames);
+
+    if (numFileChannels > outputChannels)
+    {
+        buffer.addFrom (0, 0, fileChannels, 1, 0, numFrames);
+        buffer.applyGain (0, 0, numFrames, 0.5f);
+    }
+}
+
+AudioSink::AudioSink (const juce::File& file, double sampleRate, int numChannels) : staged (file)
+{
+    auto output = staged.open();
+    stream = output.get();
+
+    // 32 bits are floats in JUCE's WAV writer.
+    writer.reset (
+        juce::WavAudioFormat().createWriterFor (output.get(), sampleRate, (unsigned int) numChannels, 32, {}, 0));
+
+    if (writer == nullptr)
+        throw HostError ("cannot write a WAV file at " + juce::String (sampleRate) + " Hz");
+
+    output.release();
+}
+
+void AudioSink::write (const juce::AudioBuffer<float>& buffer, int numFrames)
+{
+    if (! writer->writeFromAudioSampleBuffer (buffer, 0, numFrames))
+        fail();
+}
+
+void AudioSink::finish()
+{
+    // The writer's destructor writes the header too, but cannot tell whether that worked.
+    if (! writer->flush() || stream->getStatus().failed())
+        fail();
+
+    writer.reset();
+}
+
+void AudioSink::fail() const
+{
+    const auto reason = stream->getStatus().failed() ? stream->getStatus().getErrorMessage() : "the file is too long";
+    throw HostError ("cannot write " + staged.target().getFullPathName() + ": " + reason);
+}

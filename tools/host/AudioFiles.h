@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <memory>
+
+#include <juce_audio_formats/juce_audio_formats.h>
+
+#include "StagedFile.h"
+
+/** Reads a WAV or AIFF file of one or two channels piece by piece, as one or two channels of float. */
+class AudioSource
+{
+public:
+    /** @param numChannels  1 or 2; 0 takes the file's own number
+        @throws HostError if the file is missing, damaged, of another kind or has more than two channels */
+    AudioSource (const juce::File& file, int numChannels);
+
+    [[nodiscard]] double sampleRate() const noexcept { return reader->sampleRate; }
+    [[nodiscard]] juce::int64 numFrames() const noexcept { return reader->lengthInSamples; }
+    [[nodiscard]] int numChannels() const noexcept { return outputChannels; }
+
+    /** Fills the first numFrames frames of a buffer of numChannels(). One channel is copied to both sides; two channels
+        are averaged to one.
+        @throws HostError if the file cannot be read there */
+    void read (juce::AudioBuffer<float>& buffer, juce::int64 startFrame, int numFrames);
+
+private:
+    juce::File file;
+    std::unique_ptr<juce::AudioFormatReader> reader;
+    int outputChannels;
+    juce::AudioBuffer<float> fileChannels;
+};
+
+/** Writes a WAV file of 32-bit floats piece by piece. The file appears when it is committed. */
+class AudioSink
+{
+public:
+    /** @throws HostError if the place cannot be written to */
+    AudioSink (const juce::File& file, double sampleRate, int numChannels);
+
+    /** @throws HostError, for example when the disk is full */
+    void write (const juce::AudioBuffer<float>& buffer, int numFrames);
+
+    /** Completes the hidden file. Commit puts it in its place.
+        @throws HostError */
+    void finish();
+    void commit() { staged.commit(); }
+
+private:
+    [[noreturn]] void fail() const;
+
+    StagedFile staged;
+    juce::FileOutputStream* stream = nullptr;
+    std::unique_ptr<juce::AudioFormatWriter> writer;
+};

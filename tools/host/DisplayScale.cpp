@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "DisplayScale.h"
+
+#include <cmath>
+
+namespace
+{
+/** Fine enough that every text of a parameter with some thousand texts is met, or bounded by two that differ. */
+constexpr int firstLookIntervals = 512;
+
+/** Edges of a grid are found to the last bit of a float; this leaves room for the module's own rounding. */
+constexpr double gridTolerance = 0.01;
+
+/** Below this there is no scale to read between, but a handful of rough words with numbers in them ("4 sec"). */
+constexpr size_t fewestMarks = 8;
+} // namespace
+
+DisplayScale::DisplayScale (const TextOf& textOf)
+{
+    const auto trimmedText = [&textOf] (float position) { return textOf (position).trim(); };
+
+    auto low = 0.0f;
+    auto lowText = trimmedText (low);
+    runs.push_back ({ lowText, 0.0f, 0.0f, parse (lowText) });
+
+    for (int interval = 1; interval <= firstLookIntervals; ++interval)
+    {
+        const auto high = (float) interval / (float) firstLookIntervals;
+        const auto highText = trimmedText (high);
+        collectRuns (trimmedText, low, lowText, high, highText);
+        low = high;
+        lowText = highText;
+    }
+
+    runs.back().last = 1.0f;
+    gridSize = findGridSize();
+    choice = gridSize > 0 && ! isOneRangeOfNumbers();
+}
+
+void DisplayScale::collectRuns (const TextOf& textOf, float low, const juce::String& lowText, float high,
+                                const juce::String& highText)
+{
+    if (lowText == highText)
+        return;
+
+    const auto middle = low + (high - low) * 0.5f;
+
+    if (middle <= low || middle >= high)
+    {
+        runs.back().last = low;
+        runs.push_back ({ highText, high, high, parse (highText) });
+        return;
+    }
+
+    const auto middleText = textOf (middle);
+    collectRuns (textOf, low, lowText, middle, middleText);
+    collectRuns (textOf, middle, middleText, high, highText);
+}
+
+std::optional<DisplayScale::Quantity> DisplayScale::parse (const juce::String& text)
+{
+    const auto number = text.initialSectionContainingOnly ("+-.0123456789");
+
+    if (! number.containsAnyOf ("0123456789") || number.substring (1).containsAnyOf ("+-")
+        || number.indexOfChar ('.') != number.lastIndexOfChar ('.'))
+        return {};
+
+    Quantity quantity { number.getDoubleValue(), text.substring (number.length()).trim().toLowerCase() };
+
+    if (quantity.unit == "khz")
+        quantity = { quantity.number * 1000.0, "hz" };
+
+    return quantity;
+}
+
+double DisplayScale::edgeBetween (const Run& lower, const Run& upper) noexcept
+{
+    return ((double) lower.last + (double) upper.first) * 0.5;
+}
+
+int DisplayScale::findGridSize() const noexcept
+{
+    if (runs.size() < 2)
+        return 0;
+
+    // On a grid the first text reaches half a step.
+    const auto size = (int) std::lround (0.5 / edgeBetween (runs[0], runs[1])) + 1;
+    const auto step = 1.0 / (double) (size - 1);
+
+    if (size < 2 || (size_t) size < runs.size())
+        return 0;
+
+    for (size_t index = 1; index < runs.size(); ++index)
+        if (std::abs (edgeBetween (runs[index - 1], runs[index]) - ((double) index - 0.5) * step) > gridTolerance * step)
+            return 0;
+
+    // Positions above the last text may be left over; what lies there has no text.
+    return (size_t) size == runs.size() || runs.back().text.isEmpty() ? size : 0;
+}
+
+bool DisplayScale::isOneRangeOfNumbers() const
+{
+    for (const auto& run : runs)
+        if (! run.quantity.has_value() || run.quantity->unit != runs.front().quantity->unit)
+            return false;
+
+    return true;
+}
+
+float DisplayScale::positionOfRun (size_t index) const noexcept
+{
+    if (gridSize > 0)
+        return (float) index / (float) (gridSize - 1);
+
+    return (runs[index].first + runs[index].last) * 0.5f;
+}
+
+std::vector<DisplayScale::Choice> DisplayScale::choices() const
+{
+    std::vector<Choice> result;
+
+    if (choice)
+        for (size_t index = 0; index < runs.size(); ++index)
+            if (runs[index].text.isNotEmpty())
+                result.push_back ({ runs[index].text, positionOfRun (index) });
+
+    return result;
+}
+
+std::vector<DisplayScale::Mark> DisplayScale::marksFor (const juce::String& unit) const
+{
+    std::vector<Mark> marks;
+    const auto add = [&marks] (double number, double position)
+    {
+        if (marks.empty() || (number > marks.back().number && position > marks.back().position))
+            marks.push_back ({ number, position });
+    };
+
+    for (size_t index = 0; index < runs.size(); ++index)
+    {
+        const auto& run = runs[index];
+
+        if (! run.quantity.has_value() || run.quantity->unit != unit)
+            continue;
+
+        const auto number = run.quantity->number;
+
+        if (gridSize > 0)
+        {
+            add (number, (double) positionOfRun (index));
+            continue;
+        }
+
+        // Between two rounded numbers the text changes halfway. The numbers at the ends of the scale are exact.
+        const auto startsScale = index == 0 || ! runs[index - 1].quantity.has_value()
+                                 || runs[index - 1].quantity->unit != unit;
+
+        if (startsScale)
+            add (number, (double) run.first);
+        else
+            add ((runs[index - 1].quantity->number + number) * 0.5, edgeBetween (runs[index - 1], run));
+
+        if (index + 1 == runs.size())
+            add (number, 1.0);
+    }
+
+    return marks;
+}
+
+std::optional<float> DisplayScale::positionBetweenMarks (const Quantity& quantity) const
+{
+    const auto marks = marksFor (quantity.unit);
+
+    if (marks.size() < fewestMarks || ! (quantity.number >= marks.front().number)
+        || ! (quantity.number <= marks.back().number))
+        return {};
+
+    size_t upper = 1;
+
+    while (upper + 1 < marks.size() && marks[upper].number < quantity.number)
+        ++upper;
+
+    const auto& low = marks[upper - 1];
+    const auto& high = marks[upper];
+
+    // Scales that are not even are exponential; the difference to a straight line between neighbours is small anyway.
+    const auto exponential = gridSize == 0 && low.number > 0.0;
+    const auto fraction = exponential ? std::log (quantity.number / low.number) / std::log (high.number / low.number)
+                                      : (quantity.number - low.number) / (high.number - low.number);
+
+    return (float) (low.position + (high.position - low.position) * fraction);
+}
+
+std::optional<float> DisplayScale::positionOf (const juce::String& text) const
+{
+    const auto wanted = text.trim();
+
+    if (! choice)
+        if (const auto quantity = parse (wanted))
+            if (const auto position = positionBetweenMarks (*quantity))
+                return position;
+
+    for (size_t index = 0; index < runs.size(); ++index)
+        if (wanted.isNotEmpty() && runs[index].text.equalsIgnoreCase (wanted))
+            return positionOfRun (index);
+
+    return {};
+}

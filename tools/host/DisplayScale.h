@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include <juce_core/juce_core.h>
+
+/** What a parameter's texts tell about it. A VST3 module tells its host a text for any position from 0 to 1 and not how
+    the two hang together, so this finds out by asking: where the text changes, whether these places lie on an even grid,
+    and whether the texts are words to choose from or numbers to read between.
+
+    It is taken for granted that a text which is the same at two positions is the same between them. */
+class DisplayScale
+{
+public:
+    using TextOf = std::function<juce::String (float)>;
+
+    struct Choice
+    {
+        juce::String text;
+        float position = 0.0f;
+    };
+
+    explicit DisplayScale (const TextOf& textOf);
+
+    /** True if the texts are words and not one range of numbers. */
+    [[nodiscard]] bool isChoice() const noexcept { return choice; }
+
+    /** The texts to choose from with the positions that stand for them exactly; empty if isChoice is false. */
+    [[nodiscard]] std::vector<Choice> choices() const;
+
+    /** The texts at the two ends, without blanks around them. */
+    [[nodiscard]] juce::String lowestText() const { return runs.front().text; }
+    [[nodiscard]] juce::String highestText() const { return runs.back().text; }
+
+    /** The position for a text that the module would show, or for a number with its unit between two that it would. Large
+        and small letters are the same, blanks around the text and before the unit do not count.
+        @returns nothing if no position fits */
+    [[nodiscard]] std::optional<float> positionOf (const juce::String& text) const;
+
+private:
+    /** A number as written, with its unit in small letters: "1.2 kHz" is 1200 and "hz". */
+    struct Quantity
+    {
+        double number = 0.0;
+        juce::String unit;
+    };
+
+    /** All neighbouring positions that have the same text. */
+    struct Run
+    {
+        juce::String text;
+        float first = 0.0f;
+        float last = 1.0f;
+        std::optional<Quantity> quantity;
+    };
+
+    /** A number whose position is known exactly. */
+    struct Mark
+    {
+        double number = 0.0;
+        double position = 0.0;
+    };
+
+    [[nodiscard]] static std::optional<Quantity> parse (const juce::String& text);
+    [[nodiscard]] static double edgeBetween (const Run& lower, const Run& upper) noexcept;
+    void collectRuns (const TextOf& textOf, float low, const juce::String& lowText, float high,
+                      const juce::String& highText);
+    [[nodiscard]] int findGridSize() const noexcept;
+    [[nodiscard]] bool isOneRangeOfNumbers() const;
+    [[nodiscard]] float positionOfRun (size_t index) const noexcept;
+    [[nodiscard]] std::vector<Mark> marksFor (const juce::String& unit) const;
+    [[nodiscard]] std::optional<float> positionBetweenMarks (const Quantity& quantity) const;
+
+    std::vector<Run> runs;
+
+    /** Number of equally spaced positions that the texts stand for; 0 if they do not lie on a grid. */
+    int gridSize = 0;
+    bool choice = false;
+};

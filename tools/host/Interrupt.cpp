@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "Interrupt.h"
+
+#include <csignal>
+
+namespace interrupt
+{
+namespace
+{
+volatile std::sig_atomic_t requested = 0;
+
+extern "C" void raiseRequest (int) { requested = 1; }
+} // namespace
+
+void watch()
+{
+    std::signal (SIGINT, raiseRequest);
+    std::signal (SIGTERM, raiseRequest);
+#ifdef SIGHUP
+    std::signal (SIGHUP, raiseRequest);
+#endif
+}
+
+void throwIfRequested()
+{
+    if (requested != 0)
+        throw Interrupted();
+}
+} // namespace interrupt

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <exception>
+
+/** Thrown where work stops because the user asked for it (Ctrl-C) or the system did. */
+class Interrupted : public std::exception
+{
+public:
+    const char* what() const noexcept override { return "interrupted"; }
+};
+
+/** Turns SIGINT, SIGTERM and SIGHUP into an exception at a place where everything can be tidied up. */
+namespace interrupt
+{
+/** From now on these signals only raise a flag. */
+void watch();
+
+/** @throws Interrupted if one of the signals has arrived */
+void throwIfRequested();
+} // namespace interrupt

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "ModuleLoader.h"
+
+#include "HostError.h"
+
+#if JUCE_LINUX
+#include <sys/utsname.h>
+#endif
+
+namespace moduleLoader
+{
+namespace
+{
+const char* const moduleName = "Kestrin Tamsile Filter.vst3";
+const char* const environmentVariable = "KESTRIN_PLUGIN";
+
+/** The module of the same build: this program lies somewhere below the build folder, in a folder called after the
+    build's configuration, and so does the module. */
+juce::File findInBuild()
+{
+    const auto program = juce::File::getSpecialLocation (juce::File::currentExecutableFile);
+    const auto configuration = program.getParentDirectory().getFileName();
+
+    for (auto folder = program.getParentDirectory(); ! folder.isRoot(); folder = folder.getParentDirectory())
+    {
+        const auto artefacts = folder.getChildFile ("source/KestrinTamsileFilter_artefacts");
+
+        for (const auto& products : { artefacts.getChildFile (configuration), artefacts })
+            if (const auto module = products.getChildFile ("VST3").getChildFile (moduleName); module.exists())
+                return module;
+    }
+
+    return {};
+}
+
+void requireModule (const juce::File& module)
+{
+    if (! module.exists())
+        throw HostError (module.getFullPathName() + ": there is no such module");
+
+    if (! module.hasFileExtension ("vst3"))
+        throw HostError (module.getFullPathName() + ": not a VST3 module (its name does not end in .vst3)");
+
+    if (! libraryOf (module).existsAsFile())
+        throw HostError (module.getFullPathName() + ": not a VST3 module for this system (it has no "
+                         + libraryOf (module).getRelativePathFrom (module) + ")");
+}
+} // namespace
+
+juce::File findModule()
+{
+    if (const auto named = juce::SystemStats::getEnvironmentVariable (environmentVariable, {}); named.isNotEmpty())
+        return juce::File::getCurrentWorkingDirectory().getChildFile (named);
+
+    if (const auto built = findInBuild(); built != juce::File())
+        return built;
+
+    const auto installed = juce::File::getSpecialLocation (juce::File::userHomeDirectory).getChildFile (".vst3");
+
+    if (const auto module = installed.getChildFile (moduleName); module.exists())
+        return module;
+
+    throw HostError (juce::String ("found no ") + moduleName + " beside this program or in ~/.vst3: name one with --plugin");
+}
+
+juce::File libraryOf (const juce::File& module)
+{
+#if JUCE_LINUX
+    utsname machine {};
+    uname (&machine);
+
+    return module.getChildFile ("Contents")
+        .getChildFile (juce::String (machine.machine) + "-linux")
+        .getChildFile (module.getFileNameWithoutExtension() + ".so");
+#elif JUCE_WINDOWS
+    const auto inBundle = module.getChildFile ("Contents/x86_64-win").getChildFile (module.getFileName());
+    return inBundle.existsAsFile() ? inBundle : module;
+#else
+    return module.getChildFile ("Contents/MacOS").getChildFile (module.getFileNameWithoutExtension());
+#endif
+}
+
+std::unique_ptr<juce::AudioPluginInstance> load (const juce::File& module)
+{
+    requireModule (module);
+
+    juce::VST3PluginFormat format;
+    juce::OwnedArray<juce::PluginDescription> descriptions;
+    format.findAllTypesForFile (descriptions, module.getFullPathName());
+
+    if (descriptions.isEmpty())
+        throw HostError (module.getFullPathName() + ": cannot be loaded, or holds no plug-in");
+
+    juce::String error;
+
+    // The rate and block size given here are placeholders: whoever renders prepares the instance with the real ones.
+    if (auto instance = format.createInstanceFromDescription (*descriptions.getFirst(), 48000.0, 512, error))
+        return instance;
+
+    throw HostError (module.getFullPathName() + ": " + error);
+}
+} // namespace moduleLoader

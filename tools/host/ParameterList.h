@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <vector>
+
+#include <juce_audio_processors/juce_audio_processors.h>
+
+/** One parameter as a host sees it. */
+struct HostedParameter
+{
+    /** The word for it on the command line and in saved settings. */
+    juce::String id;
+
+    /** The number for it in the VST3 interface. */
+    juce::uint32 number = 0;
+
+    /** Owned by the instance. */
+    juce::AudioProcessorParameter* parameter = nullptr;
+
+    [[nodiscard]] juce::String name() const { return parameter->getName (128); }
+
+    /** The module's own text for a position, with all its blanks. */
+    [[nodiscard]] juce::String textAt (float position) const { return parameter->getText (position, 128); }
+};
+
+/** The parameters of an instance in the module's order, with the words that VST3 hides: a host sees numbers only, which
+    are hashes of the words; the words themselves stand in the settings that the module saves. */
+class ParameterList
+{
+public:
+    explicit ParameterList (juce::AudioPluginInstance& instance);
+
+    [[nodiscard]] const std::vector<HostedParameter>& all() const noexcept { return parameters; }
+
+    /** @throws HostError if there is no such id; it names the ones that come near */
+    [[nodiscard]] const HostedParameter& find (const juce::String& id) const;
+
+private:
+    std::vector<HostedParameter> parameters;
+};

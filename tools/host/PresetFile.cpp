@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "PresetFile.h"
+
+#include <cmath>
+#include <map>
+
+#include "HostError.h"
+#include "PluginState.h"
+#include "ValueResolver.h"
+
+namespace presetFile
+{
+namespace
+{
+/* The container: 'VST3', a version, the class id as 32 characters, the place of the chunk list; then the chunks; then the
+   list: 'List', the number of entries, and per entry a name of four characters, its place and its size. All numbers are
+   little-endian. */
+const char* const containerTag = "VST3";
+const char* const listTag = "List";
+const char* const componentChunk = "Comp";
+constexpr int containerVersion = 1;
+constexpr int tagSize = 4;
+constexpr int classIdSize = 32;
+constexpr int headerSize = 48;
+
+/** Of a text that is written with four decimals. */
+constexpr float savedPrecision = 0.00005f;
+
+[[nodiscard]] juce::String readTag (juce::InputStream& stream, int size = tagSize)
+{
+    juce::MemoryBlock characters;
+    stream.readIntoMemoryBlock (characters, size);
+    return characters.toString();
+}
+
+/** The class id of the module as presets carry it, taken from a preset of its own making. */
+[[nodiscard]] juce::String classIdOf (juce::AudioPluginInstance& instance)
+{
+    struct Visitor : juce::ExtensionsVisitor
+    {
+        void visitVST3Client (const VST3Client& client) override { preset = client.getPreset(); }
+
+        juce::MemoryBlock preset;
+    };
+
+    Visitor visitor;
+    instance.getExtensions (visitor);
+
+    juce::MemoryInputStream stream (visitor.preset, false);
+
+    if (visitor.preset.getSize() < headerSize || readTag (stream) != containerTag)
+        throw HostError ("the module gives no preset");
+
+    stream.readInt();
+    return readTag (stream, classIdSize);
+}
+
+/** What a save adds to the settings to tell where and when it was made. A preset is for everybody. */
+void removeOrigin (juce::XmlElement& settings)
+{
+    for (const auto* name : { "date_modified", "daw", "samplerate", "username" })
+        settings.removeAttribute (name);
+}
+
+[[nodiscard]] juce::MemoryBlock withoutOrigin (const juce::MemoryBlock& block)
+{
+    const auto settings = juce::parseXML (pluginState::settingsText (block));
+
+    if (settings == nullptr)
+        throw HostError ("the module gives no settings to save");
+
+    removeOrigin (*settings);
+    return pluginState::fromSettingsText (settings->toString (juce::XmlElement::TextFormat().singleLine()));
+}
+
+[[noreturn]] void failInLine (const juce::File& file, int line, const juce::String& reason)
+{
+    throw HostError (file.getFullPathName() + ":" + juce::String (line) + ": " + reason);
+}
+
+[[nodiscard]] Written::Value parseValue (const HostedModule& module, const juce::String& line)
+{
+    const auto id = line.upToFirstOccurrenceOf ("=", false, false).trim();
+    const auto text = line.fromFirstOccurrenceOf ("=", false, false).trim();
+
+    if (id.isEmpty() || text.isEmpty())
+        throw HostError ("\"" + line + "\" is not of the form: id = text or position");
+
+    const auto& parameter = module.parameters().find (id);
+    return { &parameter, valueResolver::resolve (parameter, text) };
+}
+
+void addValue (Written& written, const Written::Value& value)
+{
+    for (const auto& other : written.values)
+        if (other.parameter == value.parameter)
+            throw HostError (value.parameter->id + " is set a second time");
+
+    written.values.push_back (value);
+}
+} // namespace
+
+bool isPreset (const juce::MemoryBlock& content)
+{
+    juce::MemoryInputStream stream (content, false);
+    return content.getSize() >= headerSize && readTag (stream) == containerTag;
+}
+
+juce::MemoryBlock componentBlock (const juce::MemoryBlock& preset, const juce::File& file)
+{
+    juce::MemoryInputStream stream (preset, false);
+    stream.setPosition (headerSize - (int) sizeof (juce::int64));
+    stream.setPosition (stream.readInt64());
+
+    if (readTag (stream) == listTag)
+    {
+        for (auto remaining = stream.readInt(); remaining > 0 && ! stream.isExhausted(); --remaining)
+        {
+            const auto tag = readTag (stream);
+            const auto start = stream.readInt64();
+            const auto size = stream.readInt64();
+            const auto total = (juce::int64) preset.getSize();
+
+            if (tag == componentChunk && start >= 0 && size > 0 && start <= total && size <= total - start)
+                return { static_cast<const char*> (preset.getData()) + start, (size_t) size };
+        }
+    }
+
+    throw HostError (file.getFullPathName() + ": this preset is damaged");
+}
+
+juce::MemoryBlock fromBlock (juce::AudioPluginInstance& instance, const juce::MemoryBlock& block)
+{
+    juce::MemoryOutputStream stream;
+    stream.write (containerTag, tagSize);
+    stream.writeInt (containerVersion);
+    stream.write (classIdOf (instance).toRawUTF8(), classIdSize);
+    stream.writeInt64 (headerSize + (juce::int64) block.getSize());
+    stream.write (block.getData(), block.getSize());
+    stream.write (listTag, tagSize);
+    stream.writeInt (1);
+    stream.write (componentChunk, tagSize);
+    stream.writeInt64 (headerSize);
+    stream.writeInt64 ((juce::int64) block.getSize());
+    return stream.getMemoryBlock();
+}
+
+Written parse (const HostedModule& module, const juce::File& file)
+{
+    if (! file.existsAsFile())
+        throw HostError (file.getFullPathName() + ": there is no such file");
+
+    juce::StringArray lines;
+    file.readLines (lines);
+    Written written;
+
+    for (int index = 0; index < lines.size(); ++index)
+    {
+        const auto line = lines[index].trim();
+
+        if (line.isEmpty() || line.startsWithChar ('#'))
+            continue;
+
+        if (written.name.isEmpty())
+            written.name = line;
+        else if (written.purpose.isEmpty())
+            written.purpose = line;
+        else
+        {
+            try
+            {
+                addValue (written, parseValue (module, line));
+            }
+            catch (const HostError& error)
+            {
+                failInLine (file, index + 1, error.what());
+            }
+        }
+    }
+
+    if (written.purpose.isEmpty())
+        failInLine (file, juce::jmax (1, lines.size()), "a preset begins with a line for its name and one for its purpose");
+
+    return written;
+}
+
+juce::MemoryBlock build (HostedModule& module, const Written& written)
+{
+    std::map<const HostedParameter*, float> wanted;
+
+    for (const auto& parameter : module.parameters().all())
+        wanted[&parameter] = parameter.parameter->getDefaultValue();
+
+    for (const auto& value : written.values)
+        wanted[value.parameter] = value.position;
+
+    for (const auto& [parameter, position] : wanted)
+        parameter->parameter->setValue (position);
+
+    module.deliverParameters();
+    const auto block = withoutOrigin (pluginState::read (module.instance()));
+    pluginState::apply (module.instance(), block);
+
+    for (const auto& [parameter, position] : wanted)
+        if (std::abs (parameter->parameter->getValue() - position) > savedPrecision * 1.01f)
+            throw HostError (written.name + ": the module does not keep " + parameter->id);
+
+    return fromBlock (module.instance(), block);
+}
+} // namespace presetFile

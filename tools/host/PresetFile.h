@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <vector>
+
+#include <juce_audio_processors/juce_audio_processors.h>
+
+#include "HostedModule.h"
+
+/** Presets as VST3 hosts load them (.vstpreset), and as people write them.
+
+    The written form: the first line is the name, the second one says what the preset is for, and every further line is
+    `id = text or position`. Blank lines and lines that begin with # count for nothing. A parameter that is not named
+    stands at its default. */
+namespace presetFile
+{
+[[nodiscard]] bool isPreset (const juce::MemoryBlock& content);
+
+/** The component's block inside a preset.
+    @throws HostError, naming the file, if the preset is damaged */
+[[nodiscard]] juce::MemoryBlock componentBlock (const juce::MemoryBlock& preset, const juce::File& file);
+
+/** A preset for the instance's class with this block. */
+[[nodiscard]] juce::MemoryBlock fromBlock (juce::AudioPluginInstance& instance, const juce::MemoryBlock& block);
+
+/** A preset as people write it. */
+struct Written
+{
+    struct Value
+    {
+        const HostedParameter* parameter = nullptr;
+        float position = 0.0f;
+    };
+
+    juce::String name;
+    juce::String purpose;
+    std::vector<Value> values;
+};
+
+/** Understands a written preset by the module's parameters and texts.
+    @throws HostError, naming file and line */
+[[nodiscard]] Written parse (const HostedModule& module, const juce::File& file);
+
+/** The preset's bytes: the defaults of the module with the written values. Nothing of the machine they are made on gets
+    into them. The module is left with these settings.
+    @throws HostError if the module does not take them over */
+[[nodiscard]] juce::MemoryBlock build (HostedModule& module, const Written& written);
+} // namespace presetFile

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "ProgressBar.h"
+
+#include <cmath>
+#include <cstdio>
+#include <string>
+
+#ifdef _WIN32
+#include <io.h>
+#else
+#include <unistd.h>
+#endif
+
+namespace
+{
+constexpr int barWidth = 40;
+constexpr std::chrono::milliseconds quietTime { 100 };
+
+bool stderrIsTerminal()
+{
+#ifdef _WIN32
+    return _isatty (_fileno (stderr)) != 0;
+#else
+    return isatty (STDERR_FILENO) != 0;
+#endif
+}
+} // namespace
+
+ProgressBar::ProgressBar() : terminal (stderrIsTerminal()) {}
+
+ProgressBar::~ProgressBar()
+{
+    // The line is wiped, so that what follows, a message or the prompt, starts in the first column.
+    if (shown)
+        std::fprintf (stderr, "\r\033[K");
+}
+
+void ProgressBar::show (double done)
+{
+    const auto now = Clock::now();
+
+    if (! terminal || now - lastShown < quietTime)
+        return;
+
+    const auto elapsed = std::chrono::duration<double> (now - start).count();
+    const auto remaining = done > 0.0 ? (int) std::ceil (elapsed * (1.0 - done) / done) : 0;
+    const auto filled = (size_t) std::lround (done * barWidth);
+    const auto bar = std::string (filled, '#') + std::string ((size_t) barWidth - filled, '.');
+
+    std::fprintf (stderr, "\r[%s] %3d %%  %d:%02d left\033[K", bar.c_str(), (int) (done * 100.0), remaining / 60,
+                  remaining % 60);
+    std::fflush (stderr);
+    lastShown = now;
+    shown = true;
+}

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <chrono>
+
+/** One line on stderr that says how far the work is and how long it will take. Silent if stderr is no terminal. */
+class ProgressBar
+{
+public:
+    ProgressBar();
+    ~ProgressBar();
+
+    /** @param done  0 to 1 */
+    void show (double done);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    bool terminal;
+    bool shown = false;
+    Clock::time_point start = Clock::now();
+    Clock::time_point lastShown {};
+};

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "Render.h"
+
+#include <algorithm>
+
+#include "AudioFiles.h"
+#include "HostError.h"
+#include "Interrupt.h"
+#include "PluginState.h"
+
+namespace render
+{
+namespace
+{
+void useChannels (juce::AudioPluginInstance& instance, int numChannels)
+{
+    const auto channels = numChannels == 1 ? juce::AudioChannelSet::mono() : juce::AudioChannelSet::stereo();
+    juce::AudioProcessor::BusesLayout layout;
+    layout.inputBuses.add (channels);
+    layout.outputBuses.add (channels);
+
+    if (! instance.setBusesLayout (layout))
+        throw HostError ("the module does not take " + channels.getDescription().toLowerCase());
+}
+
+/** Keeps the instance ready to process, and takes it back whatever happens. */
+class Prepared
+{
+public:
+    Prepared (juce::AudioPluginInstance& pluginInstance, double sampleRate, int largestBlock) : instance (pluginInstance)
+    {
+        instance.setNonRealtime (true);
+        instance.prepareToPlay (sampleRate, largestBlock);
+    }
+
+    ~Prepared()
+    {
+        instance.releaseResources();
+        instance.setPlayHead (nullptr);
+    }
+
+private:
+    juce::AudioPluginInstance& instance;
+
+    JUCE_DECLARE_NON_COPYABLE (Prepared)
+};
+
+/** The state of one run between the file's reader and its writer. */
+class Run
+{
+public:
+    Run (juce::AudioPluginInstance& pluginInstance, const Job& job, double sampleRate)
+        : instance (pluginInstance), automation (job.automation, sampleRate)
+    {
+        if (job.transport.has_value())
+            transport.emplace (*job.transport, sampleRate);
+
+        instance.setPlayHead (transport.has_value() ? &*transport : nullptr);
+    }
+
+    /** Processes a block in place. Parameters move at the start of a block only, as VST3 modules made with JUCE take the
+        last of a block's points for the whole block; so the block is cut where a parameter moves. */
+    void process (juce::AudioBuffer<float>& buffer, int numFrames)
+    {
+        for (int done = 0; done < numFrames;)
+        {
+            automation.apply (position);
+            const auto change = automation.nextChange (position);
+            const auto remaining = (juce::int64) (numFrames - done);
+            const auto length = (int) std::min (remaining, change.has_value() ? *change - position : remaining);
+
+            if (transport.has_value())
+                transport->moveTo (position);
+
+            juce::AudioBuffer<float> part (buffer.getArrayOfWritePointers(), buffer.getNumChannels(), done, length);
+            instance.processBlock (part, noMessages);
+            noMessages.clear();
+            done += length;
+            position += length;
+        }
+    }
+
+private:
+    juce::AudioPluginInstance& instance;
+    Automation automation;
+    std::optional<Transport> transport;
+    juce::MidiBuffer noMessages;
+    juce::int64 position = 0;
+};
+
+void processFile (juce::AudioPluginInstance& instance, const Job& job, AudioSource& source, AudioSink& sink,
+                  const Progress& progress)
+{
+    auto sizes = job.blockSizes;
+    const Prepared prepared (instance, source.sampleRate(), sizes.maximum());
+    Run run (instance, job, source.sampleRate());
+    juce::AudioBuffer<float> buffer (source.numChannels(), sizes.maximum());
+
+    for (juce::int64 start = 0; start < source.numFrames();)
+    {
+        interrupt::throwIfRequested();
+
+        const auto numFrames = (int) std::min ((juce::int64) sizes.next(), source.numFrames() - start);
+        source.read (buffer, start, numFrames);
+        run.process (buffer, numFrames);
+        sink.write (buffer, numFrames);
+        start += numFrames;
+
+        if (progress)
+            progress ((double) start / (double) source.numFrames());
+    }
+
+    sink.finish();
+}
+} // namespace
+
+void run (HostedModule& module, const Job& job, const Progress& progress)
+{
+    AudioSource source (job.input, job.numChannels);
+    AudioSink sink (job.output, source.sampleRate(), source.numChannels());
+    std::optional<StagedFile> state;
+
+    if (job.savedState.has_value())
+        state.emplace (*job.savedState);
+
+    useChannels (module.instance(), source.numChannels());
+    processFile (module.instance(), job, source, sink, progress);
+
+    if (state.has_value())
+    {
+        const auto content = pluginState::contentForFile (module.instance(), *job.savedState);
+        state->write (content.getData(), content.getSize());
+    }
+
+    sink.commit();
+
+    if (state.has_value())
+        state->commit();
+}
+} // namespace render

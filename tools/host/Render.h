@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "Automation.h"
+#include "BlockSizes.h"
+#include "HostedModule.h"
+#include "Transport.h"
+
+/** Sends a file through a module, in blocks, faster than real time. */
+namespace render
+{
+struct Job
+{
+    juce::File input;
+    juce::File output;
+
+    /** 1 or 2; 0 takes the file's own number. */
+    int numChannels = 0;
+    BlockSizes blockSizes { 512 };
+
+    /** None: the module is told of no transport at all. */
+    std::optional<Transport::Settings> transport = Transport::Settings {};
+    std::vector<Automation::Lane> automation;
+
+    /** Where the module's settings go at the end. */
+    std::optional<juce::File> savedState;
+};
+
+/** Told the part of the work that is done, 0 to 1, after every block. */
+using Progress = std::function<void (double)>;
+
+/** Runs a job. Output and settings appear both or neither.
+    @throws HostError, Interrupted */
+void run (HostedModule& module, const Job& job, const Progress& progress = {});
+} // namespace render

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <juce_core/juce_core.h>
+
+/** A file that appears complete or not at all: it is written beside its place under a hidden name, and takes the place
+    of an older file only when it is committed. Destroyed before that, it leaves nothing behind. */
+class StagedFile
+{
+public:
+    /** @throws HostError if nothing can be written at the target's place */
+    explicit StagedFile (const juce::File& target);
+    ~StagedFile();
+
+    [[nodiscard]] const juce::File& target() const noexcept { return finalFile; }
+
+    /** Opens the hidden file, empty. The stream must be gone before commit.
+        @throws HostError */
+    [[nodiscard]] std::unique_ptr<juce::FileOutputStream> open() const;
+
+    /** Fills the file in one go.
+        @throws HostError */
+    void write (const void* data, size_t numBytes) const;
+
+    /** @throws HostError */
+    void commit();
+
+private:
+    juce::File finalFile;
+    juce::File hiddenFile;
+
+    JUCE_DECLARE_NON_COPYABLE (StagedFile)
+};
