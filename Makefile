@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: AGPL-3.0-or-later
 # Short names for what the scripts and CMake's presets do; nothing is built by rules of this file. A target is described by
-# the words behind its ##, which 'make' alone prints.
+# the words behind its ##, which 'make' alone prints; a new one needs no more than a script of its name, those words and a
+# place in .PHONY.
 
 # The user's folder of VST3 modules; the presets go into presets/ within it.
 VST3_DIR ?= $(HOME)/.vst3

@@ -1,58 +1,385 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "ButterworthFilter.h"
 
+#include <algorithm>
 #include <cmath>
+#include <type_traits>
 
 #include "FilterConstants.h"
+#include "SkewedStages.h"
+
+namespace
+{
+struct SectionCoefficients
+{
+    double gain, feedback1, feedback2;
+};
+
+[[nodiscard]] SectionCoefficients designSection (bool highpass, double a, double aSquared, double poleSine) noexcept
+{
+    const auto s = 2.0 * a * poleSine + aSquared + 1.0;
+
+    return { (highpass ? 1.0 : aSquared) / s, 2.0 * (1.0 - aSquared) / s, (2.0 * a * poleSine - aSquared - 1.0) / s };
+}
+
+struct FirstOrderCoefficients
+{
+    double forward, feedback;
+};
+
+[[nodiscard]] FirstOrderCoefficients designFirstOrderSection (double cutoff, double sampleRate) noexcept
+{
+    const auto w = cutoff * twoPi;
+    const auto t = 2.0 * sampleRate;
+    const auto inverse = inverseOrZero (w + t);
+
+    return { inverse * w, (t - w) * inverse };
+}
+
+/** The sine terms of the pole pairs depend on the number of sections alone, so they are computed once. */
+class PoleSines
+{
+public:
+    PoleSines() noexcept
+    {
+        for (std::size_t n = 1; n <= ButterworthFilter::maxSections; ++n)
+            for (std::size_t i = 0; i < n; ++i)
+                sines[n - 1][i] = std::sin ((halfPi / (double) n) * (double) i + quarterPi / (double) n);
+    }
+
+    [[nodiscard]] double of (std::size_t section, std::size_t numSections) const noexcept
+    {
+        return sines[numSections - 1][section];
+    }
+
+private:
+    std::array<std::array<double, ButterworthFilter::maxSections>, ButterworthFilter::maxSections> sines {};
+};
+
+const PoleSines poleSines;
+
+/** One frame through one section; x is the frame on its way in, the result on its way out. */
+[[nodiscard]] StereoPair runSection (StereoPair& w1, StereoPair& w2, StereoPair numeratorMiddle, StereoPair gain,
+                                     StereoPair feedback1, StereoPair feedback2, StereoPair x) noexcept
+{
+    const auto w0 = w1 * feedback1 + feedback2 * w2 + x;
+    const auto y = (numeratorMiddle * w1 + w0 + w2) * gain;
+    w2 = w1;
+    w1 = w0;
+    return y;
+}
+
+[[nodiscard]] StereoPair runFirstOrder (StereoPair& input, StereoPair& output, bool highpass, StereoPair forward,
+                                        StereoPair feedback, StereoPair x) noexcept
+{
+    const auto lowpassed = (input + x) * forward + feedback * output;
+    input = x;
+    output = lowpassed;
+    return highpass ? x - lowpassed : lowpassed;
+}
+
+/** A section of a filter, and its coefficients if they change from frame to frame. */
+struct SectionOfRow
+{
+    ButterworthFilter* filter;
+    const ButterworthFilter::Series* series;
+    std::size_t index;
+};
+
+/** The coefficients that the design has left, the same for all frames of a run. */
+template <std::size_t numSections>
+struct FixedCoefficients
+{
+    explicit FixedCoefficients (std::span<const SectionOfRow> row) noexcept
+    {
+        for (std::size_t i = 0; i < numSections; ++i)
+        {
+            gain[i] = StereoPair::both (row[i].filter->sectionGain[row[i].index]);
+            feedback1[i] = StereoPair::both (row[i].filter->feedback1[row[i].index]);
+            feedback2[i] = StereoPair::both (row[i].filter->feedback2[row[i].index]);
+        }
+    }
+
+    template <std::size_t i>
+    [[nodiscard]] StereoPair run (std::size_t, StereoPair& w1, StereoPair& w2, StereoPair middle,
+                                  StereoPair x) const noexcept
+    {
+        return runSection (w1, w2, middle, gain[i], feedback1[i], feedback2[i], x);
+    }
+
+    std::array<StereoPair, numSections> gain, feedback1, feedback2;
+};
+
+/** Coefficients of each frame's own. */
+template <std::size_t numSections>
+struct MovingCoefficients
+{
+    explicit MovingCoefficients (std::span<const SectionOfRow> row) noexcept
+    {
+        for (std::size_t i = 0; i < numSections; ++i)
+        {
+            gain[i] = row[i].series->sectionGain[row[i].index].data();
+            feedback1[i] = row[i].series->feedback1[row[i].index].data();
+            feedback2[i] = row[i].series->feedback2[row[i].index].data();
+        }
+    }
+
+    template <std::size_t i>
+    [[nodiscard]] StereoPair run (std::size_t frame, StereoPair& w1, StereoPair& w2, StereoPair middle,
+                                  StereoPair x) const noexcept
+    {
+        return runSection (w1, w2, middle, StereoPair::both (gain[i][frame]), StereoPair::both (feedback1[i][frame]),
+                           StereoPair::both (feedback2[i][frame]), x);
+    }
+
+    std::array<const double*, numSections> gain, feedback1, feedback2;
+};
+
+/** A row of sections, of one filter or of two in series, on its way through a run of frames. */
+template <std::size_t numSections, template <std::size_t> typename Coefficients>
+class SectionRow
+{
+public:
+    SectionRow (std::span<const SectionOfRow> row, FrameRun frameRun) noexcept : coefficients (row), frames (frameRun)
+    {
+        for (std::size_t i = 0; i < numSections; ++i)
+        {
+            middle[i] = StereoPair::both (row[i].filter->numeratorMiddle);
+            w1[i] = row[i].filter->w1[row[i].index];
+            w2[i] = row[i].filter->w2[row[i].index];
+        }
+    }
+
+    template <std::size_t i>
+    void run (std::size_t frame) noexcept
+    {
+        frames[frame] = coefficients.template run<i> (frame, w1[i], w2[i], middle[i], frames[frame]);
+    }
+
+    void storeDelayLines (std::span<const SectionOfRow> row) const noexcept
+    {
+        for (std::size_t i = 0; i < numSections; ++i)
+        {
+            row[i].filter->w1[row[i].index] = w1[i];
+            row[i].filter->w2[row[i].index] = w2[i];
+        }
+    }
+
+private:
+    Coefficients<numSections> coefficients;
+    std::array<StereoPair, numSections> middle, w1, w2;
+    FrameRun frames;
+};
+
+template <template <std::size_t> typename Coefficients>
+void runRow (std::span<const SectionOfRow> row, FrameRun frames) noexcept
+{
+    const auto run = [&]<std::size_t numSections> (std::integral_constant<std::size_t, numSections>)
+    {
+        SectionRow<numSections, Coefficients> stages (row, frames);
+        runSkewed<numSections> (frames.size(), stages);
+        stages.storeDelayLines (row);
+    };
+
+    switch (row.size())
+    {
+        case 1:
+            return run (std::integral_constant<std::size_t, 1> {});
+        case 2:
+            return run (std::integral_constant<std::size_t, 2> {});
+        case 3:
+            return run (std::integral_constant<std::size_t, 3> {});
+        case 4:
+            return run (std::integral_constant<std::size_t, 4> {});
+        default:
+            return;
+    }
+}
+
+/** The sections of up to two filters in series: the more there are, the more overlaps, until the processor is full. */
+class Row
+{
+public:
+    void add (ButterworthFilter& filter, const ButterworthFilter::Series* series) noexcept
+    {
+        for (std::size_t i = 0; i < filter.numSections; ++i)
+            sections[size++] = { &filter, series, i };
+    }
+
+    template <template <std::size_t> typename Coefficients>
+    void run (FrameRun frames) const noexcept
+    {
+        constexpr std::size_t enough = 4;
+
+        for (std::size_t first = 0; first < size; first += enough)
+            runRow<Coefficients> (
+                std::span<const SectionOfRow> (sections).subspan (first, std::min (enough, size - first)), frames);
+    }
+
+private:
+    std::array<SectionOfRow, 2 * ButterworthFilter::maxSectionsOfRun> sections;
+    std::size_t size = 0;
+};
+} // namespace
+
+void ButterworthFilter::setOrder (unsigned order, bool highpass, double newSampleRate) noexcept
+{
+    const auto newNumSections = order >> 1;
+
+    isHighpass = highpass;
+    numeratorMiddle = isHighpass ? -2.0 : 2.0;
+    hasFirstOrderSection = (order & 1u) != 0;
+    sampleRate = newSampleRate;
+
+    // What is out of use is clear as long as the number of sections stays.
+    for (std::size_t i = newNumSections; i < numSections; ++i)
+    {
+        sectionGain[i] = feedback1[i] = feedback2[i] = 0.0;
+        w1[i] = w2[i] = {};
+    }
+
+    numSections = newNumSections;
+}
 
 void ButterworthFilter::design (unsigned order, bool highpass, double cutoff, double newSampleRate) noexcept
 {
-    isHighpass = highpass;
-    hasFirstOrderSection = (order & 1u) != 0;
-    numSections = order >> 1;
-    sampleRate = newSampleRate;
+    setOrder (order, highpass, newSampleRate);
     limitedCutoff = limitCutoff (cutoff, sampleRate);
     prewarped = std::tan (limitedCutoff * pi / sampleRate);
     prewarpedSquared = prewarped * prewarped;
-    numeratorMiddle = isHighpass ? -2.0 : 2.0;
-
-    clearUnusedSections();
     designSections();
 
     if (hasFirstOrderSection)
         designFirstOrder (cutoff);
 }
 
-void ButterworthFilter::clearUnusedSections() noexcept
-{
-    for (auto i = numSections; i < maxSections; ++i)
-    {
-        sectionGain[i] = feedback1[i] = feedback2[i] = 0.0;
-        w1[i] = w2[i] = {};
-    }
-}
-
 void ButterworthFilter::designSections() noexcept
 {
-    const auto n = (double) numSections;
-
-    for (unsigned i = 0; i < numSections; ++i)
+    for (std::size_t i = 0; i < numSections; ++i)
     {
-        poleSine = std::sin ((halfPi / n) * (double) i + quarterPi / n);
-        const auto s = 2.0 * prewarped * poleSine + prewarpedSquared + 1.0;
-
-        sectionGain[i] = (isHighpass ? 1.0 : prewarpedSquared) / s;
-        feedback1[i] = 2.0 * (1.0 - prewarpedSquared) / s;
-        feedback2[i] = (2.0 * prewarped * poleSine - prewarpedSquared - 1.0) / s;
+        poleSine = poleSines.of (i, numSections);
+        const auto section = designSection (isHighpass, prewarped, prewarpedSquared, poleSine);
+        sectionGain[i] = section.gain;
+        feedback1[i] = section.feedback1;
+        feedback2[i] = section.feedback2;
     }
 }
 
 void ButterworthFilter::designFirstOrder (double cutoff) noexcept
 {
-    const auto w = cutoff * twoPi;
-    const auto t = 2.0 * sampleRate;
-    const auto inverse = inverseOrZero (w + t);
+    const auto section = designFirstOrderSection (cutoff, sampleRate);
+    firstOrderForward = section.forward;
+    firstOrderFeedback = section.feedback;
+}
 
-    firstOrderFeedback = (t - w) * inverse;
-    firstOrderForward = inverse * w;
+void ButterworthFilter::designSeries (unsigned order, bool highpass, std::span<const float> cutoffs,
+                                      double newSampleRate, Series& series) noexcept
+{
+    setOrder (order, highpass, newSampleRate);
+
+    std::array<double, maxDesigns> a;
+
+    for (std::size_t frame = 0; frame < cutoffs.size(); ++frame)
+        a[frame] = std::tan (limitCutoff ((double) cutoffs[frame], newSampleRate) * pi / newSampleRate);
+
+    for (std::size_t i = 0; i < numSections; ++i)
+    {
+        const auto sine = poleSines.of (i, numSections);
+
+        for (std::size_t frame = 0; frame < cutoffs.size(); ++frame)
+        {
+            const auto section = designSection (highpass, a[frame], a[frame] * a[frame], sine);
+            series.sectionGain[i][frame] = section.gain;
+            series.feedback1[i][frame] = section.feedback1;
+            series.feedback2[i][frame] = section.feedback2;
+        }
+    }
+
+    if (hasFirstOrderSection)
+    {
+        for (std::size_t frame = 0; frame < cutoffs.size(); ++frame)
+        {
+            const auto section = designFirstOrderSection ((double) cutoffs[frame], newSampleRate);
+            series.firstOrderForward[frame] = section.forward;
+            series.firstOrderFeedback[frame] = section.feedback;
+        }
+    }
+
+    const auto last = cutoffs.size() - 1;
+    limitedCutoff = limitCutoff ((double) cutoffs[last], sampleRate);
+    prewarped = a[last];
+    prewarpedSquared = prewarped * prewarped;
+    designSections();
+
+    if (hasFirstOrderSection)
+        designFirstOrder ((double) cutoffs[last]);
+}
+
+void ButterworthFilter::process (double& left, double& right) noexcept
+{
+    StereoPair frame (left, right);
+    processRun (FrameRun (&frame, 1));
+    left = frame.left();
+    right = frame.right();
+}
+
+void ButterworthFilter::processRun (FrameRun frames) noexcept
+{
+    Row row;
+    row.add (*this, nullptr);
+    row.run<FixedCoefficients> (frames);
+    processFirstOrder (frames);
+}
+
+void ButterworthFilter::processRun (const Series& series, FrameRun frames) noexcept
+{
+    Row row;
+    row.add (*this, &series);
+    row.run<MovingCoefficients> (frames);
+    processFirstOrder (series, frames);
+}
+
+// A filter of first order has no sections, so that each filter's own order is kept around the common row.
+void ButterworthFilter::processRun (ButterworthFilter& first, ButterworthFilter& second, FrameRun frames) noexcept
+{
+    Row row;
+    row.add (first, nullptr);
+    row.add (second, nullptr);
+
+    first.processFirstOrder (frames);
+    row.run<FixedCoefficients> (frames);
+    second.processFirstOrder (frames);
+}
+
+void ButterworthFilter::processRun (ButterworthFilter& first, const Series& firstSeries, ButterworthFilter& second,
+                                    const Series& secondSeries, FrameRun frames) noexcept
+{
+    Row row;
+    row.add (first, &firstSeries);
+    row.add (second, &secondSeries);
+
+    first.processFirstOrder (firstSeries, frames);
+    row.run<MovingCoefficients> (frames);
+    second.processFirstOrder (secondSeries, frames);
+}
+
+void ButterworthFilter::processFirstOrder (FrameRun frames) noexcept
+{
+    if (! hasFirstOrderSection)
+        return;
+
+    for (auto& frame : frames)
+        frame = runFirstOrder (firstOrderInput, firstOrderOutput, isHighpass, StereoPair::both (firstOrderForward),
+                               StereoPair::both (firstOrderFeedback), frame);
+}
+
+void ButterworthFilter::processFirstOrder (const Series& series, FrameRun frames) noexcept
+{
+    if (! hasFirstOrderSection)
+        return;
+
+    for (std::size_t i = 0; i < frames.size(); ++i)
+        frames[i] = runFirstOrder (firstOrderInput, firstOrderOutput, isHighpass,
+                                   StereoPair::both (series.firstOrderForward[i]),
+                                   StereoPair::both (series.firstOrderFeedback[i]), frames[i]);
 }

@@ -2,8 +2,11 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
+#include "FrameRun.h"
 #include "StereoPair.h"
 
 /** A Butterworth highpass or lowpass of order 0, 1, 2, 4 or 8 for two channels with common coefficients: a cascade of
@@ -12,11 +15,23 @@
     The sections come from the bilinear transform with tangent prewarping. The first-order section is neither prewarped nor
     limited to half the rate, and its highpass is the complement of its lowpass.
     Source: S. Butterworth, "On the Theory of Filter Amplifiers", 1930, for the poles.
-    Audio thread only; never allocates after construction. */
+    Audio thread only; never allocates. */
 class ButterworthFilter
 {
 public:
-    static constexpr unsigned maxSections = 8;
+    static constexpr std::size_t maxSections = 8;
+
+    /** What a run of frames needs at the most: order 8. */
+    static constexpr std::size_t maxSectionsOfRun = 4;
+
+    /** The coefficients of a run of frames, one design per frame. */
+    struct Series
+    {
+        using Values = std::array<double, maxDesigns>;
+
+        std::array<Values, maxSectionsOfRun> sectionGain, feedback1, feedback2;
+        Values firstOrderForward, firstOrderFeedback;
+    };
 
     /** Recomputes all coefficients and keeps the delay lines of the sections that stay in use. A section that falls out
         of use is cleared, so that it comes back from silence; the first-order section never is.
@@ -26,20 +41,24 @@ public:
         @param newSampleRate  Hz */
     void design (unsigned order, bool highpass, double cutoff, double newSampleRate) noexcept;
 
+    /** Designs once for each frame of a run, as so many calls of design would, and leaves the last design in force.
+        @param cutoffs  Hz, at most maxDesigns of them and at least one */
+    void designSeries (unsigned order, bool highpass, std::span<const float> cutoffs, double newSampleRate,
+                       Series& series) noexcept;
+
     /** Runs one frame in place. */
-    void process (double& left, double& right) noexcept
-    {
-        StereoPair x { left, right };
+    void process (double& left, double& right) noexcept;
 
-        for (unsigned i = 0; i < numSections; ++i)
-            processSection (i, x);
+    /** Runs frames through a highpass and then a lowpass as they are designed, in place. */
+    static void processRun (ButterworthFilter& first, ButterworthFilter& second, FrameRun frames) noexcept;
 
-        if (hasFirstOrderSection)
-            processFirstOrder (x);
+    /** The same with coefficients of each frame's own. */
+    static void processRun (ButterworthFilter& first, const Series& firstSeries, ButterworthFilter& second,
+                            const Series& secondSeries, FrameRun frames) noexcept;
 
-        left = x[0];
-        right = x[1];
-    }
+    /** Runs frames through this filter alone. */
+    void processRun (FrameRun frames) noexcept;
+    void processRun (const Series& series, FrameRun frames) noexcept;
 
     bool isHighpass = false;
     std::uint32_t numSections = 0;
@@ -61,30 +80,9 @@ public:
     StereoPair firstOrderInput {};
 
 private:
-    void processSection (unsigned i, StereoPair& x) noexcept
-    {
-        for (unsigned channel = 0; channel < 2; ++channel)
-        {
-            const auto w0 = w1[i][channel] * feedback1[i] + feedback2[i] * w2[i][channel] + x[channel];
-            x[channel] = (numeratorMiddle * w1[i][channel] + w0 + w2[i][channel]) * sectionGain[i];
-            w2[i][channel] = w1[i][channel];
-            w1[i][channel] = w0;
-        }
-    }
-
-    void processFirstOrder (StereoPair& x) noexcept
-    {
-        for (unsigned channel = 0; channel < 2; ++channel)
-        {
-            const auto lowpassed = (firstOrderInput[channel] + x[channel]) * firstOrderForward
-                                   + firstOrderFeedback * firstOrderOutput[channel];
-            firstOrderInput[channel] = x[channel];
-            firstOrderOutput[channel] = lowpassed;
-            x[channel] = isHighpass ? x[channel] - lowpassed : lowpassed;
-        }
-    }
-
-    void clearUnusedSections() noexcept;
+    void setOrder (unsigned order, bool highpass, double newSampleRate) noexcept;
     void designSections() noexcept;
     void designFirstOrder (double cutoff) noexcept;
+    void processFirstOrder (FrameRun frames) noexcept;
+    void processFirstOrder (const Series& series, FrameRun frames) noexcept;
 };

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <array>
-#include <cmath>
+#include <cstddef>
 #include <cstdint>
+#include <span>
 
+#include "FrameRun.h"
 #include "StereoPair.h"
 
 /** A chain of up to eight one-pole stages for two channels, 6 dB per octave each, whose pole gives way, frame by frame, the
@@ -16,28 +18,41 @@
 class GrungeLadder
 {
 public:
-    static constexpr int maxStages = 8;
+    static constexpr std::size_t maxStages = 8;
+
+    /** What a stage needs of a configuration. */
+    struct Coefficients
+    {
+        double poleCoefficient, inputCoefficient;
+
+        /** Strength of the signal dependence. */
+        double grunge;
+    };
+
+    /** The coefficients of a run of frames, one configuration per frame. */
+    using Series = std::array<Coefficients, maxDesigns>;
 
     /** Sets the coefficients and keeps all state, also that of stages that fall out of use.
-        @param stages      0 to 8
-        @param cutoff      Hz
-        @param resonance   0 to 10: its fourth power is the strength of the signal dependence
-        @param grungeGain  scales that strength
+        @param stages         0 to 8
+        @param cutoff         Hz
+        @param resonance      0 to 10: its fourth power is the strength of the signal dependence
+        @param grungeGain     scales that strength
         @param newSampleRate  Hz */
     void configure (int stages, bool highpass, double cutoff, double resonance, double grungeGain,
                     double newSampleRate) noexcept;
 
+    /** Configures once for each frame of a run, as so many calls of configure would.
+        @param cutoffs     Hz, at most maxDesigns of them
+        @param resonances  as many */
+    void configureSeries (int stages, bool highpass, std::span<const float> cutoffs, std::span<const float> resonances,
+                          double grungeGain, double newSampleRate, Series& series) noexcept;
+
     /** Runs one frame in place. */
-    void process (double& left, double& right) noexcept
-    {
-        StereoPair x { left, right };
+    void process (double& left, double& right) noexcept;
 
-        for (int i = 0; i < numStages; ++i)
-            processStage (state[(unsigned) i], x);
-
-        left = x[0];
-        right = x[1];
-    }
+    /** Runs frames in place, as it is configured or by each frame's own coefficients. */
+    void processRun (FrameRun frames) noexcept;
+    void processRun (const Series& series, FrameRun frames) noexcept;
 
     bool isHighpass = false;
     std::int32_t numStages = 0;
@@ -54,29 +69,4 @@ public:
     double inputCoefficient = 0.0;
     double grunge = 1.0;
     std::array<StereoPair, maxStages> state {};
-
-private:
-    // The two forms are no mirror images: a lowpass stage's memory carries the non-linearity, a highpass stage's stays
-    // linear and only its output is modulated.
-    void processStage (StereoPair& y, StereoPair& x) const noexcept
-    {
-        for (unsigned channel = 0; channel < 2; ++channel)
-        {
-            const auto prediction = inputCoefficient * x[channel] + y[channel] * poleCoefficient;
-            const auto distance = std::abs (x[channel] - prediction);
-
-            if (isHighpass)
-            {
-                const auto e = poleCoefficient / (grunge * distance + 1.0);
-                y[channel] = prediction;
-                x[channel] = x[channel] - (e * prediction + (1.0 - e) * x[channel]);
-            }
-            else
-            {
-                const auto e = inputCoefficient / (grunge * distance + 1.0);
-                y[channel] = x[channel] * e + (1.0 - e) * y[channel];
-                x[channel] = y[channel];
-            }
-        }
-    }
 };

@@ -19,10 +19,6 @@ constexpr double walkPerHertz = 0.003;
 constexpr float slewPerSecond = 0.01f;
 constexpr float unlimitedStep = 1.0e20f;
 
-// The exponents between which the curve stage is left out.
-constexpr double straightFrom = 0.99;
-constexpr double straightTo = 1.01;
-
 // The reserved shapes look ahead of the phase by this much.
 constexpr double pulseLead = 0.06;
 constexpr double sumLead = 0.0001;
@@ -41,15 +37,7 @@ constexpr double sumLead = 0.0001;
 [[nodiscard]] double fraction (double x) noexcept { return x - std::floor (x); }
 } // namespace
 
-float triangleOf (float phase) noexcept
-{
-    const auto p = (double) phase;
-    return (float) (p < 0.5 ? 4.0 * p - 1.0 : (0.75 - p) * 4.0);
-}
-
 LfoGenerator::LfoGenerator() : rng (std::random_device {}()) {}
-
-float LfoGenerator::render() noexcept { return bend (renderShape()); }
 
 float LfoGenerator::renderShape() noexcept
 {
@@ -112,13 +100,8 @@ float LfoGenerator::renderReservedSum() noexcept
     return outputSlew.current;
 }
 
-float LfoGenerator::bend (float x) const noexcept
+float LfoGenerator::bendByPower (float x) const noexcept
 {
-    const auto exponent = (double) curveExponent;
-
-    if (exponent > straightFrom && exponent < straightTo)
-        return x;
-
     const auto u = (float) std::clamp (((double) x + 1.0) * 0.5, 0.0, 1.0);
 
     if (curveExponent > 1.0f)
@@ -147,22 +130,6 @@ void LfoGenerator::setRate (std::int32_t newShape, float rate, float frequency) 
         // The other two steps stay as they are.
         phaseStepA = 0.0f;
     }
-}
-
-void LfoGenerator::advance() noexcept
-{
-    outputSlew.advanceLinear();
-    phaseA += phaseStepA;
-    phaseB += phaseStepB;
-    phaseC += phaseStepC;
-
-    if (shape == brownian)
-        walk();
-
-    if (followReference && (shape == reservedPulse || shape == reservedSum))
-        follow();
-
-    wrapPhases();
 }
 
 double LfoGenerator::drawStep() noexcept
@@ -203,13 +170,6 @@ void LfoGenerator::follow() noexcept
         if (referencePhase > phaseA)
             phaseA = referencePhase;
     }
-}
-
-void LfoGenerator::wrapPhases() noexcept
-{
-    for (auto* phase : { &phaseA, &phaseB, &phaseC, &referencePhase })
-        if (*phase >= 1.0f)
-            *phase -= 1.0f;
 }
 
 void LfoGenerator::jumpTo (float phase) noexcept

@@ -7,7 +7,11 @@
 #include "SlewValue.h"
 
 /** A triangle of period 1 for phases 0 to 1: -1 at phase 0, +1 at 0.5. Outside that range it runs on in a straight line. */
-[[nodiscard]] float triangleOf (float phase) noexcept;
+[[nodiscard]] inline float triangleOf (float phase) noexcept
+{
+    const auto p = (double) phase;
+    return (float) (p < 0.5 ? 4.0 * p - 1.0 : (0.75 - p) * 4.0);
+}
 
 /** One low-frequency oscillator with one bipolar output, -1 to 1, bowed by a curve stage.
 
@@ -35,7 +39,7 @@ public:
     LfoGenerator();
 
     /** The output at the present phases. For brownian and reservedSum it also hands the output slew its target. */
-    [[nodiscard]] float render() noexcept;
+    [[nodiscard]] float render() noexcept { return bend (renderShape()); }
 
     /** Sets the shape and the steps per tick.
         @param rate       ticks per second
@@ -43,7 +47,23 @@ public:
     void setRate (std::int32_t newShape, float rate, float frequency) noexcept;
 
     /** Moves the phases, the walk and the output slew on by one tick. */
-    void advance() noexcept;
+    void advance() noexcept
+    {
+        outputSlew.advanceLinear();
+        phaseA += phaseStepA;
+        phaseB += phaseStepB;
+        phaseC += phaseStepC;
+
+        if (shape == brownian)
+            walk();
+
+        if (followReference && (shape == reservedPulse || shape == reservedSum))
+            follow();
+
+        for (auto* phase : { &phaseA, &phaseB, &phaseC, &referencePhase })
+            if (*phase >= 1.0f)
+                *phase -= 1.0f;
+    }
 
     /** Back to the start of the cycle, and of the walk. */
     void reset() noexcept { jumpTo (0.0f); }
@@ -84,9 +104,16 @@ private:
     [[nodiscard]] float renderBrownian() noexcept;
     [[nodiscard]] float renderReservedPulse() const noexcept;
     [[nodiscard]] float renderReservedSum() noexcept;
-    [[nodiscard]] float bend (float x) const noexcept;
+
+    /** The curve stage, which is left out around the straight exponent. */
+    [[nodiscard]] float bend (float x) const noexcept
+    {
+        const auto exponent = (double) curveExponent;
+        return exponent > 0.99 && exponent < 1.01 ? x : bendByPower (x);
+    }
+
+    [[nodiscard]] float bendByPower (float x) const noexcept;
     [[nodiscard]] double drawStep() noexcept;
     void walk() noexcept;
     void follow() noexcept;
-    void wrapPhases() noexcept;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "MainAudioProcessor.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 
@@ -22,6 +24,13 @@ constexpr float lfoExpOffset = 3.912023f;
 /** Below it a resonance does not run. */
 constexpr float resonanceThreshold = 1.0e-7f;
 
+/** The lowpass peaks a tenth below its cutoff, the highpass on it. */
+constexpr double lpPeakRatio = 0.9;
+
+// A ladder's lowpass answers to the same amount more strongly than its highpass.
+constexpr double hpGrungeGain = 15.0;
+constexpr double lpGrungeGain = 80.0;
+
 enum FilterMode
 {
     butterworthMode = 0,
@@ -35,7 +44,10 @@ enum SyncMode
     tempoSync = 3
 };
 
-[[nodiscard]] float bipolar (const ParameterSet::Parameter& parameter) noexcept { return parameter.get() * 2.0f - 1.0f; }
+[[nodiscard]] float bipolar (const ParameterSet::Parameter& parameter) noexcept
+{
+    return parameter.get() * 2.0f - 1.0f;
+}
 
 [[nodiscard]] float square (float x) noexcept { return x * x; }
 
@@ -91,12 +103,9 @@ MainAudioProcessor::MainAudioProcessor()
                                  .withOutput ("Output", juce::AudioChannelSet::stereo(), true)),
       barLengths (parameterTable::barLengths.begin(), parameterTable::barLengths.end()),
       barLabels (parameterTable::barTexts.begin(), parameterTable::barTexts.end()),
-      hpFilter (std::make_unique<ButterworthFilter>()),
-      lpFilter (std::make_unique<ButterworthFilter>()),
-      hpLadder (std::make_unique<GrungeLadder>()),
-      lpLadder (std::make_unique<GrungeLadder>()),
-      hpResonator (std::make_unique<ResonancePeak>()),
-      lpResonator (std::make_unique<ResonancePeak>()),
+      hpFilter (std::make_unique<ButterworthFilter>()), lpFilter (std::make_unique<ButterworthFilter>()),
+      hpLadder (std::make_unique<GrungeLadder>()), lpLadder (std::make_unique<GrungeLadder>()),
+      hpResonator (std::make_unique<ResonancePeak>()), lpResonator (std::make_unique<ResonancePeak>()),
       parameters (*this)
 {
     requestControlUpdate();
@@ -108,8 +117,6 @@ const juce::String MainAudioProcessor::getName() const { return pluginIdentity::
 
 // The rate is not taken here: every tick reads it from the host.
 void MainAudioProcessor::prepareToPlay (double, int) { requestControlUpdate(); }
-
-juce::AudioProcessorEditor* MainAudioProcessor::createEditor() { return new juce::GenericAudioProcessorEditor (*this); }
 
 void MainAudioProcessor::setCurrentProgram (int) { requestControlUpdate(); }
 
@@ -129,6 +136,13 @@ void MainAudioProcessor::updateControlRate()
 {
     Tick tick;
 
+    moveControls (tick);
+    mapSlews (tick);
+    designFilters (tick);
+}
+
+void MainAudioProcessor::moveControls (Tick& tick)
+{
     refreshHostSampleRate();
     tick.rate = processingRate();
     readTransport (tick);
@@ -140,8 +154,7 @@ void MainAudioProcessor::updateControlRate()
     advanceAndRouteLfos (tick);
     setSlewSteps (tick);
     setTargets (tick);
-    advanceAndMapSlews (tick);
-    designFilters (tick);
+    advanceSlews();
     decideWhetherToStayAwake (tick);
 }
 
@@ -176,7 +189,7 @@ void MainAudioProcessor::setLfoWobbleAndTempoLock (const Tick& tick) noexcept
             lockToTempo (tick, i);
 
         const auto bend = (float) ((double) bipolar (*parameters.lfoCurve[i]) * 1.7);
-        lfo[i].curveExponent = 1.0f / std::exp (bend);
+        lfo[i].curveExponent = bend == 0.0f ? 1.0f : 1.0f / std::exp (bend);
     }
 }
 
@@ -243,7 +256,9 @@ void MainAudioProcessor::setSlopes() noexcept
     };
 
     // By choice index; whatever lies above the texts is a bypass like index 0.
-    static constexpr std::array<Slope, 5> slopes { { { 0, 3.0f }, { 1, 2.0f }, { 2, 1.25f }, { 4, 0.707f }, { 8, 0.5f } } };
+    static constexpr std::array<Slope, 5> slopes {
+        { { 0, 3.0f }, { 1, 2.0f }, { 2, 1.25f }, { 4, 0.707f }, { 8, 0.5f } }
+    };
 
     const auto slopeOf = [] (const ParameterSet::Parameter& mode)
     {
@@ -363,7 +378,8 @@ void MainAudioProcessor::configureLfo (Tick& tick, size_t i, float frequency, fl
             lockLfosToBars (tick, 16.0f);
             break;
         default:
-            lfo[i].setRate (tick.lfoShape[i] < firstUnnamedSine ? tick.lfoShape[i] : LfoGenerator::sine, rate, frequency);
+            lfo[i].setRate (tick.lfoShape[i] < firstUnnamedSine ? tick.lfoShape[i] : LfoGenerator::sine, rate,
+                            frequency);
     }
 }
 
@@ -424,15 +440,19 @@ void MainAudioProcessor::setTargets (const Tick& tick) noexcept
     lpResoSlew.target = limitToUnit (parameters.lpReso->get() + tick.lpResoMod);
 }
 
-void MainAudioProcessor::advanceAndMapSlews (Tick& tick) noexcept
+void MainAudioProcessor::advanceSlews() noexcept
 {
     hpFreqSlew.advance();
-    tick.hpHz = hertzOf (hpFreqSlew.current);
     lpFreqSlew.advance();
-    tick.lpHz = hertzOf (lpFreqSlew.current);
     hpResoSlew.advance();
-    hpResonance = resonanceOf (hpResoSlew.current);
     lpResoSlew.advance();
+}
+
+void MainAudioProcessor::mapSlews (Tick& tick) noexcept
+{
+    tick.hpHz = hertzOf (hpFreqSlew.current);
+    tick.lpHz = hertzOf (lpFreqSlew.current);
+    hpResonance = resonanceOf (hpResoSlew.current);
     lpResonance = resonanceOf (lpResoSlew.current);
 }
 
@@ -444,9 +464,8 @@ void MainAudioProcessor::designFilters (const Tick& tick) noexcept
     // The family that is not selected keeps its old coefficients.
     if (parameters.filtMode->getChoiceIndex() == ladderMode)
     {
-        // The lowpass answers to the same amount more strongly: both gains are part of the sound.
-        hpLadder->configure (hpPoles, true, hpHz, (double) hpResonance, 15.0, tick.rate);
-        lpLadder->configure (lpPoles, false, lpHz, (double) lpResonance, 80.0, tick.rate);
+        hpLadder->configure (hpPoles, true, hpHz, (double) hpResonance, hpGrungeGain, tick.rate);
+        lpLadder->configure (lpPoles, false, lpHz, (double) lpResonance, lpGrungeGain, tick.rate);
         return;
     }
 
@@ -456,9 +475,8 @@ void MainAudioProcessor::designFilters (const Tick& tick) noexcept
     if (hpResonance > resonanceThreshold)
         hpResonator->design (tick.rate, hpHz, (double) hpPeakBandwidth);
 
-    // The lowpass peaks a tenth below its cutoff, the highpass on it.
     if (lpResonance > resonanceThreshold)
-        lpResonator->design (tick.rate, lpHz * 0.9, (double) lpPeakBandwidth);
+        lpResonator->design (tick.rate, lpHz * lpPeakRatio, (double) lpPeakBandwidth);
 }
 
 void MainAudioProcessor::decideWhetherToStayAwake (const Tick& tick) noexcept
@@ -473,25 +491,10 @@ void MainAudioProcessor::decideWhetherToStayAwake (const Tick& tick) noexcept
 
 std::pair<float, float> MainAudioProcessor::processFrame (float left, float right)
 {
+    StereoPair frame ((double) left, (double) right);
     watchParameters();
-
-    auto wideLeft = (double) left;
-    auto wideRight = (double) right;
-
-    // An index above the two texts runs no filter at all, though the tick keeps designing for it.
-    switch (parameters.filtMode->getChoiceIndex())
-    {
-        case butterworthMode:
-            processButterworth (wideLeft, wideRight);
-            break;
-        case ladderMode:
-            processLadder (wideLeft, wideRight);
-            break;
-        default:
-            break;
-    }
-
-    return { (float) wideLeft, (float) wideRight };
+    runFilters (FrameRun (&frame, 1));
+    return { (float) frame.left(), (float) frame.right() };
 }
 
 void MainAudioProcessor::watchParameters() noexcept
@@ -502,45 +505,261 @@ void MainAudioProcessor::watchParameters() noexcept
         requestControlUpdate();
 }
 
-namespace
+void MainAudioProcessor::runFilters (FrameRun frames) noexcept
 {
-/** The sine of the scaled excess, which limits it to -1 and 1 and folds nothing back. A NaN becomes the upper limit. */
-[[nodiscard]] double saturate (double excess, double amount) noexcept
-{
-    const auto x = excess * amount;
-
-    if (x < -halfPi)
-        return std::sin (-halfPi);
-
-    return std::sin (x < halfPi ? x : halfPi);
+    // An index above the two texts runs no filter at all, though the tick keeps designing for it.
+    switch (parameters.filtMode->getChoiceIndex())
+    {
+        case butterworthMode:
+            runButterworth (frames);
+            break;
+        case ladderMode:
+            hpLadder->processRun (frames);
+            lpLadder->processRun (frames);
+            break;
+        default:
+            break;
+    }
 }
 
-void addResonance (ResonancePeak& peak, float amount, double& left, double& right) noexcept
+void MainAudioProcessor::runButterworth (FrameRun frames) noexcept
 {
-    auto peakLeft = left;
-    auto peakRight = right;
-    peak.process (peakLeft, peakRight);
-    left += saturate (peakLeft - left, (double) amount);
-    right += saturate (peakRight - right, (double) amount);
-}
-} // namespace
+    const auto hpResonates = hpResonance > resonanceThreshold && hpPoles > 0;
+    const auto lpResonates = lpResonance > resonanceThreshold && lpPoles > 0;
 
-void MainAudioProcessor::processButterworth (double& left, double& right) noexcept
-{
-    hpFilter->process (left, right);
+    if (! hpResonates && ! lpResonates)
+        return ButterworthFilter::processRun (*hpFilter, *lpFilter, frames);
+
+    std::array<float, maxRunFrames> amounts;
+    const auto amount = std::span<const float> (amounts).first (frames.size());
 
     // The highpass resonance is taken behind its filter, the lowpass resonance before its own: part of the sound.
-    if (hpResonance > resonanceThreshold && hpPoles > 0)
-        addResonance (*hpResonator, hpResonance, left, right);
+    hpFilter->processRun (frames);
 
-    if (lpResonance > resonanceThreshold && lpPoles > 0)
-        addResonance (*lpResonator, lpResonance, left, right);
+    if (hpResonates)
+    {
+        amounts.fill (hpResonance);
+        hpResonator->addResonance (amount, frames);
+    }
 
-    lpFilter->process (left, right);
+    if (lpResonates)
+    {
+        amounts.fill (lpResonance);
+        lpResonator->addResonance (amount, frames);
+    }
+
+    lpFilter->processRun (frames);
 }
 
-void MainAudioProcessor::processLadder (double& left, double& right) noexcept
+/** What has to stay the same for ticks to be gathered: everything that decides which filters run and with which order. */
+struct MainAudioProcessor::Structure
 {
-    hpLadder->process (left, right);
-    lpLadder->process (left, right);
+    float filtMode, hpMode, lpMode;
+    double hostRate;
+
+    [[nodiscard]] bool operator== (const Structure&) const = default;
+};
+
+MainAudioProcessor::Structure MainAudioProcessor::readStructure() const noexcept
+{
+    return { parameters.filtMode->get(), parameters.hpMode->get(), parameters.lpMode->get(), getSampleRate() };
+}
+
+/** What consecutive ticks have left, one entry per tick and frame. */
+struct MainAudioProcessor::TickSeries
+{
+    using Values = std::array<float, maxDesigns>;
+
+    [[nodiscard]] static std::span<const float> part (const Values& values, std::size_t first,
+                                                      std::size_t count) noexcept
+    {
+        return std::span<const float> (values).subspan (first, count);
+    }
+
+    std::size_t size = 0;
+    double rate = 0.0;
+    int filtMode = 0;
+
+    // First the slews' positions, which mapSlews turns into hertz and amounts.
+    Values hpHz, lpHz, hpResonance, lpResonance;
+};
+
+void MainAudioProcessor::processFrames (float* left, float* right, int numFrames)
+{
+    std::array<StereoPair, maxRunFrames> storage;
+    const auto count = (size_t) numFrames;
+    auto frames = FrameRun (storage).first (count);
+
+    widen (left, right, frames);
+
+    while (! frames.empty())
+        frames = frames.subspan (isControlUpdateDue() ? processAwake (frames) : processAsleep (frames));
+
+    narrow (FrameRun (storage).first (count), left, right);
+}
+
+size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
+{
+    const auto limit = std::min (frames.size(), (size_t) framesUntilClockedUpdate());
+
+    // The watch of every frame, in as few instructions as it can be: values of the same bits have not moved, but for a NaN,
+    // which always has. Other bits end the run, and watchParameters says whether anything has moved.
+    const auto watch = [] (const ParameterSet::Parameter& parameter)
+    {
+        const auto bits = std::bit_cast<std::uint32_t> (parameter.lastSeenValue);
+        return std::pair { &parameter, std::isnan (parameter.lastSeenValue) ? ~bits : bits };
+    };
+
+    const auto isSame = [] (const auto& watched)
+    { return std::bit_cast<std::uint32_t> (watched.first->get()) == watched.second; };
+
+    const auto hpFreq = watch (*parameters.hpFreq);
+    const auto lpFreq = watch (*parameters.lpFreq);
+    const auto hpReso = watch (*parameters.hpReso);
+    const auto lpReso = watch (*parameters.lpReso);
+    const std::pair filtMode { parameters.filtMode, std::bit_cast<std::uint32_t> (parameters.filtMode->get()) };
+
+    size_t count = 1;
+
+    while (count < limit && isSame (hpFreq) && isSame (lpFreq) && isSame (hpReso) && isSame (lpReso)
+           && isSame (filtMode))
+        ++count;
+
+    skipClock ((int) count);
+    watchParameters();
+    runFilters (frames.first (count));
+    return count;
+}
+
+size_t MainAudioProcessor::processAwake (FrameRun frames)
+{
+    TickSeries ticks;
+    gatherTicks (ticks, std::min (frames.size(), maxDesigns));
+    mapSlews (ticks);
+
+    if (ticks.filtMode == ladderMode)
+        runLadder (ticks, frames.first (ticks.size));
+    else
+        runButterworth (ticks, frames.first (ticks.size));
+
+    return ticks.size;
+}
+
+void MainAudioProcessor::gatherTicks (TickSeries& ticks, size_t maxTicks)
+{
+    const auto structure = readStructure();
+    ticks.filtMode = parameters.filtMode->getChoiceIndexForValue (structure.filtMode);
+
+    do
+    {
+        Tick tick;
+        juce::ignoreUnused (advanceClock());
+        moveControls (tick);
+
+        ticks.rate = tick.rate;
+        ticks.hpHz[ticks.size] = hpFreqSlew.current;
+        ticks.lpHz[ticks.size] = lpFreqSlew.current;
+        ticks.hpResonance[ticks.size] = hpResoSlew.current;
+        ticks.lpResonance[ticks.size] = lpResoSlew.current;
+        ++ticks.size;
+
+        watchParameters();
+    } while (ticks.size < maxTicks && isControlUpdateDue() && readStructure() == structure);
+}
+
+void MainAudioProcessor::mapSlews (TickSeries& ticks) noexcept
+{
+    for (size_t i = 0; i < ticks.size; ++i)
+    {
+        ticks.hpHz[i] = hertzOf (ticks.hpHz[i]);
+        ticks.lpHz[i] = hertzOf (ticks.lpHz[i]);
+        ticks.hpResonance[i] = resonanceOf (ticks.hpResonance[i]);
+        ticks.lpResonance[i] = resonanceOf (ticks.lpResonance[i]);
+    }
+
+    hpResonance = ticks.hpResonance[ticks.size - 1];
+    lpResonance = ticks.lpResonance[ticks.size - 1];
+}
+
+void MainAudioProcessor::runLadder (const TickSeries& ticks, FrameRun frames) noexcept
+{
+    GrungeLadder::Series series;
+
+    hpLadder->configureSeries (hpPoles, true, TickSeries::part (ticks.hpHz, 0, ticks.size),
+                               TickSeries::part (ticks.hpResonance, 0, ticks.size), hpGrungeGain, ticks.rate, series);
+    hpLadder->processRun (series, frames);
+
+    lpLadder->configureSeries (lpPoles, false, TickSeries::part (ticks.lpHz, 0, ticks.size),
+                               TickSeries::part (ticks.lpResonance, 0, ticks.size), lpGrungeGain, ticks.rate, series);
+    lpLadder->processRun (series, frames);
+}
+
+void MainAudioProcessor::runButterworth (const TickSeries& ticks, FrameRun frames) noexcept
+{
+    const auto resonates = [&] (size_t i) {
+        return std::pair { ticks.hpResonance[i] > resonanceThreshold, ticks.lpResonance[i] > resonanceThreshold };
+    };
+
+    // A resonance that comes or goes parts the run.
+    for (size_t first = 0, end = 0; first < ticks.size; first = end)
+    {
+        do
+            ++end;
+        while (end < ticks.size && resonates (end) == resonates (first));
+
+        runButterworth (ticks, first, end - first, ticks.filtMode == butterworthMode,
+                        frames.subspan (first, end - first));
+    }
+}
+
+void MainAudioProcessor::runButterworth (const TickSeries& ticks, size_t first, size_t count, bool isHeard,
+                                         FrameRun frames) noexcept
+{
+    ButterworthFilter::Series hpSeries, lpSeries;
+    ResonancePeak::Series hpPeakSeries, lpPeakSeries;
+    std::array<double, maxDesigns> peakHz;
+
+    const auto hpHz = TickSeries::part (ticks.hpHz, first, count);
+    const auto lpHz = TickSeries::part (ticks.lpHz, first, count);
+    const auto hpAmounts = TickSeries::part (ticks.hpResonance, first, count);
+    const auto lpAmounts = TickSeries::part (ticks.lpResonance, first, count);
+    const auto hpPeaks = hpAmounts[0] > resonanceThreshold;
+    const auto lpPeaks = lpAmounts[0] > resonanceThreshold;
+
+    hpFilter->designSeries ((unsigned) hpPoles, true, hpHz, ticks.rate, hpSeries);
+    lpFilter->designSeries ((unsigned) lpPoles, false, lpHz, ticks.rate, lpSeries);
+
+    if (hpPeaks)
+    {
+        for (size_t i = 0; i < count; ++i)
+            peakHz[i] = (double) hpHz[i];
+
+        hpResonator->designSeries (ticks.rate, std::span<const double> (peakHz).first (count), (double) hpPeakBandwidth,
+                                   hpPeakSeries);
+    }
+
+    if (lpPeaks)
+    {
+        for (size_t i = 0; i < count; ++i)
+            peakHz[i] = (double) lpHz[i] * lpPeakRatio;
+
+        lpResonator->designSeries (ticks.rate, std::span<const double> (peakHz).first (count), (double) lpPeakBandwidth,
+                                   lpPeakSeries);
+    }
+
+    if (! isHeard)
+        return;
+
+    if (! hpPeaks && ! lpPeaks)
+        return ButterworthFilter::processRun (*hpFilter, hpSeries, *lpFilter, lpSeries, frames);
+
+    hpFilter->processRun (hpSeries, frames);
+
+    if (hpPeaks && hpPoles > 0)
+        hpResonator->addResonance (hpPeakSeries, hpAmounts, frames);
+
+    if (lpPeaks && lpPoles > 0)
+        lpResonator->addResonance (lpPeakSeries, lpAmounts, frames);
+
+    lpFilter->processRun (lpSeries, frames);
 }

@@ -10,8 +10,9 @@
 #include <vector>
 
 #include "ButterworthFilter.h"
-#include "Frequencer.h"
 #include "frame/AudioProcessorKestrin.h"
+#include "FrameRun.h"
+#include "Frequencer.h"
 #include "GrungeLadder.h"
 #include "LfoGenerator.h"
 #include "parameters/ParameterSet.h"
@@ -82,8 +83,13 @@ public:
 
     ParameterSet parameters;
 
+protected:
+    void processFrames (float* left, float* right, int numFrames) override;
+
 private:
     struct Tick;
+    struct TickSeries;
+    struct Structure;
 
     // The steps of a tick, in their order.
     void readTransport (Tick& tick) const;
@@ -95,9 +101,10 @@ private:
     void advanceAndRouteLfos (Tick& tick);
     void setSlewSteps (const Tick& tick) noexcept;
     void setTargets (const Tick& tick) noexcept;
-    void advanceAndMapSlews (Tick& tick) noexcept;
-    void designFilters (const Tick& tick) noexcept;
+    void advanceSlews() noexcept;
     void decideWhetherToStayAwake (const Tick& tick) noexcept;
+    void mapSlews (Tick& tick) noexcept;
+    void designFilters (const Tick& tick) noexcept;
 
     void setWobble (const Tick& tick, std::size_t i) noexcept;
     void lockToTempo (const Tick& tick, std::size_t i) noexcept;
@@ -106,9 +113,21 @@ private:
     void configureLfo (Tick& tick, std::size_t i, float frequency, float multiplier);
     void lockLfosToBars (const Tick& tick, float barMultiple);
 
+    void moveControls (Tick& tick);
     void watchParameters() noexcept;
-    void processButterworth (double& left, double& right) noexcept;
-    void processLadder (double& left, double& right) noexcept;
+
+    // Frames taken together: what the tick and the frame do, in another order.
+    [[nodiscard]] std::size_t processAsleep (FrameRun frames) noexcept;
+    [[nodiscard]] std::size_t processAwake (FrameRun frames);
+    [[nodiscard]] Structure readStructure() const noexcept;
+    void gatherTicks (TickSeries& ticks, std::size_t maxTicks);
+    void mapSlews (TickSeries& ticks) noexcept;
+    void runFilters (FrameRun frames) noexcept;
+    void runButterworth (FrameRun frames) noexcept;
+    void runButterworth (const TickSeries& ticks, FrameRun frames) noexcept;
+    void runButterworth (const TickSeries& ticks, std::size_t first, std::size_t count, bool isHeard,
+                         FrameRun frames) noexcept;
+    void runLadder (const TickSeries& ticks, FrameRun frames) noexcept;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (MainAudioProcessor)
 };

@@ -2,9 +2,10 @@
 #include "AudioProcessorKestrin.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <limits>
 #include <new>
+#include <tuple>
 
 namespace juce
 {
@@ -15,8 +16,6 @@ constexpr size_t stateScratchBytes = 65536;
 /** Frames of one run of the sample loop at the most; a longer block is processed in several runs. */
 constexpr int maxFramesPerRun = 524288;
 
-constexpr std::uint32_t controlCounterMask = 0xffff;
-
 // A rate outside these bounds is taken for a host that has not made up its mind.
 constexpr double lowestImplausibleRate = 999.0;
 constexpr double highestImplausibleRate = 10000000001.0;
@@ -24,19 +23,15 @@ constexpr double highestImplausibleRate = 10000000001.0;
 /** The first channel's bounds are not symmetric, and a NaN becomes the upper one: projects sound like that. */
 [[nodiscard]] float clampFirstChannel (float sample) noexcept
 {
-    if (-30.0f > sample)
-        return -30.0f;
-
-    return sample < 20.0f ? sample : 20.0f;
+    const auto raised = -30.0f > sample ? -30.0f : sample;
+    return raised < 20.0f ? raised : 20.0f;
 }
 
 /** Narrower below than the first channel's, and a NaN passes: both are meant. */
 [[nodiscard]] float clampSecondChannel (float sample) noexcept
 {
-    if (-20.0f > sample)
-        return -20.0f;
-
-    return sample > 20.0f ? 20.0f : sample;
+    const auto raised = -20.0f > sample ? -20.0f : sample;
+    return raised > 20.0f ? 20.0f : raised;
 }
 } // namespace
 
@@ -60,9 +55,7 @@ AudioProcessorKestrin::FramePointers AudioProcessorKestrin::framesOf (dsp::Audio
 }
 
 AudioProcessorKestrin::AudioProcessorKestrin (const BusesProperties& buses)
-    : AudioProcessor (buses),
-      stateScratch (stateScratchBytes),
-      workBufferLeft (maxFramesPerRun),
+    : AudioProcessor (buses), stateScratch (stateScratchBytes), workBufferLeft (maxFramesPerRun),
       workBufferRight (maxFramesPerRun)
 {
     if (stateScratch.getData() == nullptr)
@@ -128,46 +121,51 @@ void AudioProcessorKestrin::processRun (AudioBuffer<float>& buffer)
 
     if (! oversampled)
     {
-        processFrames (framesOf (block, numIn, numOut), frameCount);
+        runFrames (framesOf (block, numIn, numOut), frameCount);
         return;
     }
 
     auto raised = oversampler->processSamplesUp (block);
-    processFrames (framesOf (raised, numIn, numOut), (int) raised.getNumSamples());
+    runFrames (framesOf (raised, numIn, numOut), (int) raised.getNumSamples());
     oversampler->processSamplesDown (block);
 }
 
-void AudioProcessorKestrin::processFrames (const FramePointers& frames, int numFrames)
+void AudioProcessorKestrin::runFrames (const FramePointers& frames, int numFrames)
 {
-    for (int i = 0; i < numFrames; ++i)
+    std::array<float, maxFramesTogether> scratch;
+
+    for (int start = 0; start < numFrames; start += maxFramesTogether)
     {
-        const auto left = clampFirstChannel (frames.left[i]);
-        const auto right = frames.rightIn != nullptr ? clampSecondChannel (frames.rightIn[i]) : left;
+        const auto count = std::min (maxFramesTogether, numFrames - start);
+        auto* const left = frames.left + start;
 
-        if (advanceClock())
-            updateControlRate();
+        // A right side that is only read or only written must not be worked on in its place.
+        auto* const right =
+            frames.rightIn == frames.rightOut && frames.rightOut != nullptr ? frames.rightOut + start : scratch.data();
 
-        const auto processed = processFrame (left, right);
-        frames.left[i] = processed.first;
+        std::transform (left, left + count, left, clampFirstChannel);
 
-        if (frames.rightOut != nullptr)
-            frames.rightOut[i] = processed.second;
+        if (frames.rightIn != nullptr)
+            std::transform (frames.rightIn + start, frames.rightIn + start + count, right, clampSecondChannel);
+        else
+            std::copy_n (left, count, right);
+
+        processFrames (left, right, count);
+
+        if (frames.rightOut != nullptr && frames.rightOut + start != right)
+            std::copy_n (right, count, frames.rightOut + start);
     }
 }
 
-bool AudioProcessorKestrin::advanceClock() noexcept
+void AudioProcessorKestrin::processFrames (float* left, float* right, int numFrames)
 {
-    if (framesSinceRequest < std::numeric_limits<std::int32_t>::max())
-        ++framesSinceRequest;
+    for (int i = 0; i < numFrames; ++i)
+    {
+        if (advanceClock())
+            updateControlRate();
 
-    controlCounter = (controlCounter + 1) & controlCounterMask;
-
-    if (! controlUpdatePending && controlCounter != 0)
-        return false;
-
-    // Cleared before the update, so that the update can ask for the next one.
-    controlUpdatePending = false;
-    return true;
+        std::tie (left[i], right[i]) = processFrame (left[i], right[i]);
+    }
 }
 
 void AudioProcessorKestrin::updateOversampler (int numChannels)

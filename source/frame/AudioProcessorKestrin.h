@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <memory>
 #include <string>
@@ -89,6 +91,46 @@ protected:
     /** For a derived class that needs chance; the frame itself draws nothing. */
     Random random;
 
+    /** Frames that processFrames is given at the most. */
+    static constexpr int maxFramesTogether = 256;
+
+    /** Processes frames whose samples have been brought into bounds, in place, each with its step of the clock and, where
+        it is due, its update before it. Override it to take frames together: what can be seen afterwards must be what
+        this loop over updateControlRate and processFrame gives. */
+    virtual void processFrames (float* left, float* right, int numFrames);
+
+    /** How many frames come before the clock's next own update. */
+    [[nodiscard]] int framesUntilClockedUpdate() const noexcept { return (int) (controlCounterMask - controlCounter); }
+
+    /** True if the next frame starts with an update. */
+    [[nodiscard]] bool isControlUpdateDue() const noexcept
+    {
+        return controlUpdatePending || framesUntilClockedUpdate() == 0;
+    }
+
+    /** Counts frames that start without an update. */
+    void skipClock (int numFrames) noexcept
+    {
+        const auto room = std::numeric_limits<std::int32_t>::max() - framesSinceRequest;
+
+        framesSinceRequest += std::min (room, numFrames);
+        controlCounter = (controlCounter + (std::uint32_t) numFrames) & controlCounterMask;
+    }
+
+    /** Counts one frame.
+        @returns true if the frame starts with an update, the request for which is taken back: the update itself may ask
+                 for the next one */
+    [[nodiscard]] bool advanceClock() noexcept
+    {
+        const auto isDue = isControlUpdateDue();
+        skipClock (1);
+
+        if (isDue)
+            controlUpdatePending = false;
+
+        return isDue;
+    }
+
 private:
     struct FramePointers;
 
@@ -99,8 +141,9 @@ private:
     void ensureDefaultProgram();
     void updateOversampler (int numChannels);
     void processRun (AudioBuffer<float>& buffer);
-    void processFrames (const FramePointers& frames, int numFrames);
-    [[nodiscard]] bool advanceClock() noexcept;
+    void runFrames (const FramePointers& frames, int numFrames);
+
+    static constexpr std::uint32_t controlCounterMask = 0xffff;
 
     std::uint32_t controlCounter = 0;
     int oversamplerBlockSize = 32768;

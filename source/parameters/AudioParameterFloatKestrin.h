@@ -7,8 +7,6 @@
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
-class ParameterSlider;
-
 namespace juce
 {
 /** A parameter whose value is always its normalised position, 0 to 1: for the host, the settings, the window and the
@@ -76,9 +74,6 @@ public:
 
     /** The text of any position. Allocates; any thread but the audio thread. */
     [[nodiscard]] std::string formatValueText (float position) const;
-
-    /** The knob that was bound last. Nothing reads it, and it is not cleared when the window goes. */
-    ParameterSlider* attachedSlider = nullptr;
 
     std::int32_t valueKind = 0;
     float defaultValue = 0.0f;

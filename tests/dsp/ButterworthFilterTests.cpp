@@ -124,9 +124,9 @@ TEST (ButterworthFilter, IsThreeDecibelsDownAtItsCutoff)
 
 TEST (ButterworthFilter, OrdersItsSectionsByFallingQ)
 {
-    const std::array<std::vector<double>, 3> table { { { 0.7071 },
-                                                       { 1.3066, 0.5412 },
-                                                       { 2.5629, 0.9000, 0.6013, 0.5098 } } };
+    const std::array<std::vector<double>, 3> table {
+        { { 0.7071 }, { 1.3066, 0.5412 }, { 2.5629, 0.9000, 0.6013, 0.5098 } }
+    };
 
     for (std::size_t row = 0; row < table.size(); ++row)
         for (const auto highpass : { false, true })

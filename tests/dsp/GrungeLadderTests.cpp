@@ -148,8 +148,8 @@ TEST (GrungeLadder, NeverRaisesTheLevelAtTheCutoffWithTheResonance)
                         auto ladder = configured (stages, highpass, cutoff, resonance);
                         const auto level = response::levelOfSine (ladder, cutoff / rate, amplitude, 9600);
                         EXPECT_LE (level, previous * (1.0 + 1.0e-9))
-                            << stages << (highpass ? " highpass " : " lowpass ") << cutoff << ", amplitude " << amplitude
-                            << ", resonance " << resonance;
+                            << stages << (highpass ? " highpass " : " lowpass ") << cutoff << ", amplitude "
+                            << amplitude << ", resonance " << resonance;
                         previous = level;
                     }
                 }
@@ -170,8 +170,8 @@ TEST (GrungeLadder, NeverSwingsByItself)
                     auto early = 0.0, late = 0.0;
 
                     for (std::size_t i = 0; i < tail.size(); ++i)
-                        (i < tail.size() / 2 ? early : late) = std::max (i < tail.size() / 2 ? early : late,
-                                                                       std::abs (tail[i]));
+                        (i < tail.size() / 2 ? early : late) =
+                            std::max (i < tail.size() / 2 ? early : late, std::abs (tail[i]));
 
                     EXPECT_LE (late, early);
                     EXPECT_LT (early, 10.0);
@@ -215,7 +215,7 @@ TEST (GrungeLadder, LetsTheCutoffRunAboveHalfTheRate)
         EXPECT_NEAR (ladder.poleCoefficient, poleOf (cutoff), 1.0e-14);
         EXPECT_EQ (ladder.inputCoefficient, 1.0 - ladder.poleCoefficient);
         EXPECT_LT (ladder.poleCoefficient, previous);
-        EXPECT_EQ (ladder.poleCoefficient < 0.0, cutoff > rate / std::numbers::pi);
+        EXPECT_EQ (ladder.poleCoefficient<0.0, cutoff> rate / std::numbers::pi);
         previous = ladder.poleCoefficient;
     }
 

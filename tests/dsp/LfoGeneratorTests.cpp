@@ -28,7 +28,7 @@ constexpr double pi = 3.141592653589793;
     return generator.render();
 }
 
-constexpr std::array namedShapes { LfoGenerator::sine, LfoGenerator::triangle,        LfoGenerator::saw,
+constexpr std::array namedShapes { LfoGenerator::sine,   LfoGenerator::triangle,        LfoGenerator::saw,
                                    LfoGenerator::square, LfoGenerator::randomTriangles, LfoGenerator::brownian };
 } // namespace
 
@@ -50,8 +50,7 @@ TEST (TriangleOf, RunsOnInAStraightLineOutsideItsPeriod)
 TEST (TriangleOf, IsComputedInDoublePrecisionAndNarrowedOnce)
 {
     for (const auto p : { 0.1f, 0.3333333f, 0.49999997f, 0.7f, 0.9999999f })
-        EXPECT_EQ (triangleOf (p),
-                   p < 0.5f ? (float) (4.0 * (double) p - 1.0) : (float) ((0.75 - (double) p) * 4.0));
+        EXPECT_EQ (triangleOf (p), p < 0.5f ? (float) (4.0 * (double) p - 1.0) : (float) ((0.75 - (double) p) * 4.0));
 }
 
 TEST (LfoGenerator, StartsAsAStandingTriangle)
@@ -168,8 +167,7 @@ TEST (LfoGenerator, BendsByThePowerOfItsCurve)
         const auto x = triangleOf (p);
         const auto u = (float) (((double) x + 1.0) * 0.5);
         EXPECT_EQ (outputOf (LfoGenerator::triangle, p, 3.5f), 2.0f * std::pow (u, 3.5f) - 1.0f);
-        EXPECT_EQ (outputOf (LfoGenerator::triangle, p, 0.3f),
-                   2.0f * (1.0f - std::pow (1.0f - u, 1.0f / 0.3f)) - 1.0f);
+        EXPECT_EQ (outputOf (LfoGenerator::triangle, p, 0.3f), 2.0f * (1.0f - std::pow (1.0f - u, 1.0f / 0.3f)) - 1.0f);
     }
 }
 

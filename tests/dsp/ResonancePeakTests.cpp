@@ -54,7 +54,8 @@ TEST (ResonancePeak, HasTheMagnitudeOfAPeakingSection)
 
             // The tolerance covers the rounding of a section of gain 10 in double precision.
             for (const auto f : { 20.0, 190.0, 700.0, 1000.0, 5000.0, 12000.0, 23000.0 })
-                EXPECT_NEAR (response::magnitude (impulseResponse, f / rate), peakMagnitude (f, centre, bandwidth), 1.0e-9)
+                EXPECT_NEAR (response::magnitude (impulseResponse, f / rate), peakMagnitude (f, centre, bandwidth),
+                             1.0e-9)
                     << centre << ' ' << bandwidth << ' ' << f;
         }
 }
@@ -117,8 +118,8 @@ TEST (ResonancePeak, RecomputesEverythingWhenOneArgumentDiffers)
         double rate, frequency, bandwidth;
     };
 
-    for (const auto& changed : { Arguments { rate, 1000.0, 1.25 }, Arguments { rate, 1000.5, 1.0 },
-                                 Arguments { 44100.0, 1000.0, 1.0 } })
+    for (const auto& changed :
+         { Arguments { rate, 1000.0, 1.25 }, Arguments { rate, 1000.5, 1.0 }, Arguments { 44100.0, 1000.0, 1.0 } })
     {
         auto peak = designed (1000.0, 1.0);
         peak.b0 = peak.b1 = peak.b2 = peak.a0 = peak.a1 = peak.a2 = 123.0;

@@ -41,11 +41,10 @@ void noteRelease (const volatile void* memory) noexcept
 
 #if KESTRIN_ADDRESS_SANITIZER
 // The sanitizer owns malloc, and tells of every call.
-const bool hooksAreInstalled = __sanitizer_install_malloc_and_free_hooks ([] (const volatile void*, std::size_t)
-                                                                          { noteAllocation(); },
-                                                                          [] (const volatile void* memory)
-                                                                          { noteRelease (memory); })
-                               != 0;
+const bool hooksAreInstalled =
+    __sanitizer_install_malloc_and_free_hooks ([] (const volatile void*, std::size_t) { noteAllocation(); },
+                                               [] (const volatile void* memory) { noteRelease (memory); })
+    != 0;
 #endif
 } // namespace
 

@@ -101,7 +101,9 @@ std::optional<float> Automation::positionAt (const RunningLane& lane, juce::int6
     if (next == lane.points.end())
         return last.position;
 
-    const auto fraction = (double) (frame - last.frame) / (double) (next->frame - last.frame);
+    // A ramp holds still between its steps, also for a block that begins there.
+    const auto stepFrame = std::max (last.frame, frame / rampGrid * rampGrid);
+    const auto fraction = (double) (stepFrame - last.frame) / (double) (next->frame - last.frame);
     return (float) ((double) last.position + fraction * ((double) next->position - (double) last.position));
 }
 

@@ -91,7 +91,8 @@ int DisplayScale::findGridSize() const noexcept
         return 0;
 
     for (size_t index = 1; index < runs.size(); ++index)
-        if (std::abs (edgeBetween (runs[index - 1], runs[index]) - ((double) index - 0.5) * step) > gridTolerance * step)
+        if (std::abs (edgeBetween (runs[index - 1], runs[index]) - ((double) index - 0.5) * step)
+            > gridTolerance * step)
             return 0;
 
     // Positions above the last text may be left over; what lies there has no text.
@@ -152,8 +153,8 @@ std::vector<DisplayScale::Mark> DisplayScale::marksFor (const juce::String& unit
         }
 
         // Between two rounded numbers the text changes halfway. The numbers at the ends of the scale are exact.
-        const auto startsScale = index == 0 || ! runs[index - 1].quantity.has_value()
-                                 || runs[index - 1].quantity->unit != unit;
+        const auto startsScale =
+            index == 0 || ! runs[index - 1].quantity.has_value() || runs[index - 1].quantity->unit != unit;
 
         if (startsScale)
             add (number, (double) run.first);

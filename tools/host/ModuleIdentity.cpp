@@ -44,8 +44,8 @@ public:
     /** The caller owns one reference; null if there is no factory. */
     [[nodiscard]] Steinberg::IPluginFactory* factory()
     {
-        auto* make = reinterpret_cast<Steinberg::IPluginFactory*(PLUGIN_API*) ()> (
-            library.getFunction ("GetPluginFactory"));
+        auto* make =
+            reinterpret_cast<Steinberg::IPluginFactory*(PLUGIN_API*) ()> (library.getFunction ("GetPluginFactory"));
         return make != nullptr ? make() : nullptr;
     }
 
@@ -60,9 +60,11 @@ struct Release
     void operator() (Steinberg::FUnknown* object) const { object->release(); }
 };
 
-template <typename Interface> using Held = std::unique_ptr<Interface, Release>;
+template <typename Interface>
+using Held = std::unique_ptr<Interface, Release>;
 
-template <typename Interface> Held<Interface> ask (Steinberg::IPluginFactory& factory, const Steinberg::TUID& iid)
+template <typename Interface>
+Held<Interface> ask (Steinberg::IPluginFactory& factory, const Steinberg::TUID& iid)
 {
     void* object = nullptr;
 
@@ -88,7 +90,8 @@ template <typename Interface> Held<Interface> ask (Steinberg::IPluginFactory& fa
     return text;
 }
 
-template <typename Character, size_t capacity> juce::String textOf (const Character (&characters)[capacity])
+template <typename Character, size_t capacity>
+juce::String textOf (const Character (&characters)[capacity])
 {
     return textOf (characters, capacity);
 }
@@ -98,16 +101,11 @@ template <typename Character, size_t capacity> juce::String textOf (const Charac
     return juce::String::toHexString (id, (int) sizeof (id), 0).toUpperCase();
 }
 
-template <typename Info> ModuleIdentity::ClassInfo describe (const Info& info)
+template <typename Info>
+ModuleIdentity::ClassInfo describe (const Info& info)
 {
-    return { idOf (info.cid),
-             textOf (info.name),
-             textOf (info.category),
-             textOf (info.subCategories),
-             textOf (info.vendor),
-             textOf (info.version),
-             textOf (info.sdkVersion),
-             info.cardinality,
+    return { idOf (info.cid),      textOf (info.name),    textOf (info.category),   textOf (info.subCategories),
+             textOf (info.vendor), textOf (info.version), textOf (info.sdkVersion), info.cardinality,
              info.classFlags };
 }
 
@@ -137,7 +135,7 @@ ModuleIdentity::ClassInfo describeClass (Steinberg::IPluginFactory& factory, Ste
 
 [[nodiscard]] juce::String line (const juce::String& label, const juce::String& value)
 {
-    return label.paddedRight (' ', 16) + value + "\n";
+    return label.paddedRight (' ', 18) + value + "\n";
 }
 } // namespace
 

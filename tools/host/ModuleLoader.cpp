@@ -14,20 +14,18 @@ namespace
 const char* const moduleName = "Kestrin Tamsile Filter.vst3";
 const char* const environmentVariable = "KESTRIN_PLUGIN";
 
-/** The module of the same build: this program lies somewhere below the build folder, in a folder called after the
-    build's configuration, and so does the module. */
+/** The module of the same build: this program lies somewhere below the build folder. */
 juce::File findInBuild()
 {
-    const auto program = juce::File::getSpecialLocation (juce::File::currentExecutableFile);
-    const auto configuration = program.getParentDirectory().getFileName();
+    auto folder = juce::File::getSpecialLocation (juce::File::currentExecutableFile).getParentDirectory();
 
-    for (auto folder = program.getParentDirectory(); ! folder.isRoot(); folder = folder.getParentDirectory())
+    for (; ! folder.isRoot(); folder = folder.getParentDirectory())
     {
         const auto artefacts = folder.getChildFile ("source/KestrinTamsileFilter_artefacts");
+        const auto products = artefacts.getChildFile (KESTRIN_BUILD_CONFIGURATION).getChildFile ("VST3");
 
-        for (const auto& products : { artefacts.getChildFile (configuration), artefacts })
-            if (const auto module = products.getChildFile ("VST3").getChildFile (moduleName); module.exists())
-                return module;
+        if (const auto module = products.getChildFile (moduleName); module.exists())
+            return module;
     }
 
     return {};
@@ -60,7 +58,8 @@ juce::File findModule()
     if (const auto module = installed.getChildFile (moduleName); module.exists())
         return module;
 
-    throw HostError (juce::String ("found no ") + moduleName + " beside this program or in ~/.vst3: name one with --plugin");
+    throw HostError (juce::String ("found no ") + moduleName
+                     + " beside this program or in ~/.vst3: name one with --plugin");
 }
 
 juce::File libraryOf (const juce::File& module)

@@ -68,12 +68,13 @@ juce::String asTable (const ParameterList& list)
 
 juce::String asMarkdown (const ParameterList& list)
 {
-    juce::String text = "# Parameters\n\n"
-                        "Every value is a position from 0 to 1; the texts are what a host and the window show. A choice is stored\n"
-                        "as the position in brackets. This page is made from the built module by\n"
-                        "`kestrin-host parameters --markdown`.\n\n"
-                        "| # | id | name | default | default position | range or choices (position) |\n"
-                        "|---|---|---|---|---|---|\n";
+    juce::String text =
+        "# Parameters\n\n"
+        "Every value is a position from 0 to 1; the texts are what a host and the window show. A choice is stored\n"
+        "as the position in brackets. This page is made from the built module by\n"
+        "`kestrin-host parameters --markdown`.\n\n"
+        "| # | id | name | default | default position | range or choices (position) |\n"
+        "|---|---|---|---|---|---|\n";
     int order = 0;
 
     for (const auto& parameter : list.all())

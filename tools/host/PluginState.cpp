@@ -116,7 +116,8 @@ void loadFile (juce::AudioPluginInstance& instance, const juce::File& file)
     if (const auto text = content.toString(); isSettings (text))
         return apply (instance, fromSettingsText (text));
 
-    throw HostError (file.getFullPathName() + ": holds no settings (wanted: a saved block, its XML text or a .vstpreset)");
+    throw HostError (file.getFullPathName()
+                     + ": holds no settings (wanted: a saved block, its XML text or a .vstpreset)");
 }
 
 juce::MemoryBlock contentForFile (juce::AudioPluginInstance& instance, const juce::File& file)

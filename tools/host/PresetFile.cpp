@@ -179,7 +179,8 @@ Written parse (const HostedModule& module, const juce::File& file)
     }
 
     if (written.purpose.isEmpty())
-        failInLine (file, juce::jmax (1, lines.size()), "a preset begins with a line for its name and one for its purpose");
+        failInLine (file, juce::jmax (1, lines.size()),
+                    "a preset begins with a line for its name and one for its purpose");
 
     return written;
 }

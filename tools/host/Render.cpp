@@ -27,7 +27,8 @@ void useChannels (juce::AudioPluginInstance& instance, int numChannels)
 class Prepared
 {
 public:
-    Prepared (juce::AudioPluginInstance& pluginInstance, double sampleRate, int largestBlock) : instance (pluginInstance)
+    Prepared (juce::AudioPluginInstance& pluginInstance, double sampleRate, int largestBlock)
+        : instance (pluginInstance)
     {
         instance.setNonRealtime (true);
         instance.prepareToPlay (sampleRate, largestBlock);

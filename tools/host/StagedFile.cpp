@@ -19,7 +19,10 @@ void requirePlainPlace (const juce::File& file)
     if (file.isDirectory())
         refuse (file, "it is a folder");
 
-    if (file.exists() && ! file.existsAsFile())
+    std::error_code error;
+    const auto kind = std::filesystem::status (file.getFullPathName().toStdString(), error).type();
+
+    if (kind != std::filesystem::file_type::not_found && kind != std::filesystem::file_type::regular)
         refuse (file, "it is not a plain file");
 
     if (! file.getParentDirectory().isDirectory())
@@ -28,9 +31,9 @@ void requirePlainPlace (const juce::File& file)
 } // namespace
 
 StagedFile::StagedFile (const juce::File& target)
-    : finalFile (target), hiddenFile (target.getParentDirectory().getChildFile (
-                              "." + target.getFileName() + "." + juce::String::toHexString (juce::Random().nextInt())
-                              + ".partial"))
+    : finalFile (target),
+      hiddenFile (target.getParentDirectory().getChildFile (
+          "." + target.getFileName() + "." + juce::String::toHexString (juce::Random().nextInt()) + ".partial"))
 {
     requirePlainPlace (finalFile);
 
@@ -65,7 +68,8 @@ void StagedFile::commit()
 {
     // The standard library's renaming replaces an older file in one step; JUCE's deletes it first.
     std::error_code error;
-    std::filesystem::rename (hiddenFile.getFullPathName().toStdString(), finalFile.getFullPathName().toStdString(), error);
+    std::filesystem::rename (hiddenFile.getFullPathName().toStdString(), finalFile.getFullPathName().toStdString(),
+                             error);
 
     if (error)
         refuse (finalFile, error.message());

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "PrivateDisplay.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <string>
+
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "HostError.h"
+
+namespace
+{
+/** Room for the window at four times its size. */
+const char* const screenSize = "2560x2560x24";
+constexpr int startTimeoutMs = 10000;
+
+[[noreturn]] void becomeServer (int numberPipe)
+{
+    // Whatever becomes of this program, no server is left behind.
+    prctl (PR_SET_PDEATHSIG, SIGTERM);
+
+    const auto pipeText = std::to_string (numberPipe);
+    std::freopen ("/dev/null", "w", stderr);
+    execlp ("Xvfb", "Xvfb", "-displayfd", pipeText.c_str(), "-screen", "0", screenSize, "-nolisten", "tcp", "-noreset",
+            static_cast<char*> (nullptr));
+    _exit (127);
+}
+
+/** The server chooses a free number itself and says which as soon as it takes connections. */
+std::string readNumber (int numberPipe)
+{
+    std::string number;
+    pollfd waiting { numberPipe, POLLIN, 0 };
+    char character = 0;
+
+    while (poll (&waiting, 1, startTimeoutMs) == 1 && read (numberPipe, &character, 1) == 1 && character != '\n')
+        number += character;
+
+    return number;
+}
+} // namespace
+
+PrivateDisplay::PrivateDisplay()
+{
+    if (const auto* existing = std::getenv ("DISPLAY"); existing != nullptr && *existing != '\0')
+        return;
+
+    int ends[2] {};
+
+    if (pipe (ends) != 0)
+        throw HostError ("cannot start a display: no pipe");
+
+    server = fork();
+
+    if (server == 0)
+    {
+        close (ends[0]);
+        becomeServer (ends[1]);
+    }
+
+    close (ends[1]);
+    const auto number = server > 0 ? readNumber (ends[0]) : std::string();
+    close (ends[0]);
+
+    if (number.empty())
+        throw HostError ("there is no display, and Xvfb does not start: install Debian's xvfb, or set DISPLAY");
+
+    setenv ("DISPLAY", (":" + number).c_str(), 1);
+}
+
+PrivateDisplay::~PrivateDisplay()
+{
+    if (server <= 0)
+        return;
+
+    kill (server, SIGTERM);
+    waitpid (server, nullptr, 0);
+}

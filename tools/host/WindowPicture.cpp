@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "WindowPicture.h"
+
+#include <cmath>
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include "HostError.h"
+#include "Interrupt.h"
+#include "StagedFile.h"
+#include "XDisplay.h"
+
+namespace windowPicture
+{
+namespace
+{
+/** A window polls its processor 30 times per second: this is a dozen polls. */
+constexpr int settleTimeMs = 400;
+
+/** The middle of the toggles that open the columns, and the width of the window without columns; all at scale 1. */
+constexpr juce::Point<int> lfosToggle { 17, 529 };
+constexpr juce::Point<int> frequencerToggle { 144, 529 };
+constexpr int narrowWidth = 266;
+
+void letMessagesRun (int milliseconds)
+{
+    interrupt::throwIfRequested();
+    juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds);
+}
+
+/** A second of silence while the song plays up to the wanted position: what the window shows of the engine is the trace
+    of audio that has passed. */
+void playSilence (juce::AudioPluginInstance& instance, const Transport::Settings& settings)
+{
+    constexpr double sampleRate = 48000.0;
+    constexpr int blockSize = 480, numBlocks = 100;
+
+    auto earlier = settings;
+    earlier.startBeat -= settings.tempo / 60.0 * (blockSize * (numBlocks - 1)) / sampleRate;
+    Transport transport (earlier, sampleRate);
+    juce::AudioBuffer<float> silence (instance.getTotalNumInputChannels(), blockSize);
+    juce::MidiBuffer noMessages;
+
+    instance.setPlayHead (&transport);
+    instance.prepareToPlay (sampleRate, blockSize);
+
+    for (int block = 0; block < numBlocks; ++block)
+    {
+        silence.clear();
+        transport.moveTo ((juce::int64) block * blockSize);
+        instance.processBlock (silence, noMessages);
+        noMessages.clear();
+    }
+
+    instance.releaseResources();
+    instance.setPlayHead (nullptr);
+}
+
+class EditorWindow
+{
+public:
+    EditorWindow (juce::AudioPluginInstance& instance, double scale) : editor (instance.createEditorIfNeeded())
+    {
+        if (editor == nullptr)
+            throw HostError ("the module has no window");
+
+        editor->setTopLeftPosition (0, 0);
+        editor->addToDesktop (0);
+        editor->setVisible (true);
+        letMessagesRun (settleTimeMs);
+        editor->setScaleFactor ((float) scale);
+        letMessagesRun (settleTimeMs);
+    }
+
+    [[nodiscard]] XDisplay::WindowId id() const
+    {
+        return reinterpret_cast<XDisplay::WindowId> (editor->getPeer()->getNativeHandle());
+    }
+
+    [[nodiscard]] int width() const { return editor->getWidth(); }
+
+private:
+    std::unique_ptr<juce::AudioProcessorEditor> editor;
+};
+
+/** A click on the toggle of columns that are open closes them: then it takes a second one. */
+void open (Columns columns, const EditorWindow& window, const XDisplay& display, double scale)
+{
+    const auto toggle = columns == Columns::lfos ? lfosToggle : frequencerToggle;
+    const auto place = (toggle.toDouble() * scale).roundToInt();
+
+    for (int attempt = 0; attempt < 2; ++attempt)
+    {
+        display.click (window.id(), place.x, place.y);
+        letMessagesRun (settleTimeMs);
+
+        if (window.width() > std::lround (narrowWidth * scale))
+            return;
+    }
+
+    throw HostError ("the window did not open the columns");
+}
+
+void writePng (const XDisplay::Pixels& pixels, const juce::File& file)
+{
+    if (pixels.colours.empty())
+        throw HostError ("the display gives no picture of the window");
+
+    juce::Image image (juce::Image::RGB, pixels.width, pixels.height, false, juce::SoftwareImageType());
+    auto colour = pixels.colours.begin();
+
+    for (int y = 0; y < pixels.height; ++y)
+        for (int x = 0; x < pixels.width; ++x)
+            image.setPixelAt (x, y, juce::Colour (0xff000000 | *colour++));
+
+    StagedFile staged (file);
+
+    if (auto stream = staged.open(); ! juce::PNGImageFormat().writeImageToStream (image, *stream))
+        throw HostError ("cannot write " + file.getFullPathName());
+
+    staged.commit();
+}
+} // namespace
+
+void take (HostedModule& module, const Job& job)
+{
+    const XDisplay display;
+
+    if (! display.connected())
+        throw HostError ("the display " + juce::SystemStats::getEnvironmentVariable ("DISPLAY", {})
+                         + " cannot be reached");
+
+    playSilence (module.instance(), job.transport);
+    const EditorWindow window (module.instance(), job.scale);
+
+    if (job.columns != Columns::asTheModuleChooses)
+        open (job.columns, window, display, job.scale);
+
+    writePng (display.picture (window.id()), job.output);
+}
+} // namespace windowPicture
