@@ -24,23 +24,6 @@ bool sameBits (Value a, Value b)
         return a == b;
     }
 }
-template <typename Pair>
-double leftOf (const Pair& pair)
-{
-    if constexpr (requires { pair.left(); })
-        return pair.left();
-    else
-        return pair[0];
-}
-
-template <typename Pair>
-double rightOf (const Pair& pair)
-{
-    if constexpr (requires { pair.right(); })
-        return pair.right();
-    else
-        return pair[1];
-}
 } // namespace
 
 //======================================================================================================================
@@ -267,8 +250,8 @@ void DuoPlayer::same (const char* name, Value ours, Value theirs, int index, int
 
 void DuoPlayer::samePair (const char* name, const StereoPair& ours, double theirLeft, double theirRight, int index)
 {
-    same (name, leftOf (ours), theirLeft, index, 0);
-    same (name, rightOf (ours), theirRight, index, 1);
+    same (name, ours.left(), theirLeft, index, 0);
+    same (name, ours.right(), theirRight, index, 1);
 }
 
 void DuoPlayer::compareFields()
@@ -405,8 +388,8 @@ void DuoPlayer::comparePeak (const char* name, const ResonancePeak& ours, const 
     same ("a0", ours.a0, theirs.a0);
     same ("a1", ours.a1, theirs.a1);
     same ("a2", ours.a2, theirs.a2);
-    samePair ("input1", ours.input1, theirs.input1Left, theirs.input1Right);
-    samePair ("input2", ours.input2, theirs.input2Left, theirs.input2Right);
-    samePair ("output1", ours.output1, theirs.output1Left, theirs.output1Right);
-    samePair ("output2", ours.output2, theirs.output2Left, theirs.output2Right);
+    samePair ("input1", ours.delayLine.input1, theirs.input1Left, theirs.input1Right);
+    samePair ("input2", ours.delayLine.input2, theirs.input2Left, theirs.input2Right);
+    samePair ("output1", ours.delayLine.output1, theirs.output1Left, theirs.output1Right);
+    samePair ("output2", ours.delayLine.output2, theirs.output2Left, theirs.output2Right);
 }
