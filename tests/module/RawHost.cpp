@@ -159,7 +159,7 @@ void Context::runMessages (int milliseconds)
 tresult Stream::queryInterface (const TUID wanted, void** object)
 {
     return isOneOf (wanted, { &IBStream_iid, &FUnknown_iid }) ? give (static_cast<IBStream*> (this), object)
-                                                           : giveNothing (object);
+                                                              : giveNothing (object);
 }
 
 tresult Stream::read (void* buffer, int32 numBytes, int32* numRead)
@@ -242,13 +242,13 @@ Module::Module (const std::string& library) : handle (dlopen (library.c_str(), R
         throw std::runtime_error (dlerror());
 
     symbol<bool (*) (void*)> (handle, "ModuleEntry") (handle);
-    factory = IPtr<IPluginFactory> (symbol<IPluginFactory* (*)()> (handle, "GetPluginFactory") (), false);
+    factory = IPtr<IPluginFactory> (symbol<IPluginFactory* (*) ()> (handle, "GetPluginFactory")(), false);
 }
 
 Module::~Module()
 {
     factory = nullptr;
-    symbol<bool (*)()> (handle, "ModuleExit") ();
+    symbol<bool (*)()> (handle, "ModuleExit")();
     dlclose (handle);
 }
 
@@ -291,6 +291,8 @@ Instance::Instance (const Module& module, Context& context)
     controller->setComponentHandler (&context);
     connect (*component, *controller);
     connect (*controller, *component);
+    component->activateBus (vst::kAudio, vst::kInput, 0, true);
+    component->activateBus (vst::kAudio, vst::kOutput, 0, true);
 }
 
 Instance::~Instance()

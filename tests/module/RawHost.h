@@ -77,8 +77,10 @@ public:
     Steinberg::uint32 PLUGIN_API release() override { return 1; }
 
     Steinberg::tresult PLUGIN_API read (void* buffer, Steinberg::int32 numBytes, Steinberg::int32* numRead) override;
-    Steinberg::tresult PLUGIN_API write (void* buffer, Steinberg::int32 numBytes, Steinberg::int32* numWritten) override;
-    Steinberg::tresult PLUGIN_API seek (Steinberg::int64 offset, Steinberg::int32 mode, Steinberg::int64* result) override;
+    Steinberg::tresult PLUGIN_API write (void* buffer, Steinberg::int32 numBytes,
+                                         Steinberg::int32* numWritten) override;
+    Steinberg::tresult PLUGIN_API seek (Steinberg::int64 offset, Steinberg::int32 mode,
+                                        Steinberg::int64* result) override;
     Steinberg::tresult PLUGIN_API tell (Steinberg::int64* result) override;
 
     std::string bytes;
