@@ -20,7 +20,8 @@ inline void requireValuesInRange (const juce::AudioProcessor& processor)
 {
     juce::MemoryBlock block;
     processor.getStateInformation (block);
-    const auto text = juce::String::fromUTF8 (static_cast<const char*> (block.getData()) + 8, (int) block.getSize() - 9);
+    const auto text =
+        juce::String::fromUTF8 (static_cast<const char*> (block.getData()) + 8, (int) block.getSize() - 9);
     const auto settings = juce::parseXML (text);
     require (settings != nullptr, "what is saved is XML");
 

@@ -61,14 +61,30 @@ public:
         {
             case 0:
             case 1:
-            case 2: processNoise (script); break;
-            case 3: processNumbers (script); break;
-            case 4: setParameter (script); break;
-            case 5: setSampleRate (script); break;
-            case 6: setTransport (script); break;
-            case 7: setLayout (script); break;
-            case 8: saveAndLoad (script); break;
-            default: editorAsks (script); break;
+            case 2:
+                processNoise (script);
+                break;
+            case 3:
+                processNumbers (script);
+                break;
+            case 4:
+                setParameter (script);
+                break;
+            case 5:
+                setSampleRate (script);
+                break;
+            case 6:
+                setTransport (script);
+                break;
+            case 7:
+                setLayout (script);
+                break;
+            case 8:
+                saveAndLoad (script);
+                break;
+            default:
+                editorAsks (script);
+                break;
         }
 
         fuzzedProcessor::requireValuesInRange (processor);
