@@ -134,16 +134,38 @@ struct MovingCoefficients
     std::array<const double*, maxRowSections> gain, feedback1, feedback2;
 };
 
+/** Where a row takes its frames from or leaves them: frames that have been widened, or samples. */
+struct PairsOfRow
+{
+    [[nodiscard]] StereoPair load (std::size_t frame) const noexcept { return pairs[frame]; }
+    void store (std::size_t frame, StereoPair x) const noexcept { pairs[frame] = x; }
+
+    StereoPair* pairs;
+};
+
+struct SamplesOfRow
+{
+    [[nodiscard]] StereoPair load (std::size_t frame) const noexcept
+    {
+        return StereoPair::widened (left[frame], right[frame]);
+    }
+
+    void store (std::size_t frame, StereoPair x) const noexcept { x.narrowTo (left[frame], right[frame]); }
+
+    float* left;
+    float* right;
+};
+
 /** A row of sections, of one filter or of two in series, on its way through a run of frames. The coefficients stay where
     they are: the registers are for the delay lines, which every frame waits for. */
-template <typename Coefficients, std::size_t numSections>
+template <typename Coefficients, std::size_t numSections, typename Source, typename Sink>
 class SectionRow
 {
 public:
     template <std::size_t... i>
-    SectionRow (std::span<const SectionOfRow> row, const Coefficients& rowCoefficients, FrameRun frameRun,
-                std::index_sequence<i...>) noexcept
-        : coefficients (rowCoefficients), frames (frameRun.data()),
+    SectionRow (std::span<const SectionOfRow> row, const Coefficients& rowCoefficients, Source rowSource,
+                PairsOfRow between, Sink rowSink, std::index_sequence<i...>) noexcept
+        : coefficients (rowCoefficients), source (rowSource), frames (between), sink (rowSink),
           middle { StereoPair::both (row[i].filter->numeratorMiddle)... }, w1 { row[i].filter->w1[row[i].index]... },
           w2 { row[i].filter->w2[row[i].index]... }
     {
@@ -152,7 +174,13 @@ public:
     template <std::size_t i>
     void run (std::size_t frame) noexcept
     {
-        frames[frame] = coefficients.run (i, frame, w1[i], w2[i], middle[i], frames[frame]);
+        const auto x = loadFor<i> (frame);
+        const auto y = coefficients.run (i, frame, w1[i], w2[i], middle[i], x);
+
+        if constexpr (i + 1 == numSections)
+            sink.store (frame, y);
+        else
+            frames.store (frame, y);
     }
 
     template <std::size_t... i>
@@ -163,19 +191,31 @@ public:
     }
 
 private:
+    template <std::size_t i>
+    [[nodiscard]] StereoPair loadFor (std::size_t frame) const noexcept
+    {
+        if constexpr (i == 0)
+            return source.load (frame);
+        else
+            return frames.load (frame);
+    }
+
     const Coefficients& coefficients;
-    StereoPair* const frames;
+    const Source source;
+    const PairsOfRow frames;
+    const Sink sink;
     const std::array<StereoPair, numSections> middle;
     std::array<StereoPair, numSections> w1, w2;
 };
 
-template <typename Coefficients, std::size_t numSections>
-void runRow (std::span<const SectionOfRow> row, const Coefficients& coefficients, FrameRun frames) noexcept
+template <typename Coefficients, typename Source, typename Sink, std::size_t numSections>
+void runRow (std::span<const SectionOfRow> row, const Coefficients& coefficients, Source source, PairsOfRow between,
+             Sink sink, std::size_t numFrames) noexcept
 {
     constexpr auto all = std::make_index_sequence<numSections> {};
 
-    SectionRow<Coefficients, numSections> stages (row, coefficients, frames, all);
-    runSkewed<numSections> (frames.size(), stages);
+    SectionRow<Coefficients, numSections, Source, Sink> stages (row, coefficients, source, between, sink, all);
+    runSkewed<numSections> (numFrames, stages);
     stages.storeDelayLines (row, all);
 }
 
@@ -192,18 +232,43 @@ public:
     template <typename Coefficients>
     void run (FrameRun frames) const noexcept
     {
-        static constexpr std::array runners { runRow<Coefficients, 1>, runRow<Coefficients, 2>, runRow<Coefficients, 3>,
-                                              runRow<Coefficients, 4> };
-        static_assert (runners.size() == maxRowSections);
+        const PairsOfRow pairs { frames.data() };
 
         for (std::size_t first = 0; first < size; first += maxRowSections)
-        {
-            const auto row = std::span<const SectionOfRow> (sections).subspan (first, std::min (maxRowSections, size - first));
-            runners[row.size() - 1](row, Coefficients (row), frames);
-        }
+            runPart<Coefficients> (first, std::min (maxRowSections, size - first), pairs, pairs, pairs, frames.size());
     }
 
+    /** Runs at least one section. */
+    void run (SampleRun samples) const noexcept
+    {
+        std::array<StereoPair, maxRunFrames> storage;
+        const PairsOfRow between { storage.data() };
+        const SamplesOfRow ends { samples.left, samples.right };
+
+        if (size <= maxRowSections)
+            return runPart<FixedCoefficients> (0, size, ends, between, ends, samples.size);
+
+        runPart<FixedCoefficients> (0, size / 2, ends, between, between, samples.size);
+        runPart<FixedCoefficients> (size / 2, size - size / 2, between, between, ends, samples.size);
+    }
+
+    [[nodiscard]] bool isEmpty() const noexcept { return size == 0; }
+
 private:
+    template <typename Coefficients, typename Source, typename Sink>
+    void runPart (std::size_t first, std::size_t count, Source source, PairsOfRow between, Sink sink,
+                  std::size_t numFrames) const noexcept
+    {
+        static constexpr std::array runners {
+            runRow<Coefficients, Source, Sink, 1>, runRow<Coefficients, Source, Sink, 2>,
+            runRow<Coefficients, Source, Sink, 3>, runRow<Coefficients, Source, Sink, 4>
+        };
+        static_assert (runners.size() == maxRowSections);
+
+        const auto row = std::span<const SectionOfRow> (sections).subspan (first, count);
+        runners[count - 1](row, Coefficients (row), source, between, sink, numFrames);
+    }
+
     std::array<SectionOfRow, 2 * ButterworthFilter::maxSectionsOfRun> sections;
     std::size_t size = 0;
 };
@@ -336,6 +401,23 @@ void ButterworthFilter::processRun (ButterworthFilter& first, ButterworthFilter&
     first.processFirstOrder (frames);
     row.run<FixedCoefficients> (frames);
     second.processFirstOrder (frames);
+}
+
+void ButterworthFilter::processRun (ButterworthFilter& first, ButterworthFilter& second, SampleRun samples) noexcept
+{
+    Row row;
+    row.add (first, nullptr);
+    row.add (second, nullptr);
+
+    if (! row.isEmpty() && ! first.hasFirstOrderSection && ! second.hasFirstOrderSection)
+        return row.run (samples);
+
+    std::array<StereoPair, maxRunFrames> storage;
+    const auto frames = FrameRun (storage).first (samples.size);
+
+    widen (samples.left, samples.right, frames);
+    processRun (first, second, frames);
+    narrow (frames, samples.left, samples.right);
 }
 
 void ButterworthFilter::processRun (ButterworthFilter& first, const Series& firstSeries, ButterworthFilter& second,

@@ -52,6 +52,9 @@ public:
     /** Runs frames through a highpass and then a lowpass as they are designed, in place. */
     static void processRun (ButterworthFilter& first, ButterworthFilter& second, FrameRun frames) noexcept;
 
+    /** The same straight on the samples, of which there may be maxRunFrames: the conversion overlaps with the filters. */
+    static void processRun (ButterworthFilter& first, ButterworthFilter& second, SampleRun samples) noexcept;
+
     /** The same with coefficients of each frame's own. */
     static void processRun (ButterworthFilter& first, const Series& firstSeries, ButterworthFilter& second,
                             const Series& secondSeries, FrameRun frames) noexcept;

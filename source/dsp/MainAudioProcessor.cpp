@@ -528,10 +528,9 @@ void MainAudioProcessor::decideWhetherToStayAwake (const Tick& tick) noexcept
 
 std::pair<float, float> MainAudioProcessor::processFrame (float left, float right)
 {
-    StereoPair frame ((double) left, (double) right);
     watchParameters();
-    runFilters (FrameRun (&frame, 1));
-    return { (float) frame.left(), (float) frame.right() };
+    runFilters (SampleRun { &left, &right, 1 });
+    return { left, right };
 }
 
 void MainAudioProcessor::watchParameters() noexcept
@@ -542,33 +541,47 @@ void MainAudioProcessor::watchParameters() noexcept
         requestControlUpdate();
 }
 
-void MainAudioProcessor::runFilters (FrameRun frames) noexcept
+void MainAudioProcessor::runFilters (SampleRun samples) noexcept
 {
     // An index above the two texts runs no filter at all, though the tick keeps designing for it.
     switch (parameters.filtMode->getChoiceIndex())
     {
         case butterworthMode:
-            runButterworth (frames);
+            runButterworth (samples);
             break;
         case ladderMode:
-            hpLadder->processRun (frames);
-            lpLadder->processRun (frames);
+            runLadder (samples);
             break;
         default:
             break;
     }
 }
 
-void MainAudioProcessor::runButterworth (FrameRun frames) noexcept
+void MainAudioProcessor::runLadder (SampleRun samples) noexcept
+{
+    std::array<StereoPair, maxRunFrames> storage;
+    const auto frames = FrameRun (storage).first (samples.size);
+
+    widen (samples.left, samples.right, frames);
+    hpLadder->processRun (frames);
+    lpLadder->processRun (frames);
+    narrow (frames, samples.left, samples.right);
+}
+
+void MainAudioProcessor::runButterworth (SampleRun samples) noexcept
 {
     const auto hpResonates = hpResonance > resonanceThreshold && hpPoles > 0;
     const auto lpResonates = lpResonance > resonanceThreshold && lpPoles > 0;
 
     if (! hpResonates && ! lpResonates)
-        return ButterworthFilter::processRun (*hpFilter, *lpFilter, frames);
+        return ButterworthFilter::processRun (*hpFilter, *lpFilter, samples);
 
+    std::array<StereoPair, maxRunFrames> storage;
     std::array<float, maxRunFrames> amounts;
-    const auto amount = std::span<const float> (amounts).first (frames.size());
+    const auto frames = FrameRun (storage).first (samples.size);
+    const auto amount = std::span<const float> (amounts).first (samples.size);
+
+    widen (samples.left, samples.right, frames);
 
     // The highpass resonance is taken behind its filter, the lowpass resonance before its own: part of the sound.
     hpFilter->processRun (frames);
@@ -586,6 +599,7 @@ void MainAudioProcessor::runButterworth (FrameRun frames) noexcept
     }
 
     lpFilter->processRun (frames);
+    narrow (frames, samples.left, samples.right);
 }
 
 /** What has to stay the same for ticks to be gathered: everything that decides which filters run and with which order. */
@@ -623,21 +637,15 @@ struct MainAudioProcessor::TickSeries
 
 void MainAudioProcessor::processFrames (float* left, float* right, int numFrames)
 {
-    std::array<StereoPair, maxRunFrames> storage;
-    const auto count = (size_t) numFrames;
-    auto frames = FrameRun (storage).first (count);
+    SampleRun samples { left, right, (size_t) numFrames };
 
-    widen (left, right, frames);
-
-    while (! frames.empty())
-        frames = frames.subspan (isControlUpdateDue() ? processAwake (frames) : processAsleep (frames));
-
-    narrow (FrameRun (storage).first (count), left, right);
+    while (samples.size > 0)
+        samples = samples.after (isControlUpdateDue() ? processAwake (samples) : processAsleep (samples));
 }
 
-size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
+size_t MainAudioProcessor::processAsleep (SampleRun samples) noexcept
 {
-    const auto limit = std::min (frames.size(), (size_t) framesUntilClockedUpdate());
+    const auto limit = std::min (samples.size, (size_t) framesUntilClockedUpdate());
 
     // The watch of every frame, in as few instructions as it can be: values of the same bits have not moved, but for a NaN,
     // which always has. Other bits end the run, and watchParameters says whether anything has moved.
@@ -654,31 +662,34 @@ size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
     const auto lpFreq = watch (*parameters.lpFreq);
     const auto hpReso = watch (*parameters.hpReso);
     const auto lpReso = watch (*parameters.lpReso);
-    const std::pair filtMode { parameters.filtMode, std::bit_cast<std::uint32_t> (parameters.filtMode->get()) };
 
     size_t count = 1;
 
-    while (count < limit && isSame (hpFreq) && isSame (lpFreq) && isSame (hpReso) && isSame (lpReso)
-           && isSame (filtMode))
+    while (count < limit && isSame (hpFreq) && isSame (lpFreq) && isSame (hpReso) && isSame (lpReso))
         ++count;
 
     skipClock ((int) count);
     watchParameters();
-    runFilters (frames.first (count));
+    runFilters (samples.first (count));
     return count;
 }
 
-size_t MainAudioProcessor::processAwake (FrameRun frames)
+size_t MainAudioProcessor::processAwake (SampleRun samples)
 {
     TickSeries ticks;
-    gatherTicks (ticks, std::min (frames.size(), maxDesigns));
+    gatherTicks (ticks, std::min (samples.size, maxDesigns));
     mapSlews (ticks);
 
-    if (ticks.filtMode == ladderMode)
-        runLadder (ticks, frames.first (ticks.size));
-    else
-        runButterworth (ticks, frames.first (ticks.size));
+    std::array<StereoPair, maxDesigns> storage;
+    const auto frames = FrameRun (storage).first (ticks.size);
+    widen (samples.left, samples.right, frames);
 
+    if (ticks.filtMode == ladderMode)
+        runLadder (ticks, frames);
+    else
+        runButterworth (ticks, frames);
+
+    narrow (frames, samples.left, samples.right);
     return ticks.size;
 }
 

@@ -120,13 +120,14 @@ private:
     inline void watchParameters() noexcept;
 
     // Frames taken together: what the tick and the frame do, in another order.
-    [[nodiscard]] std::size_t processAsleep (FrameRun frames) noexcept;
-    [[nodiscard]] std::size_t processAwake (FrameRun frames);
+    [[nodiscard]] std::size_t processAsleep (SampleRun samples) noexcept;
+    [[nodiscard]] std::size_t processAwake (SampleRun samples);
     [[nodiscard]] Structure readStructure() const noexcept;
     void gatherTicks (TickSeries& ticks, std::size_t maxTicks);
     void mapSlews (TickSeries& ticks) noexcept;
-    void runFilters (FrameRun frames) noexcept;
-    void runButterworth (FrameRun frames) noexcept;
+    void runFilters (SampleRun samples) noexcept;
+    void runButterworth (SampleRun samples) noexcept;
+    void runLadder (SampleRun samples) noexcept;
     void runButterworth (const TickSeries& ticks, FrameRun frames) noexcept;
     void runButterworth (const TickSeries& ticks, std::size_t first, std::size_t count, bool isHeard,
                          FrameRun frames) noexcept;
