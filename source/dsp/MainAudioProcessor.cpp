@@ -308,15 +308,15 @@ void MainAudioProcessor::evaluateFrequencer (Tick& tick) noexcept
 
 bool MainAudioProcessor::isFrequencerCentred() const noexcept
 {
-    // Compared as bits, which is the quickest: this is asked at every tick, and mostly answered with yes.
+    // Compared as bits and all at once, which is the quickest: this is asked at every tick, and mostly answered with yes.
     constexpr auto centre = std::bit_cast<std::uint32_t> (0.5f);
+    std::uint32_t difference = 0;
 
     for (size_t j = 0; j < frequencer::numSteps; ++j)
-        if (std::bit_cast<std::uint32_t> (parameters.seqHpf[j]->get()) != centre
-            || std::bit_cast<std::uint32_t> (parameters.seqLpf[j]->get()) != centre)
-            return false;
+        difference |= (std::bit_cast<std::uint32_t> (parameters.seqHpf[j]->get()) ^ centre)
+                      | (std::bit_cast<std::uint32_t> (parameters.seqLpf[j]->get()) ^ centre);
 
-    return true;
+    return difference == 0;
 }
 
 void MainAudioProcessor::showSteps (std::bitset<frequencer::numSteps> steps) noexcept
