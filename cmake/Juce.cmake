@@ -35,7 +35,7 @@ function (kestrin_choose_juce_tree)
         set (choice "scripts/setup")
     else()
         include (FetchContent)
-        message (STATUS "Fetching JUCE ${kestrinJuceVersion} from upstream")
+        message (STATUS "Fetching JUCE ${kestrinJuceVersion} from upstream (with no way there, run scripts/setup or set KESTRIN_JUCE_DIR)")
 
         # A SOURCE_SUBDIR that does not exist: only fetch. Added below by hand, the tree stays out of "all" and "install".
         FetchContent_Declare (JUCE
@@ -111,5 +111,4 @@ set (kestrinJuceDefinitions
     JUCE_USE_FLAC=0
     JUCE_USE_OGGVORBIS=0
     JUCE_STRICT_REFCOUNTEDPOINTER=1
-    JUCE_DISPLAY_SPLASH_SCREEN=0
     JUCE_MODAL_LOOPS_PERMITTED=0)

@@ -212,8 +212,8 @@ public:
         constexpr std::size_t enough = 4;
 
         for (std::size_t first = 0; first < size; first += enough)
-            runRow<Coefficients> (std::span<const SectionOfRow> (sections).subspan (first, std::min (enough, size - first)),
-                                  frames);
+            runRow<Coefficients> (
+                std::span<const SectionOfRow> (sections).subspan (first, std::min (enough, size - first)), frames);
     }
 
 private:
@@ -277,7 +277,7 @@ void ButterworthFilter::designSeries (unsigned order, bool highpass, std::span<c
 {
     setOrder (order, highpass, newSampleRate);
 
-    std::array<double, maxRunFrames> a;
+    std::array<double, maxDesigns> a;
 
     for (std::size_t frame = 0; frame < cutoffs.size(); ++frame)
         a[frame] = std::tan (limitCutoff ((double) cutoffs[frame], newSampleRate) * pi / newSampleRate);

@@ -27,7 +27,7 @@ public:
     /** The coefficients of a run of frames, one design per frame. */
     struct Series
     {
-        using Values = std::array<double, maxRunFrames>;
+        using Values = std::array<double, maxDesigns>;
 
         std::array<Values, maxSectionsOfRun> sectionGain, feedback1, feedback2;
         Values firstOrderForward, firstOrderFeedback;
@@ -42,7 +42,7 @@ public:
     void design (unsigned order, bool highpass, double cutoff, double newSampleRate) noexcept;
 
     /** Designs once for each frame of a run, as so many calls of design would, and leaves the last design in force.
-        @param cutoffs  Hz, at most maxRunFrames of them and at least one */
+        @param cutoffs  Hz, at most maxDesigns of them and at least one */
     void designSeries (unsigned order, bool highpass, std::span<const float> cutoffs, double newSampleRate,
                        Series& series) noexcept;
 

@@ -2,6 +2,7 @@
 #include "MainAudioProcessor.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 
@@ -43,7 +44,10 @@ enum SyncMode
     tempoSync = 3
 };
 
-[[nodiscard]] float bipolar (const ParameterSet::Parameter& parameter) noexcept { return parameter.get() * 2.0f - 1.0f; }
+[[nodiscard]] float bipolar (const ParameterSet::Parameter& parameter) noexcept
+{
+    return parameter.get() * 2.0f - 1.0f;
+}
 
 [[nodiscard]] float square (float x) noexcept { return x * x; }
 
@@ -99,12 +103,9 @@ MainAudioProcessor::MainAudioProcessor()
                                  .withOutput ("Output", juce::AudioChannelSet::stereo(), true)),
       barLengths (parameterTable::barLengths.begin(), parameterTable::barLengths.end()),
       barLabels (parameterTable::barTexts.begin(), parameterTable::barTexts.end()),
-      hpFilter (std::make_unique<ButterworthFilter>()),
-      lpFilter (std::make_unique<ButterworthFilter>()),
-      hpLadder (std::make_unique<GrungeLadder>()),
-      lpLadder (std::make_unique<GrungeLadder>()),
-      hpResonator (std::make_unique<ResonancePeak>()),
-      lpResonator (std::make_unique<ResonancePeak>()),
+      hpFilter (std::make_unique<ButterworthFilter>()), lpFilter (std::make_unique<ButterworthFilter>()),
+      hpLadder (std::make_unique<GrungeLadder>()), lpLadder (std::make_unique<GrungeLadder>()),
+      hpResonator (std::make_unique<ResonancePeak>()), lpResonator (std::make_unique<ResonancePeak>()),
       parameters (*this)
 {
     requestControlUpdate();
@@ -116,8 +117,6 @@ const juce::String MainAudioProcessor::getName() const { return pluginIdentity::
 
 // The rate is not taken here: every tick reads it from the host.
 void MainAudioProcessor::prepareToPlay (double, int) { requestControlUpdate(); }
-
-juce::AudioProcessorEditor* MainAudioProcessor::createEditor() { return new juce::GenericAudioProcessorEditor (*this); }
 
 void MainAudioProcessor::setCurrentProgram (int) { requestControlUpdate(); }
 
@@ -257,7 +256,9 @@ void MainAudioProcessor::setSlopes() noexcept
     };
 
     // By choice index; whatever lies above the texts is a bypass like index 0.
-    static constexpr std::array<Slope, 5> slopes { { { 0, 3.0f }, { 1, 2.0f }, { 2, 1.25f }, { 4, 0.707f }, { 8, 0.5f } } };
+    static constexpr std::array<Slope, 5> slopes {
+        { { 0, 3.0f }, { 1, 2.0f }, { 2, 1.25f }, { 4, 0.707f }, { 8, 0.5f } }
+    };
 
     const auto slopeOf = [] (const ParameterSet::Parameter& mode)
     {
@@ -288,7 +289,10 @@ void MainAudioProcessor::evaluateFrequencer (Tick& tick) noexcept
     }
 
     const auto result = frequencer::evaluate (tick.ppq, shiftBeats, offsets);
-    stepLit = result.stepLit;
+
+    for (size_t j = 0; j < stepLit.size(); ++j)
+        stepLit[j] = result.stepLit[j];
+
     tick.hpMod = result.highpass;
     tick.lpMod = result.lowpass;
     tick.active = tick.active || result.active;
@@ -377,7 +381,8 @@ void MainAudioProcessor::configureLfo (Tick& tick, size_t i, float frequency, fl
             lockLfosToBars (tick, 16.0f);
             break;
         default:
-            lfo[i].setRate (tick.lfoShape[i] < firstUnnamedSine ? tick.lfoShape[i] : LfoGenerator::sine, rate, frequency);
+            lfo[i].setRate (tick.lfoShape[i] < firstUnnamedSine ? tick.lfoShape[i] : LfoGenerator::sine, rate,
+                            frequency);
     }
 }
 
@@ -566,9 +571,10 @@ MainAudioProcessor::Structure MainAudioProcessor::readStructure() const noexcept
 /** What consecutive ticks have left, one entry per tick and frame. */
 struct MainAudioProcessor::TickSeries
 {
-    using Values = std::array<float, maxRunFrames>;
+    using Values = std::array<float, maxDesigns>;
 
-    [[nodiscard]] static std::span<const float> part (const Values& values, std::size_t first, std::size_t count) noexcept
+    [[nodiscard]] static std::span<const float> part (const Values& values, std::size_t first,
+                                                      std::size_t count) noexcept
     {
         return std::span<const float> (values).subspan (first, count);
     }
@@ -587,35 +593,39 @@ void MainAudioProcessor::processFrames (float* left, float* right, int numFrames
     const auto count = (size_t) numFrames;
     auto frames = FrameRun (storage).first (count);
 
-    for (size_t i = 0; i < count; ++i)
-        storage[i] = StereoPair::widened (left[i], right[i]);
+    widen (left, right, frames);
 
     while (! frames.empty())
         frames = frames.subspan (isControlUpdateDue() ? processAwake (frames) : processAsleep (frames));
 
-    for (size_t i = 0; i < count; ++i)
-        storage[i].narrowTo (left[i], right[i]);
+    narrow (FrameRun (storage).first (count), left, right);
 }
 
 size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
 {
     const auto limit = std::min (frames.size(), (size_t) framesUntilClockedUpdate());
-    const auto filtMode = parameters.filtMode->get();
 
-    // The watch of every frame, with all that does not change kept at hand.
-    const auto isUnchanged = [&hpFreq = *parameters.hpFreq, &lpFreq = *parameters.lpFreq, &hpReso = *parameters.hpReso,
-                              &lpReso = *parameters.lpReso, lastHpFreq = parameters.hpFreq->lastSeenValue,
-                              lastLpFreq = parameters.lpFreq->lastSeenValue,
-                              lastHpReso = parameters.hpReso->lastSeenValue,
-                              lastLpReso = parameters.lpReso->lastSeenValue]
+    // The watch of every frame, in as few instructions as it can be: values of the same bits have not moved, but for a NaN,
+    // which always has. Other bits end the run, and watchParameters says whether anything has moved.
+    const auto watch = [] (const ParameterSet::Parameter& parameter)
     {
-        return hpFreq.get() == lastHpFreq && lpFreq.get() == lastLpFreq && hpReso.get() == lastHpReso
-               && lpReso.get() == lastLpReso;
+        const auto bits = std::bit_cast<std::uint32_t> (parameter.lastSeenValue);
+        return std::pair { &parameter, std::isnan (parameter.lastSeenValue) ? ~bits : bits };
     };
+
+    const auto isSame = [] (const auto& watched)
+    { return std::bit_cast<std::uint32_t> (watched.first->get()) == watched.second; };
+
+    const auto hpFreq = watch (*parameters.hpFreq);
+    const auto lpFreq = watch (*parameters.lpFreq);
+    const auto hpReso = watch (*parameters.hpReso);
+    const auto lpReso = watch (*parameters.lpReso);
+    const std::pair filtMode { parameters.filtMode, std::bit_cast<std::uint32_t> (parameters.filtMode->get()) };
 
     size_t count = 1;
 
-    while (isUnchanged() && count < limit && parameters.filtMode->get() == filtMode)
+    while (count < limit && isSame (hpFreq) && isSame (lpFreq) && isSame (hpReso) && isSame (lpReso)
+           && isSame (filtMode))
         ++count;
 
     skipClock ((int) count);
@@ -627,7 +637,7 @@ size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
 size_t MainAudioProcessor::processAwake (FrameRun frames)
 {
     TickSeries ticks;
-    gatherTicks (ticks, frames.size());
+    gatherTicks (ticks, std::min (frames.size(), maxDesigns));
     mapSlews (ticks);
 
     if (ticks.filtMode == ladderMode)
@@ -689,8 +699,7 @@ void MainAudioProcessor::runLadder (const TickSeries& ticks, FrameRun frames) no
 
 void MainAudioProcessor::runButterworth (const TickSeries& ticks, FrameRun frames) noexcept
 {
-    const auto resonates = [&] (size_t i)
-    {
+    const auto resonates = [&] (size_t i) {
         return std::pair { ticks.hpResonance[i] > resonanceThreshold, ticks.lpResonance[i] > resonanceThreshold };
     };
 
@@ -701,7 +710,8 @@ void MainAudioProcessor::runButterworth (const TickSeries& ticks, FrameRun frame
             ++end;
         while (end < ticks.size && resonates (end) == resonates (first));
 
-        runButterworth (ticks, first, end - first, ticks.filtMode == butterworthMode, frames.subspan (first, end - first));
+        runButterworth (ticks, first, end - first, ticks.filtMode == butterworthMode,
+                        frames.subspan (first, end - first));
     }
 }
 
@@ -710,7 +720,7 @@ void MainAudioProcessor::runButterworth (const TickSeries& ticks, size_t first, 
 {
     ButterworthFilter::Series hpSeries, lpSeries;
     ResonancePeak::Series hpPeakSeries, lpPeakSeries;
-    std::array<double, maxRunFrames> peakHz;
+    std::array<double, maxDesigns> peakHz;
 
     const auto hpHz = TickSeries::part (ticks.hpHz, first, count);
     const auto lpHz = TickSeries::part (ticks.lpHz, first, count);

@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "ButterworthFilter.h"
-#include "Frequencer.h"
 #include "frame/AudioProcessorKestrin.h"
 #include "FrameRun.h"
+#include "Frequencer.h"
 #include "GrungeLadder.h"
 #include "LfoGenerator.h"
 #include "parameters/ParameterSet.h"

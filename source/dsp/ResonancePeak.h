@@ -20,7 +20,7 @@ public:
     };
 
     /** The coefficients of a run of frames, one design per frame. */
-    using Series = std::array<Coefficients, maxRunFrames>;
+    using Series = std::array<Coefficients, maxDesigns>;
 
     /** Recomputes the coefficients if anything differs from the last design; the delay lines are kept.
         @param frequency  of the peak, Hz. Not limited: at half the rate and its multiples the coefficients may be
@@ -28,7 +28,7 @@ public:
     void design (double sampleRate, double frequency, double bandwidthOctaves) noexcept;
 
     /** Designs once for each frame of a run, as so many calls of design would.
-        @param frequencies  Hz, at most maxRunFrames of them */
+        @param frequencies  Hz, at most maxDesigns of them */
     void designSeries (double sampleRate, std::span<const double> frequencies, double bandwidthOctaves,
                        Series& series) noexcept;
 
@@ -52,7 +52,7 @@ public:
         StereoPair input1, input2, output1, output2;
     };
 
-    DelayLine delayLine;
+    DelayLine delayLine {};
     double designedRate = -1.0;
     double designedFrequency = -1.0;
     double designedGainDb = -1.0;

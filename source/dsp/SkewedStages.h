@@ -15,11 +15,15 @@ template <std::size_t numStages, typename Stages>
 void runSkewed (std::size_t numFrames, Stages& stages) noexcept
 {
     const auto runEach = [&]<std::size_t... i> (std::size_t turn, std::index_sequence<i...>)
-    { (stages.template run<i> (turn - i), ...); };
+    {
+        (stages.template run<i> (turn - i), ...);
+    };
 
     // At both ends some stages have no frame. A turn before a stage's first one wraps to a huge frame number.
     const auto runThoseWithAFrame = [&]<std::size_t... i> (std::size_t turn, std::index_sequence<i...>)
-    { ((turn - i < numFrames ? stages.template run<i> (turn - i) : void()), ...); };
+    {
+        ((turn - i < numFrames ? stages.template run<i> (turn - i) : void()), ...);
+    };
 
     constexpr auto all = std::make_index_sequence<numStages> {};
 

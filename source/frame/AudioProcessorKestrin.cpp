@@ -23,19 +23,15 @@ constexpr double highestImplausibleRate = 10000000001.0;
 /** The first channel's bounds are not symmetric, and a NaN becomes the upper one: projects sound like that. */
 [[nodiscard]] float clampFirstChannel (float sample) noexcept
 {
-    if (-30.0f > sample)
-        return -30.0f;
-
-    return sample < 20.0f ? sample : 20.0f;
+    const auto raised = -30.0f > sample ? -30.0f : sample;
+    return raised < 20.0f ? raised : 20.0f;
 }
 
 /** Narrower below than the first channel's, and a NaN passes: both are meant. */
 [[nodiscard]] float clampSecondChannel (float sample) noexcept
 {
-    if (-20.0f > sample)
-        return -20.0f;
-
-    return sample > 20.0f ? 20.0f : sample;
+    const auto raised = -20.0f > sample ? -20.0f : sample;
+    return raised > 20.0f ? 20.0f : raised;
 }
 } // namespace
 
@@ -59,9 +55,7 @@ AudioProcessorKestrin::FramePointers AudioProcessorKestrin::framesOf (dsp::Audio
 }
 
 AudioProcessorKestrin::AudioProcessorKestrin (const BusesProperties& buses)
-    : AudioProcessor (buses),
-      stateScratch (stateScratchBytes),
-      workBufferLeft (maxFramesPerRun),
+    : AudioProcessor (buses), stateScratch (stateScratchBytes), workBufferLeft (maxFramesPerRun),
       workBufferRight (maxFramesPerRun)
 {
     if (stateScratch.getData() == nullptr)
@@ -146,8 +140,8 @@ void AudioProcessorKestrin::runFrames (const FramePointers& frames, int numFrame
         auto* const left = frames.left + start;
 
         // A right side that is only read or only written must not be worked on in its place.
-        auto* const right = frames.rightIn == frames.rightOut && frames.rightOut != nullptr ? frames.rightOut + start
-                                                                                            : scratch.data();
+        auto* const right =
+            frames.rightIn == frames.rightOut && frames.rightOut != nullptr ? frames.rightOut + start : scratch.data();
 
         std::transform (left, left + count, left, clampFirstChannel);
 

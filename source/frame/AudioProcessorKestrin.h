@@ -92,7 +92,7 @@ protected:
     Random random;
 
     /** Frames that processFrames is given at the most. */
-    static constexpr int maxFramesTogether = 64;
+    static constexpr int maxFramesTogether = 256;
 
     /** Processes frames whose samples have been brought into bounds, in place, each with its step of the clock and, where
         it is due, its update before it. Override it to take frames together: what can be seen afterwards must be what

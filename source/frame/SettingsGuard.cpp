@@ -11,7 +11,7 @@ namespace
 constexpr std::ptrdiff_t maxElements = 256;
 
 /** A parameter takes one. So many are still stored, and written again, in a fraction of a second. */
-constexpr std::ptrdiff_t maxAttributes = 16384;
+constexpr std::ptrdiff_t maxAttributes = 4096;
 
 /** Bytes that are walked again for the character references of a value, all together: about a second. */
 constexpr std::uint64_t maxReferenceCost = std::uint64_t { 1 } << 32;

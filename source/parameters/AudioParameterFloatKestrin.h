@@ -7,8 +7,6 @@
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
-class ParameterSlider;
-
 namespace juce
 {
 /** A parameter whose value is always its normalised position, 0 to 1: for the host, the settings, the window and the
@@ -56,7 +54,7 @@ public:
     /** The same for any position. */
     [[nodiscard]] int getChoiceIndexForValue (float position) const noexcept
     {
-        return valueKind == choiceKind && stepCount > 1 ? roundHalfAway ((float) (stepCount - 1) * position) : 0;
+        return roundHalfAway (highestIndex * position);
     }
 
     /** True if the value differs from the one at the last call. Audio thread only. */
@@ -77,9 +75,6 @@ public:
     /** The text of any position. Allocates; any thread but the audio thread. */
     [[nodiscard]] std::string formatValueText (float position) const;
 
-    /** The knob that was bound last. Nothing reads it, and it is not cleared when the window goes. */
-    ParameterSlider* attachedSlider = nullptr;
-
     std::int32_t valueKind = 0;
     float defaultValue = 0.0f;
     float lastSeenValue = -1.0e20f;
@@ -90,6 +85,9 @@ public:
     String unitText;
 
 private:
+    /** stepCount - 1 of a choice with more than one step, and 0 of all else. */
+    float highestIndex = 0.0f;
+
     void startAtDefault (float newDefaultValue);
 
     /** Rounds as roundf does, half away from zero, without a call into the maths library: the audio thread asks for

@@ -1,0 +1,263 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "dsp/MainAudioProcessor.h"
+#include "support/SettingsProbe.h"
+
+namespace
+{
+constexpr std::uint32_t magic = 0x21324356;
+
+/** A processor whose every value is known, and which has loaded nothing yet. */
+struct Settled : MainAudioProcessor
+{
+    Settled() { settings::setAll (*this, values); }
+
+    [[nodiscard]] bool isUntouched() const { return settings::valuesOf (*this) == values; }
+
+    const std::vector<float> values = settings::distinctValues();
+};
+
+/** A block with every parameter at 0.5. */
+std::string otherBlock()
+{
+    MainAudioProcessor processor;
+    settings::setAll (processor, std::vector<float> (55, 0.5f));
+    return settings::savedBlock (processor);
+}
+
+std::string repeated (const std::string& text, size_t times)
+{
+    std::string result;
+    result.reserve (text.size() * times);
+
+    for (size_t time = 0; time < times; ++time)
+        result += text;
+
+    return result;
+}
+
+void expectUntouchedBy (const std::string& block, const char* what)
+{
+    Settled processor;
+    settings::loadBlock (processor, block);
+    EXPECT_TRUE (processor.isUntouched()) << what;
+}
+
+/** What JUCE's own reading of a block gives for each parameter. Only for blocks that are safe for it. */
+std::vector<float> readPlainly (const std::string& block, std::vector<float> values)
+{
+    MainAudioProcessor names;
+    const auto element = juce::AudioProcessor::getXmlFromBinary (block.data(), (int) block.size());
+
+    if (element == nullptr)
+        return values;
+
+    for (int index = 0; index < 55; ++index)
+    {
+        const auto& id = dynamic_cast<juce::AudioProcessorParameterWithID&> (*names.getParameters()[index]).paramID;
+
+        if (element->hasAttribute (id))
+            values[(size_t) index] = (float) element->getDoubleAttribute (id);
+    }
+
+    return values;
+}
+} // namespace
+
+TEST (DamagedSettings, OfNoBytesChangeNothing)
+{
+    Settled processor;
+
+    processor.setStateInformation (nullptr, 0);
+    processor.setStateInformation (nullptr, 1000);
+    processor.setStateInformation ("", 0);
+    processor.setStateInformation (otherBlock().data(), -1);
+
+    EXPECT_TRUE (processor.isUntouched());
+}
+
+TEST (DamagedSettings, WithAnotherMagicNumberChangeNothing)
+{
+    const auto text = settings::element (R"(hp_freq="0.5")");
+    const auto length = (std::uint32_t) text.size();
+
+    for (const auto other : { 0u, 0x21324355u, 0x56433221u, ~magic })
+        expectUntouchedBy (settings::blockOf (text, length, other), "magic");
+}
+
+TEST (DamagedSettings, WithALengthOfZeroOrBelowChangeNothing)
+{
+    const auto text = settings::element (R"(hp_freq="0.5")");
+
+    for (const auto length : { 0u, 0xffffffffu, 0x80000000u })
+        expectUntouchedBy (settings::blockOf (text, length), "length");
+}
+
+TEST (DamagedSettings, AreReadToTheirEndWhenTheirLengthIsTooLarge)
+{
+    const auto text = settings::element (R"(hp_freq="0.5")");
+
+    for (const auto length : { (std::uint32_t) text.size() + 1, (std::uint32_t) text.size() + 100, 0x7fffffffu })
+    {
+        Settled processor;
+        settings::loadBlock (processor, settings::blockOf (text, length));
+        EXPECT_EQ (processor.parameters.hpFreq->get(), 0.5f) << length;
+    }
+}
+
+TEST (DamagedSettings, WithALengthInTheMiddleOfAValueChangeNothing)
+{
+    expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5"/>)", 20), "length");
+}
+
+TEST (DamagedSettings, ThatAreNotXmlChangeNothing)
+{
+    for (const auto* text :
+         { "x", "<", "<>", "<settings", "</settings>", "<settings hp_freq=\"0.5", "<settings hp_freq/>",
+           "<settings hp_freq=\"0.5\"><a>", "<settings hp_freq=\"0.5\" \x01/>", "{}", "\xef\xbb\xbf" })
+        expectUntouchedBy (settings::blockOf (text), text);
+}
+
+TEST (DamagedSettings, CutAnywhereGiveWhatIsWholeOrNothing)
+{
+    const auto block = otherBlock();
+
+    for (size_t length = 0; length < block.size(); ++length)
+    {
+        Settled processor;
+        const auto cut = block.substr (0, length);
+        settings::loadBlock (processor, cut);
+
+        ASSERT_EQ (settings::valuesOf (processor), readPlainly (cut, processor.values)) << "cut to " << length;
+    }
+}
+
+TEST (DamagedSettings, WithAnyBitFlippedLeaveEveryParameterAPosition)
+{
+    const auto block = otherBlock();
+    MainAudioProcessor processor;
+
+    for (size_t bit = 0; bit < block.size() * 8; ++bit)
+    {
+        auto damaged = block;
+        damaged[bit / 8] = (char) (damaged[bit / 8] ^ (1 << bit % 8));
+        settings::loadBlock (processor, damaged);
+
+        for (const auto value : settings::valuesOf (processor))
+            ASSERT_TRUE (value >= 0.0f && value <= 1.0f) << "bit " << bit;
+    }
+
+    // And it still saves.
+    EXPECT_EQ (settings::attribute (settings::savedText (processor), "plugin"), "Kestrin Tamsile Filter");
+}
+
+TEST (DamagedSettings, OfRandomBytesInsideLeaveEveryParameterAPosition)
+{
+    constexpr juce::int64 seed = 99;
+    const auto block = otherBlock();
+    juce::Random random (seed);
+    MainAudioProcessor processor;
+
+    for (int round = 0; round < 20000; ++round)
+    {
+        auto damaged = block;
+
+        for (int change = random.nextInt (8); change >= 0; --change)
+            damaged[(size_t) (8 + random.nextInt ((int) block.size() - 8))] = "<>&;#x\"'=/!?- \x80\xf0\x00"
+                                                                              "e9"[random.nextInt (19)];
+
+        damaged.resize ((size_t) (9 + random.nextInt ((int) block.size() - 9)));
+        settings::loadBlock (processor, damaged);
+
+        for (const auto value : settings::valuesOf (processor))
+            ASSERT_TRUE (value >= 0.0f && value <= 1.0f) << "seed " << seed << ", round " << round;
+    }
+}
+
+TEST (DamagedSettings, ThatEndInsideAReferenceOrACharacterAreNotReadBeyondTheirEnd)
+{
+    for (const auto* end : { "&", "&#", "&#x", "&#xf", "&#1", "&amp", "\xf0", "\xe2\x82", "\xc3" })
+        expectUntouchedBy (settings::blockOf (std::string (R"(<settings hp_freq="0.5" a=")") + end), end);
+}
+
+TEST (DamagedSettings, WithEntitiesOfTheirOwnChangeNothing)
+{
+    for (const auto* text : { R"(<!DOCTYPE s [<!ENTITY a "&a;">]><settings hp_freq="0.5">&a;</settings>)",
+                              R"(<!DOCTYPE s [<!ENTITY a "<x>&a;</x>">]><settings hp_freq="0.5">&a;</settings>)",
+                              R"(<settings hp_freq="0.5">&<a b="&#x;</settings>)" })
+        expectUntouchedBy (settings::blockOf (text), text);
+}
+
+TEST (DamagedSettings, NestedAMillionDeepChangeNothing)
+{
+    constexpr size_t depth = 1000000;
+
+    expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)" + repeated ("<a>", depth)), "open");
+    expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)" + repeated ("<a>", depth)
+                                          + repeated ("</a>", depth) + "</settings>"),
+                       "closed");
+    expectUntouchedBy (settings::blockOf (repeated ("<settings>", depth)), "settings");
+}
+
+TEST (DamagedSettings, OfSixtyFourMegabytesChangeNothing)
+{
+    constexpr size_t size = 64 << 20;
+
+    for (const auto* filling : { "<a/>", "<a>", "&amp;" })
+        expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)"
+                                              + repeated (filling, size / std::string (filling).size())
+                                              + "</settings>"),
+                           filling);
+
+    expectUntouchedBy (std::string (size, '\0'), "zeros");
+    expectUntouchedBy (settings::blockOf (std::string (size, 'x')), "letters");
+}
+
+TEST (DamagedSettings, FullOfBeginningsEndAtOnce)
+{
+    constexpr size_t size = 2 << 20;
+
+    for (const auto* filling :
+         { "a='1' ", "a=", "&", "&#", "&#x", "&a;", "<!-- -->", "<!--", "<![CDATA[", "<?", "</", "<", "'", " " })
+    {
+        for (const auto* start : { " ", " a=\"", ">" })
+        {
+            Settled processor;
+            settings::loadText (processor, R"(<settings hp_freq="0.5")" + std::string (start)
+                                               + repeated (filling, size / std::string (filling).size()));
+
+            auto values = settings::valuesOf (processor);
+            EXPECT_TRUE (values[0] == processor.values[0] || values[0] == 0.5f) << start << filling;
+            values[0] = processor.values[0];
+            EXPECT_EQ (values, processor.values) << start << filling;
+        }
+    }
+}
+
+TEST (DamagedSettings, WithAHugeForeignValueStillLoad)
+{
+    Settled processor;
+    settings::loadText (processor,
+                        settings::element (R"(hp_freq="0.5" foreign=")" + std::string (64 << 20, 'x') + "\""));
+
+    EXPECT_EQ (processor.parameters.hpFreq->get(), 0.5f);
+}
+
+TEST (DamagedSettings, WithAsManyForeignAttributesAsAreTakenLoadAndSave)
+{
+    std::string attributes = R"(hp_freq="0.5")";
+
+    for (int index = 0; index < 4000; ++index)
+        attributes += " a" + std::to_string (index) + "=\"1\"";
+
+    Settled processor;
+    settings::loadText (processor, settings::element (attributes));
+
+    EXPECT_EQ (processor.parameters.hpFreq->get(), 0.5f);
+    EXPECT_EQ (settings::attribute (settings::savedText (processor), "a3999"), "1");
+}
