@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 
 /** The step sequencer: ten overlapping gates, the binary digits of a counter of half beats. Step index j is on for the
     first half of every period of 2^j beats, and the offsets of all steps that are on are summed. */
@@ -19,7 +20,7 @@ struct Offsets
 struct Result
 {
     /** Which steps are on at the position. */
-    std::array<bool, numSteps> stepLit {};
+    std::bitset<numSteps> stepLit;
 
     /** The summed offsets, -2 to 2. */
     float highpass = 0.0f;
@@ -29,8 +30,12 @@ struct Result
     bool active = false;
 };
 
-/** @param beats       the transport's position
+/** The steps alone, which is all there is while every offset is at its centre.
+    @param beats       the transport's position
     @param shiftBeats  added to the position
     Audio thread; never allocates. */
+[[nodiscard]] std::bitset<numSteps> stepsAt (double beats, float shiftBeats) noexcept;
+
+/** The steps and the sums of their offsets. */
 [[nodiscard]] Result evaluate (double beats, float shiftBeats, const Offsets& offsets) noexcept;
 } // namespace frequencer
