@@ -19,7 +19,7 @@ endif
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test install uninstall format lint clean
+.PHONY: help setup build demo test docs install uninstall format lint clean
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -41,6 +41,9 @@ demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wa
 
 test: build ## build and run all tests
 	ctest --preset release --parallel $(JOBS)
+
+docs: ## draw the pictures and plots of docs/, and write the class pages into build/docs/html
+	@scripts/docs
 
 install: build ## put the plug-in and its presets into ~/.vst3
 	@scripts/user-install install build/release
