@@ -56,6 +56,9 @@ bench: setup ## measure speed, load times and memory, and print the tables
 bench-document: setup ## the same, and put the tables into docs/performance.md
 	@scripts/bench --document
 
+docs: ## draw the pictures and plots of docs/, and write the class pages into build/docs/html
+	@scripts/docs
+
 install: build ## put the plug-in and its presets into ~/.vst3
 	@scripts/user-install install build/release
 

@@ -10,6 +10,7 @@ namespace frequencer
 {
 inline constexpr int numSteps = 10;
 
+/** What the knobs of the steps say. */
 struct Offsets
 {
     /** Normalised positions, 0 to 1, with 0.5 as no offset. */
@@ -17,6 +18,7 @@ struct Offsets
     std::array<float, numSteps> lowpass {};
 };
 
+/** What the steps come to at one position. */
 struct Result
 {
     /** Which steps are on at the position. */
@@ -30,7 +32,8 @@ struct Result
     bool active = false;
 };
 
-/** @param beats       the transport's position
+/** Looks at all steps at one position: a pure function, so that a jump of the transport needs no care.
+    @param beats       the transport's position
     @param shiftBeats  added to the position
     Audio thread; never allocates. */
 [[nodiscard]] Result evaluate (double beats, float shiftBeats, const Offsets& offsets) noexcept;

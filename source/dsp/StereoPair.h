@@ -21,30 +21,44 @@ public:
 #if TAMSILE_SSE2_STEREO
     /** Not initialised, unless by braces: runs of frames are filled at once. */
     StereoPair() noexcept = default;
+
+    /** The two sides. */
     StereoPair (double left, double right) noexcept : pair (_mm_set_pd (right, left)) {}
 
+    /** The same number on both sides. */
     [[nodiscard]] static StereoPair both (double x) noexcept { return StereoPair (_mm_set1_pd (x)); }
 
+    /** The left side alone. */
     [[nodiscard]] double left() const noexcept { return _mm_cvtsd_f64 (pair); }
+
+    /** The right side alone. */
     [[nodiscard]] double right() const noexcept { return _mm_cvtsd_f64 (_mm_unpackhi_pd (pair, pair)); }
 
+    /** Each side without its sign. */
     [[nodiscard]] StereoPair magnitude() const noexcept
     {
         return StereoPair (_mm_andnot_pd (_mm_set1_pd (-0.0), pair));
     }
 
+    /** Each side by itself. */
     friend StereoPair operator+ (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_add_pd (a.pair, b.pair));
     }
+
+    /** Each side by itself. */
     friend StereoPair operator- (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_sub_pd (a.pair, b.pair));
     }
+
+    /** Each side by itself. */
     friend StereoPair operator* (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_mul_pd (a.pair, b.pair));
     }
+
+    /** Each side by itself. */
     friend StereoPair operator/ (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_div_pd (a.pair, b.pair));
