@@ -20,14 +20,15 @@ namespace
 {
 using probeSignal::sampleRate;
 
-constexpr std::size_t settlingFrames = 2 * sampleRate;
+constexpr std::size_t framesPerSecond = sampleRate;
+constexpr std::size_t settlingFrames = 2 * framesPerSecond;
 
 /** Longer than the longest ringing to be measured. */
-constexpr std::size_t impulseFrames = 2 * sampleRate;
+constexpr std::size_t impulseFrames = 2 * framesPerSecond;
 constexpr int impulseLines = 500;
 
 constexpr int numTones = 60;
-constexpr std::size_t toneFrames = sampleRate / 2;
+constexpr std::size_t toneFrames = framesPerSecond / 2;
 
 /** Only the end of a tone is measured, once the filter has swung in. */
 constexpr std::size_t measuredFrames = toneFrames / 2;
@@ -110,7 +111,7 @@ void writeHead (std::ostream& out, std::size_t numFrames)
             break;
         }
 
-        in.ignore ((std::streamsize) (size + size % 2));
+        in.ignore ((std::streamsize) size + (std::streamsize) size % 2);
     }
 
     std::vector<float> samples (numExpected);
