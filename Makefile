@@ -23,7 +23,7 @@ endif
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test bits bench bench-document install uninstall format lint clean
+.PHONY: help setup build demo test bits bench bench-document docs install uninstall format lint clean
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -55,6 +55,9 @@ bench: setup ## measure speed, load times and memory, and print the tables
 
 bench-document: setup ## the same, and put the tables into docs/performance.md
 	@scripts/bench --document
+
+docs: ## draw the pictures and plots of docs/, and write the class pages into build/docs/html
+	@scripts/docs
 
 install: build ## put the plug-in and its presets into ~/.vst3
 	@scripts/user-install install build/release

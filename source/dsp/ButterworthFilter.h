@@ -61,6 +61,8 @@ public:
 
     /** Runs frames through this filter alone. */
     void processRun (FrameRun frames) noexcept;
+
+    /** The same with coefficients of each frame's own. */
     void processRun (const Series& series, FrameRun frames) noexcept;
 
     bool isHighpass = false;

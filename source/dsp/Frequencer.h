@@ -10,6 +10,7 @@ namespace frequencer
 {
 inline constexpr int numSteps = 10;
 
+/** What the knobs of the steps say. */
 struct Offsets
 {
     /** Normalised positions, 0 to 1, with 0.5 as no offset. */
@@ -17,6 +18,7 @@ struct Offsets
     std::array<float, numSteps> lowpass {};
 };
 
+/** What the steps come to at one position. */
 struct Result
 {
     /** Which steps are on at the position. */

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <utility>
 
+/** One turn in which every stage has a frame. */
 template <typename Stages, std::size_t... i>
 void runEachStage (Stages& stages, std::size_t turn, std::index_sequence<i...>) noexcept
 {

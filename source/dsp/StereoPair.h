@@ -21,10 +21,14 @@ public:
 #if TAMSILE_SSE2_STEREO
     /** Not initialised, unless by braces: runs of frames are filled at once. */
     StereoPair() noexcept = default;
+
+    /** The two sides. */
     StereoPair (double left, double right) noexcept : pair (_mm_set_pd (right, left)) {}
 
+    /** The same number on both sides. */
     [[nodiscard]] static StereoPair both (double x) noexcept { return StereoPair (_mm_set1_pd (x)); }
 
+    /** Two samples, exactly. */
     [[nodiscard]] static StereoPair widened (float left, float right) noexcept
     {
         return StereoPair (_mm_cvtps_pd (_mm_unpacklo_ps (_mm_set_ss (left), _mm_set_ss (right))));
@@ -38,26 +42,37 @@ public:
         right = _mm_cvtss_f32 (_mm_shuffle_ps (narrow, narrow, 1));
     }
 
+    /** The left side alone. */
     [[nodiscard]] double left() const noexcept { return _mm_cvtsd_f64 (pair); }
+
+    /** The right side alone. */
     [[nodiscard]] double right() const noexcept { return _mm_cvtsd_f64 (_mm_unpackhi_pd (pair, pair)); }
 
+    /** Each side without its sign. */
     [[nodiscard]] StereoPair magnitude() const noexcept
     {
         return StereoPair (_mm_andnot_pd (_mm_set1_pd (-0.0), pair));
     }
 
+    /** Each side by itself. */
     friend StereoPair operator+ (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_add_pd (a.pair, b.pair));
     }
+
+    /** Each side by itself. */
     friend StereoPair operator- (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_sub_pd (a.pair, b.pair));
     }
+
+    /** Each side by itself. */
     friend StereoPair operator* (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_mul_pd (a.pair, b.pair));
     }
+
+    /** Each side by itself. */
     friend StereoPair operator/ (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_div_pd (a.pair, b.pair));
@@ -75,6 +90,7 @@ private:
     StereoPair (double left, double right) noexcept : l (left), r (right) {}
 
     [[nodiscard]] static StereoPair both (double x) noexcept { return { x, x }; }
+    /** Two samples, exactly. */
     [[nodiscard]] static StereoPair widened (float left, float right) noexcept
     {
         return { (double) left, (double) right };

@@ -27,6 +27,7 @@ namespace juce
 class AudioProcessorKestrin : public AudioProcessor
 {
 public:
+    /** @param buses  as JUCE's base takes them */
     explicit AudioProcessorKestrin (const BusesProperties& buses);
     ~AudioProcessorKestrin() override;
 

@@ -70,7 +70,10 @@ public:
         return true;
     }
 
+    /** Empty for a parameter that is no choice. */
     [[nodiscard]] std::vector<std::string> getChoiceTexts() const { return choiceTexts; }
+
+    /** Positions of a choice, of which the texts fill the lowest; 0 for a parameter that is none. */
     [[nodiscard]] int getStepCount() const noexcept { return stepCount; }
 
     /** The text of any position. Allocates; any thread but the audio thread. */
