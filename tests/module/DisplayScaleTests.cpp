@@ -137,8 +137,7 @@ TEST (ParameterList, NamesWhatComesNearToAMisspeltId)
 
     try
     {
-        module.parameters().find ("lp_frq");
-        FAIL() << "found";
+        FAIL() << "found " << module.parameters().find ("lp_frq").id;
     }
     catch (const HostError& error)
     {

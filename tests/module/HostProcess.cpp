@@ -99,6 +99,7 @@ juce::StringArray HostProcess::files() const
 
 void HostProcess::writeSound (const juce::String& name, int numChannels, int numFrames) const
 {
+    file (name).deleteFile();
     auto stream = file (name).createOutputStream();
     const std::unique_ptr<juce::AudioFormatWriter> writer (
         juce::WavAudioFormat().createWriterFor (stream.release(), 44100.0, (unsigned int) numChannels, 16, {}, 0));
