@@ -19,7 +19,7 @@ endif
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test install uninstall format lint clean
+.PHONY: help setup build demo test test-consumer install uninstall package format lint clean
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -42,11 +42,18 @@ demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wa
 test: build ## build and run all tests
 	ctest --preset release --parallel $(JOBS)
 
+test-consumer: setup ## build a small project that takes this one in by add_subdirectory (some minutes)
+	@tests/scripts/consumer_test.sh .
+
 install: build ## put the plug-in and its presets into ~/.vst3
 	@scripts/user-install install build/release
 
 uninstall: ## take out of ~/.vst3 what 'make install' put there
 	@scripts/user-install uninstall
+
+package: build ## make the Debian package and the archive, in build/package
+	@scripts/setup package
+	@scripts/package build/release build/package
 
 format: ## lay out all C++ files as .clang-format says
 	@scripts/setup format
