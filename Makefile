@@ -9,6 +9,10 @@ VST3_DIR ?= $(HOME)/.vst3
 # How many things are done at once.
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
+# How far 'make bits' goes, and where its random sessions begin.
+MILLION ?= 50
+SEED ?= 1000000
+
 # A compiler cache is used if there is one.
 CCACHE := $(shell command -v ccache 2>/dev/null)
 ifneq ($(CCACHE),)
@@ -19,7 +23,7 @@ endif
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test test-consumer install uninstall package format lint clean
+.PHONY: help setup build demo test test-consumer bits bench bench-document install uninstall package format lint clean
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -27,6 +31,7 @@ help:
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1|\2/p' Makefile | awk -F '|' '{ printf "%-18s %s\n", $$1, $$2 }'
 	@echo
 	@echo "Variables: IN=song.wav (demo), VST3_DIR=folder (install, uninstall; ~/.vst3), JOBS=number,"
+	@echo "MILLION=number and SEED=number (bits),"
 	@echo "KESTRIN_JUCE_DIR=folder (a tree of JUCE 8.0.6 of your own)."
 
 setup: ## install what is missing and fetch JUCE; all other targets begin with this
@@ -44,6 +49,15 @@ test: build ## build and run all tests
 
 test-consumer: setup ## build a small project that takes this one in by add_subdirectory (some minutes)
 	@tests/scripts/consumer_test.sh .
+
+bits: build ## play MILLION (50) million frames of random sessions into plug-in and literal engine, and compare every bit
+	build/release/tests/samebits/bit_soak --million $(MILLION) --seed $(SEED)
+
+bench: setup ## measure speed, load times and memory, and print the tables
+	@scripts/bench
+
+bench-document: setup ## the same, and put the tables into docs/performance.md
+	@scripts/bench --document
 
 install: build ## put the plug-in and its presets into ~/.vst3
 	@scripts/user-install install build/release

@@ -17,7 +17,7 @@ constexpr float sumLimit = 2.0f;
 /** Beyond it, and for a position that is no number, half beats are not counted in an integer. */
 constexpr double countableBeats = 4.0e18;
 
-[[nodiscard]] bool outsideDeadBand (float offset) noexcept { return offset < -deadBand || offset > deadBand; }
+[[nodiscard]] bool outsideDeadBand (float offset) noexcept { return std::abs (offset) > deadBand; }
 
 [[nodiscard]] float signedSquare (float offset) noexcept { return std::abs (offset) * offset * offsetGain; }
 
@@ -30,28 +30,23 @@ constexpr double countableBeats = 4.0e18;
 }
 
 /** Step j is on in the first half of each period of 2^j beats: where binary digit j of the half beats passed is 0. */
-[[nodiscard]] std::array<bool, frequencer::numSteps> stepsAt (double position) noexcept
+[[nodiscard]] std::bitset<frequencer::numSteps> stepsAt (double position) noexcept
 {
-    std::array<bool, frequencer::numSteps> steps {};
-
     if (std::abs (position) < countableBeats)
     {
         const auto halfBeats = position * 2.0;
         const auto towardZero = (std::int64_t) halfBeats;
         const auto passed = towardZero - ((double) towardZero > halfBeats ? 1 : 0);
-
-        for (std::size_t j = 0; j < steps.size(); ++j)
-            steps[j] = ((passed >> j) & 1) == 0;
+        return ~(unsigned long long) passed;
     }
-    else
-    {
-        auto periods = position;
 
-        for (auto& isOn : steps)
-        {
-            isOn = periods - std::floor (periods) < 0.5;
-            periods *= 0.5;
-        }
+    std::bitset<frequencer::numSteps> steps;
+    auto periods = position;
+
+    for (std::size_t j = 0; j < steps.size(); ++j)
+    {
+        steps[j] = periods - std::floor (periods) < 0.5;
+        periods *= 0.5;
     }
 
     return steps;

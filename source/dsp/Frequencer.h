@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <bitset>
 
 /** The step sequencer: ten overlapping gates, the binary digits of a counter of half beats. Step index j is on for the
     first half of every period of 2^j beats, and the offsets of all steps that are on are summed. */
@@ -19,7 +20,7 @@ struct Offsets
 struct Result
 {
     /** Which steps are on at the position. */
-    std::array<bool, numSteps> stepLit {};
+    std::bitset<numSteps> stepLit;
 
     /** The summed offsets, -2 to 2. */
     float highpass = 0.0f;

@@ -289,7 +289,10 @@ void MainAudioProcessor::evaluateFrequencer (Tick& tick) noexcept
     }
 
     const auto result = frequencer::evaluate (tick.ppq, shiftBeats, offsets);
-    stepLit = result.stepLit;
+
+    for (size_t j = 0; j < stepLit.size(); ++j)
+        stepLit[j] = result.stepLit[j];
+
     tick.hpMod = result.highpass;
     tick.lpMod = result.lowpass;
     tick.active = tick.active || result.active;

@@ -52,7 +52,7 @@ public:
         StereoPair input1, input2, output1, output2;
     };
 
-    DelayLine delayLine;
+    DelayLine delayLine {};
     double designedRate = -1.0;
     double designedFrequency = -1.0;
     double designedGainDb = -1.0;

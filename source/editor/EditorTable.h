@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <string_view>
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
@@ -212,7 +213,7 @@ inline constexpr std::array amountKnobs {
 /** The steps' rows are closer than their knobs are high: each overlaps the next by 13 pixels. */
 [[nodiscard]] constexpr int stepTop (int step) { return 45 * step; }
 
-/** The row of a caption or a knob in its table. */
+/** The row of a parameter's knob in its table. */
 template <typename Table, typename Member>
 [[nodiscard]] constexpr std::size_t rowOf (const Table& table, Member member)
 {
@@ -224,7 +225,11 @@ template <typename Table, typename Member>
 }
 
 inline constexpr std::size_t resonanceCaptionRow = 2;
+static_assert (std::string_view (filterCaptions[resonanceCaptionRow].texts[0]) == "Resonance");
+
 inline constexpr std::size_t frequencyKnobRow = 0;
+static_assert (filterKnobs[frequencyKnobRow].parameters[0] == &ParameterSet::hpFreq);
+
 inline constexpr std::size_t speedKnobRow = rowOf (lfoKnobs, &ParameterSet::lfoSpeed);
 inline constexpr std::size_t divisionKnobRow = rowOf (lfoKnobs, &ParameterSet::lfoMode);
 inline constexpr std::size_t tempoKnobRow = rowOf (lfoKnobs, &ParameterSet::lfoSync);

@@ -9,9 +9,9 @@ namespace interfaceFont
 /** The family to name as the process's default sans-serif, out of those that are installed: the intended face, else the
     nearest to it. Empty if JUCE's own default is to stay.
 
-    A name that is not installed must never be given to JUCE: on Linux it then finds no typeface at all, and every text of
-    the process disappears. Nor does JUCE find one on Linux where no installed family looks like a sans-serif by its name;
-    then any family is better than none. */
+    A name that is not installed must never be given to JUCE: on Linux it then finds no typeface at all, and every text
+    of the process disappears. Nor does JUCE find one on Linux where no installed family looks like a sans-serif by its
+    name; then any family is better than none. */
 [[nodiscard]] juce::String chooseFamily (const juce::StringArray& installedFamilies);
 
 /** Makes the chosen family the default of the whole process, where it stays. Looks at the installed families once.

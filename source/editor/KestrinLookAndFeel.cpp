@@ -69,7 +69,7 @@ struct KestrinLookAndFeel::Knob
     float tickLength = narrow (r * 0.1);
 };
 
-/** The ticks are drawn twice: with a bright shadow under the arc, and thinly over it, so that they show on its colour. */
+/** The ticks are drawn twice: with a bright shadow under the arc, and thinly over it, so that they show on it. */
 enum class KestrinLookAndFeel::TickPass
 {
     shadow,

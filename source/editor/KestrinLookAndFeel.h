@@ -5,8 +5,8 @@
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
-/** The face of the window: the shaded rotary knob with its scale, its coloured arc and its pointer, the plain button, and
-    the height of the labels. Everything else is as LookAndFeel_V4 draws it. Message thread only. */
+/** The face of the window: the shaded rotary knob with its scale, its coloured arc and its pointer, the plain button,
+    and the height of the labels. Everything else is as LookAndFeel_V4 draws it. Message thread only. */
 class KestrinLookAndFeel : public juce::LookAndFeel_V4
 {
 public:

@@ -12,9 +12,9 @@
 
 /** The plug-in's window: 266 or 520 by 546 pixels, and nothing in between.
 
-    The controls write their parameters at once, and a timer of 33 ms brings every parameter's value back into its control
-    without notification, so the two directions never chase each other. Beside the controls it shows the engine at work:
-    a dot for each LFO, a light for each step, and lights for the filters and LFOs that are in use.
+    The controls write their parameters at once, and a timer of 33 ms brings every parameter's value back into its
+    control without notification, so the two directions never chase each other. Beside the controls it shows the engine
+    at work: a dot for each LFO, a light for each step, and lights for the filters and LFOs that are in use.
 
     The work is divided by file: construction and layout (MainAudioProcessorEditor.cpp, from the rows of EditorTable.h),
     painting (EditorPainting.cpp), the poll (EditorPolling.cpp) and what the user does (EditorCallbacks.cpp).
@@ -52,8 +52,8 @@ public:
     /** Lets the LFOs win where both views are on, and at the first call chooses the view that the settings use. */
     void applyInitialPanels();
 
-    /** Shows one of the two knobs in the place of the speed knob. Runs only when the window is made and when the user turns
-        the tempo knob: a tempo mode set by the host turns the tempo knob alone. */
+    /** Shows one of the two knobs in the place of the speed knob. Runs only when the window is made and when the user
+        turns the tempo knob: a tempo mode set by the host turns the tempo knob alone. */
     void updateLfoSpeedControls (int lfoIndex);
 
     //==================================================================================================================

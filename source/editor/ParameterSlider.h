@@ -6,8 +6,8 @@
 #include "parameters/AudioParameterFloatKestrin.h"
 
 /** A rotary knob over the normalised value of one parameter. It knows the parameter's texts, its default and the
-    positions it can rest on, but moves nothing: the window writes a turned knob to its parameter and polls the other way.
-    Message thread only. */
+    positions it can rest on, but moves nothing: the window writes a turned knob to its parameter and polls the other
+    way. Message thread only. */
 class ParameterSlider : public juce::Slider
 {
 public:

@@ -54,7 +54,7 @@ public:
     /** The same for any position. */
     [[nodiscard]] int getChoiceIndexForValue (float position) const noexcept
     {
-        return valueKind == choiceKind && stepCount > 1 ? roundHalfAway ((float) (stepCount - 1) * position) : 0;
+        return roundHalfAway (highestIndex * position);
     }
 
     /** True if the value differs from the one at the last call. Audio thread only. */
@@ -85,6 +85,9 @@ public:
     String unitText;
 
 private:
+    /** stepCount - 1 of a choice with more than one step, and 0 of all else. */
+    float highestIndex = 0.0f;
+
     void startAtDefault (float newDefaultValue);
 
     /** Rounds as roundf does, half away from zero, without a call into the maths library: the audio thread asks for

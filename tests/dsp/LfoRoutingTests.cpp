@@ -101,8 +101,12 @@ TEST (LfoRouting, StandsStillWhileTheEngineSleeps)
     engine.fallAsleep();
     const auto phase = processor.lfo[0].phaseA;
     EXPECT_GT (phase, 0.0f);
-    engine.runSilence (20000);
+    engine.runSilence (10000);
     EXPECT_EQ (processor.lfo[0].phaseA, phase);
+
+    // One step for each wrap of the clock.
+    engine.runSilence (65536);
+    EXPECT_EQ (processor.lfo[0].phaseA, phase + processor.lfo[0].phaseStepA);
 }
 
 TEST (LfoRouting, KeepsTheEngineAwakeFromADepthAboveAHundredth)
@@ -494,11 +498,13 @@ TEST (LfoRouting, LocksATempoLfoToEachOfItsLengths)
         engine.choose ("lfo2_sync", 3);
         engine.choose ("lfo2_mode", (int) k);
         engine.set ("lfo2_phase", 0.3f);
-        engine.tick();
-
-        // The first tick had no step yet.
         const auto phase = engine.processor.parameters.lfoPhase[1]->get();
-        EXPECT_EQ (generator.phaseA, fractionOf (37.3 / (double) beats[k] + 0.5 - (double) phase)) << k;
+        const auto wanted = fractionOf (37.3 / (double) beats[k] + 0.5 - (double) phase);
+
+        // From the other side of the circle; the first tick has no step yet.
+        generator.phaseA = wanted < 0.5f ? wanted + 0.5f : wanted - 0.5f;
+        engine.tick();
+        EXPECT_EQ (generator.phaseA, wanted) << k;
         EXPECT_EQ (generator.phaseStepA, (float) (131.0 / (double) beats[k] * 0.016666666666666666) / rate) << k;
     }
 }

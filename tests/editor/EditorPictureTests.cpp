@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "EditorFixture.h"
 
-/** The window in its three states with settings that show arcs, lights and dots. The pictures are there to be looked at;
-    the tests see that they are whole. */
+/** The window in its three states with settings that show arcs, lights and dots. The pictures are there to be looked
+    at; the tests see that they are whole. */
 class EditorPictures : public EditorFixture
 {
 protected:

@@ -53,8 +53,8 @@ protected:
         image = picture (editor(), scale);
     }
 
-    /** The pixel at an offset from the centre of a knob, by the knob's own arithmetic: the text box takes 20 pixels off the
-        area, whose smaller side's four tenths are the radius, and the knob sits 6 pixels low. */
+    /** The pixel at an offset from the centre of a knob, by the knob's own arithmetic: the text box takes 20 pixels off
+        the area, whose smaller side's four tenths are the radius, and the knob sits 6 pixels low. */
     [[nodiscard]] juce::Colour pixel (const ParameterSlider& knob, double angle, double radius) const
     {
         const auto place =
