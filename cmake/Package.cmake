@@ -21,8 +21,9 @@ set (CPACK_PACKAGE_VENDOR Kestrin)
 set (CPACK_PACKAGE_CONTACT "Kestrin (https://kestrin.example)")
 set (CPACK_PACKAGE_HOMEPAGE_URL https://kestrin.example)
 set (CPACK_PACKAGE_DESCRIPTION_SUMMARY "filter for music with LFOs and a step sequencer (VST3)")
-set (CPACK_PACKAGE_DESCRIPTION "A highpass and a lowpass in series, each with a resonance, in a clean family and a dirty one.\
- Two LFOs and ten overlapping steps move their cutoffs and resonances. For any host of VST3 effects.")
+set (CPACK_PACKAGE_DESCRIPTION "A highpass and a lowpass in series, each with a resonance, in a clean\n\
+family and a dirty one. Two LFOs and ten overlapping steps move their\n\
+cutoffs and resonances. For any host of VST3 effects.")
 set (CPACK_PACKAGE_FILE_NAME kestrin-tamsile-filter-${PROJECT_VERSION}-linux-${CMAKE_SYSTEM_PROCESSOR})
 set (CPACK_PACKAGE_CHECKSUM SHA256)
 set (CPACK_VERBATIM_VARIABLES ON)
@@ -36,7 +37,7 @@ set (CPACK_DEBIAN_PACKAGE_SECTION sound)
 set (CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 
 # The window's libraries are opened by name when it is: no scan of the module finds them. Its texts need a typeface.
-set (CPACK_DEBIAN_PACKAGE_DEPENDS "libx11-6, libxext6, libxinerama1, libxrandr2, libxcursor1")
+set (CPACK_DEBIAN_PACKAGE_DEPENDS "libx11-6, libxext6, libxinerama1, libxrandr2, libxcursor1, libxrender1")
 set (CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-liberation | fonts-dejavu-core")
 
 include (CPack)
