@@ -178,6 +178,10 @@ Written parse (const HostedModule& module, const juce::File& file)
     file.readLines (lines);
     Written written;
 
+    // What follows the last line's end is no line.
+    if (lines.size() > 1 && lines[lines.size() - 1].isEmpty())
+        lines.remove (lines.size() - 1);
+
     for (int index = 0; index < lines.size(); ++index)
     {
         const auto line = lines[index].trim();
