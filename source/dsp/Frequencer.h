@@ -30,8 +30,12 @@ struct Result
     bool active = false;
 };
 
-/** @param beats       the transport's position
+/** The steps alone, which is all there is while every offset is at its centre.
+    @param beats       the transport's position
     @param shiftBeats  added to the position
     Audio thread; never allocates. */
+[[nodiscard]] std::bitset<numSteps> stepsAt (double beats, float shiftBeats) noexcept;
+
+/** The steps and the sums of their offsets. */
 [[nodiscard]] Result evaluate (double beats, float shiftBeats, const Offsets& offsets) noexcept;
 } // namespace frequencer

@@ -21,6 +21,10 @@ constexpr float lfoExpScale = 6.9077554f;
 /** ln (50): a free LFO runs from 0.02 Hz. */
 constexpr float lfoExpOffset = 3.912023f;
 
+/** A routing depth up to here does not keep the engine awake. No float lies between this one and 0.01, so that the
+    comparison is that with 0.01. */
+constexpr float routingDeadBand = 0.01f;
+
 /** Below it a resonance does not run. */
 constexpr float resonanceThreshold = 1.0e-7f;
 
@@ -92,6 +96,10 @@ struct MainAudioProcessor::Tick
 
     std::array<int, ParameterSet::numLfos> lfoSync {};
     std::array<int, ParameterSet::numLfos> lfoShape {};
+
+    /** What each LFO has been routed with, and in which shape. */
+    std::array<float, ParameterSet::numLfos> lfoOutput;
+    std::array<std::int32_t, ParameterSet::numLfos> renderedShape;
 
     /** Beats of one tempo-locked cycle. */
     std::array<float, ParameterSet::numLfos> lfoBeats {};
@@ -280,6 +288,9 @@ void MainAudioProcessor::evaluateFrequencer (Tick& tick) noexcept
     const auto& offset = *parameters.seqOffs;
     const auto shiftBeats = (offset.maxValue - offset.minValue) * offset.get() + offset.minValue;
 
+    if (isFrequencerCentred())
+        return showSteps (frequencer::stepsAt (tick.ppq, shiftBeats));
+
     frequencer::Offsets offsets;
 
     for (size_t j = 0; j < frequencer::numSteps; ++j)
@@ -289,13 +300,29 @@ void MainAudioProcessor::evaluateFrequencer (Tick& tick) noexcept
     }
 
     const auto result = frequencer::evaluate (tick.ppq, shiftBeats, offsets);
-
-    for (size_t j = 0; j < stepLit.size(); ++j)
-        stepLit[j] = result.stepLit[j];
-
+    showSteps (result.stepLit);
     tick.hpMod = result.highpass;
     tick.lpMod = result.lowpass;
     tick.active = tick.active || result.active;
+}
+
+bool MainAudioProcessor::isFrequencerCentred() const noexcept
+{
+    // Compared as bits, which is the quickest: this is asked at every tick, and mostly answered with yes.
+    constexpr auto centre = std::bit_cast<std::uint32_t> (0.5f);
+
+    for (size_t j = 0; j < frequencer::numSteps; ++j)
+        if (std::bit_cast<std::uint32_t> (parameters.seqHpf[j]->get()) != centre
+            || std::bit_cast<std::uint32_t> (parameters.seqLpf[j]->get()) != centre)
+            return false;
+
+    return true;
+}
+
+void MainAudioProcessor::showSteps (std::bitset<frequencer::numSteps> steps) noexcept
+{
+    for (size_t j = 0; j < stepLit.size(); ++j)
+        stepLit[j] = steps[j];
 }
 
 void MainAudioProcessor::advanceAndRouteLfos (Tick& tick)
@@ -309,9 +336,11 @@ void MainAudioProcessor::advanceAndRouteLfos (Tick& tick)
             wobblePhase[i] = 0.0f;
 
         lfo[i].advance();
-        routeLfo (tick, i, lfo[i].render());
+        tick.renderedShape[i] = lfo[i].shape;
+        tick.lfoOutput[i] = lfo[i].render();
+        routeLfo (tick, i, tick.lfoOutput[i]);
 
-        auto multiplier = speedMultiplier (i);
+        auto multiplier = speedMultiplier (tick, i);
         auto frequency = 0.0f;
 
         if (tick.lfoSync[i] == tempoSync)
@@ -330,7 +359,7 @@ void MainAudioProcessor::routeLfo (Tick& tick, size_t i, float output) const noe
     {
         const auto depth = bipolar (parameter);
 
-        if ((double) depth < -0.01 || (double) depth > 0.01)
+        if (std::abs (depth) > routingDeadBand)
             tick.active = true;
 
         sum += depth * output;
@@ -342,14 +371,19 @@ void MainAudioProcessor::routeLfo (Tick& tick, size_t i, float output) const noe
     route (*parameters.lfoToLpReso[i], tick.lpResoMod);
 }
 
-float MainAudioProcessor::speedMultiplier (size_t i) noexcept
+float MainAudioProcessor::speedMultiplier (const Tick& tick, size_t i) noexcept
 {
     const auto other = (i + 1) % lfo.size();
     const auto depth = bipolar (*parameters.lfoToOtherLfo[other]);
     auto multiplier = 1.0f;
 
-    if (depth < -0.01f || depth > 0.01f)
-        multiplier = square (1.0f + lfo[other].render() * depth * 0.5f);
+    if (std::abs (depth) > routingDeadBand)
+    {
+        // LFO 1 still stands where this tick has rendered it, unless it has changed its shape since.
+        const auto isRendered = other < i && lfo[other].shape == tick.renderedShape[other];
+        const auto output = isRendered ? tick.lfoOutput[other] : lfo[other].render();
+        multiplier = square (1.0f + output * depth * 0.5f);
+    }
 
     if (wobbleDepth[i] > 0.01f)
         multiplier = multiplier * square (triangleOf (wobblePhase[i]) * wobbleDepth[i] + 1.0f);
