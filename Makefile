@@ -23,7 +23,7 @@ endif
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test bits bench bench-document docs install uninstall format lint clean
+.PHONY: help setup build demo test bits bench bench-document docs install uninstall format lint clean test-consumer package
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -47,6 +47,9 @@ demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wa
 test: build ## build and run all tests
 	ctest --preset release --parallel $(JOBS)
 
+test-consumer: setup ## build a small project that takes this one in by add_subdirectory (some minutes)
+	@tests/scripts/consumer_test.sh .
+
 bits: build ## play MILLION (50) million frames of random sessions into plug-in and literal engine, and compare every bit
 	build/release/tests/samebits/bit_soak --million $(MILLION) --seed $(SEED)
 
@@ -64,6 +67,10 @@ install: build ## put the plug-in and its presets into ~/.vst3
 
 uninstall: ## take out of ~/.vst3 what 'make install' put there
 	@scripts/user-install uninstall
+
+package: build ## make the Debian package and the archive, in build/package
+	@scripts/setup package
+	@scripts/package build/release build/package
 
 format: ## lay out all C++ files as .clang-format says
 	@scripts/setup format
