@@ -6,6 +6,9 @@
 # The user's folder of VST3 modules; the presets go into presets/ within it.
 VST3_DIR ?= $(HOME)/.vst3
 
+# How long each fuzzer runs.
+SECONDS_EACH ?= 60
+
 # How many things are done at once.
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
@@ -23,7 +26,7 @@ endif
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test bits bench bench-document docs install uninstall format lint clean test-consumer package
+.PHONY: help setup build demo test bits bench bench-document docs install uninstall format lint clean test-consumer package sanitize fuzz soak
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -71,6 +74,15 @@ uninstall: ## take out of ~/.vst3 what 'make install' put there
 package: build ## make the Debian package and the archive, in build/package
 	@scripts/setup package
 	@scripts/package build/release build/package
+
+sanitize: ## run the tests under the sanitizers and valgrind; takes most of an hour
+	@scripts/sanitize
+
+fuzz: ## run each fuzzer for a minute; SECONDS_EACH=n for another time
+	@scripts/fuzz $(SECONDS_EACH)
+
+soak: ## run a day asleep and an hour awake, as fast as the machine goes
+	@scripts/soak
 
 format: ## lay out all C++ files as .clang-format says
 	@scripts/setup format

@@ -23,6 +23,11 @@ if (KESTRIN_SANITIZE)
     add_link_options (-fsanitize=${KESTRIN_SANITIZE})
 endif()
 
+# A fuzzer steers by the branches that its input has reached, so all code tells of them. The programs alone get its main.
+if (KESTRIN_BUILD_FUZZERS)
+    add_compile_options (-fsanitize=fuzzer-no-link)
+endif()
+
 # Turns warnings into errors for the listed sources only: the targets compile JUCE's modules too, which have their own taste.
 function (kestrin_strict_warnings)
     if (MSVC)
