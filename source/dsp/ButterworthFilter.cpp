@@ -165,9 +165,9 @@ public:
     template <std::size_t... i>
     SectionRow (std::span<const SectionOfRow> row, const Coefficients& rowCoefficients, Source rowSource,
                 PairsOfRow between, Sink rowSink, std::index_sequence<i...>) noexcept
-        : coefficients (rowCoefficients), source (rowSource), frames (between), sink (rowSink),
-          middle { StereoPair::both (row[i].filter->numeratorMiddle)... }, w1 { row[i].filter->w1[row[i].index]... },
-          w2 { row[i].filter->w2[row[i].index]... }
+        : coefficients (rowCoefficients), source (rowSource), frames (between),
+          sink (rowSink), middle { StereoPair::both (row[i].filter->numeratorMiddle)... },
+          w1 { row[i].filter->w1[row[i].index]... }, w2 { row[i].filter->w2[row[i].index]... }
     {
     }
 
@@ -259,10 +259,10 @@ private:
     void runPart (std::size_t first, std::size_t count, Source source, PairsOfRow between, Sink sink,
                   std::size_t numFrames) const noexcept
     {
-        static constexpr std::array runners {
-            runRow<Coefficients, Source, Sink, 1>, runRow<Coefficients, Source, Sink, 2>,
-            runRow<Coefficients, Source, Sink, 3>, runRow<Coefficients, Source, Sink, 4>
-        };
+        static constexpr std::array runners { runRow<Coefficients, Source, Sink, 1>,
+                                              runRow<Coefficients, Source, Sink, 2>,
+                                              runRow<Coefficients, Source, Sink, 3>,
+                                              runRow<Coefficients, Source, Sink, 4> };
         static_assert (runners.size() == maxRowSections);
 
         const auto row = std::span<const SectionOfRow> (sections).subspan (first, count);

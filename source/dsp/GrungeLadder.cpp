@@ -44,8 +44,8 @@ public:
     template <std::size_t... i>
     StageRow (std::span<const StereoPair> newState, const GrungeLadder::Coefficients* newCoefficients,
               FrameRun frameRun, std::index_sequence<i...>) noexcept
-        : coefficients (newCoefficients), fixedCoefficients (*newCoefficients), frames (frameRun.data()),
-          state { newState[i]... }
+        : coefficients (newCoefficients), fixedCoefficients (*newCoefficients),
+          frames (frameRun.data()), state { newState[i]... }
     {
     }
 
