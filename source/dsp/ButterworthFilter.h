@@ -27,7 +27,7 @@ public:
     /** The coefficients of a run of frames, one design per frame. */
     struct Series
     {
-        using Values = std::array<double, maxRunFrames>;
+        using Values = std::array<double, maxDesigns>;
 
         std::array<Values, maxSectionsOfRun> sectionGain, feedback1, feedback2;
         Values firstOrderForward, firstOrderFeedback;
@@ -42,7 +42,7 @@ public:
     void design (unsigned order, bool highpass, double cutoff, double newSampleRate) noexcept;
 
     /** Designs once for each frame of a run, as so many calls of design would, and leaves the last design in force.
-        @param cutoffs  Hz, at most maxRunFrames of them and at least one */
+        @param cutoffs  Hz, at most maxDesigns of them and at least one */
     void designSeries (unsigned order, bool highpass, std::span<const float> cutoffs, double newSampleRate,
                        Series& series) noexcept;
 
@@ -52,12 +52,17 @@ public:
     /** Runs frames through a highpass and then a lowpass as they are designed, in place. */
     static void processRun (ButterworthFilter& first, ButterworthFilter& second, FrameRun frames) noexcept;
 
+    /** The same straight on the samples, of which there may be maxRunFrames: the conversion overlaps with the filters. */
+    static void processRun (ButterworthFilter& first, ButterworthFilter& second, SampleRun samples) noexcept;
+
     /** The same with coefficients of each frame's own. */
     static void processRun (ButterworthFilter& first, const Series& firstSeries, ButterworthFilter& second,
                             const Series& secondSeries, FrameRun frames) noexcept;
 
     /** Runs frames through this filter alone. */
     void processRun (FrameRun frames) noexcept;
+
+    /** The same with coefficients of each frame's own. */
     void processRun (const Series& series, FrameRun frames) noexcept;
 
     bool isHighpass = false;

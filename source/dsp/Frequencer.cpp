@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 
 namespace
 {
@@ -13,7 +14,10 @@ constexpr float deadBand = 0.001f;
 constexpr float offsetGain = 20.0f;
 constexpr float sumLimit = 2.0f;
 
-[[nodiscard]] bool outsideDeadBand (float offset) noexcept { return offset < -deadBand || offset > deadBand; }
+/** Beyond it, and for a position that is no number, half beats are not counted in an integer. */
+constexpr double countableBeats = 4.0e18;
+
+[[nodiscard]] bool outsideDeadBand (float offset) noexcept { return std::abs (offset) > deadBand; }
 
 [[nodiscard]] float signedSquare (float offset) noexcept { return std::abs (offset) * offset * offsetGain; }
 
@@ -24,35 +28,54 @@ constexpr float sumLimit = 2.0f;
 
     return sum > sumLimit ? sumLimit : sum;
 }
+
 } // namespace
+
+// Step j is on in the first half of each period of 2^j beats: where binary digit j of the half beats passed is 0.
+std::bitset<frequencer::numSteps> frequencer::stepsAt (double beats, float shiftBeats) noexcept
+{
+    const auto position = (beats + boundaryBeats) + (double) shiftBeats;
+
+    if (std::abs (position) < countableBeats)
+    {
+        const auto halfBeats = position * 2.0;
+        const auto towardZero = (std::int64_t) halfBeats;
+        const auto passed = towardZero - ((double) towardZero > halfBeats ? 1 : 0);
+        return ~(unsigned long long) passed;
+    }
+
+    std::bitset<numSteps> steps;
+    auto periods = position;
+
+    for (std::size_t j = 0; j < steps.size(); ++j)
+    {
+        steps[j] = periods - std::floor (periods) < 0.5;
+        periods *= 0.5;
+    }
+
+    return steps;
+}
 
 frequencer::Result frequencer::evaluate (double beats, float shiftBeats, const Offsets& offsets) noexcept
 {
     Result result;
-    const auto position = (beats + boundaryBeats) + (double) shiftBeats;
-    auto scale = 1.0;
+    result.stepLit = stepsAt (beats, shiftBeats);
 
-    for (size_t j = 0; j < numSteps; ++j)
+    for (std::size_t j = 0; j < numSteps; ++j)
     {
-        const auto periods = position * scale;
-        const auto isOn = periods - std::floor (periods) < 0.5;
         const auto highpass = offsets.highpass[j] - 0.5f;
         const auto lowpass = offsets.lowpass[j] - 0.5f;
 
-        result.stepLit[j] = isOn;
+        if (! outsideDeadBand (highpass) && ! outsideDeadBand (lowpass))
+            continue;
 
-        if (outsideDeadBand (highpass) || outsideDeadBand (lowpass))
+        result.active = true;
+
+        if (result.stepLit[j])
         {
-            result.active = true;
-
-            if (isOn)
-            {
-                result.highpass += signedSquare (highpass);
-                result.lowpass += signedSquare (lowpass);
-            }
+            result.highpass += signedSquare (highpass);
+            result.lowpass += signedSquare (lowpass);
         }
-
-        scale *= 0.5;
     }
 
     result.highpass = limitSum (result.highpass);

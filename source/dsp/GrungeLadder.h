@@ -30,7 +30,7 @@ public:
     };
 
     /** The coefficients of a run of frames, one configuration per frame. */
-    using Series = std::array<Coefficients, maxRunFrames>;
+    using Series = std::array<Coefficients, maxDesigns>;
 
     /** Sets the coefficients and keeps all state, also that of stages that fall out of use.
         @param stages         0 to 8
@@ -42,7 +42,7 @@ public:
                     double newSampleRate) noexcept;
 
     /** Configures once for each frame of a run, as so many calls of configure would.
-        @param cutoffs     Hz, at most maxRunFrames of them
+        @param cutoffs     Hz, at most maxDesigns of them
         @param resonances  as many */
     void configureSeries (int stages, bool highpass, std::span<const float> cutoffs, std::span<const float> resonances,
                           double grungeGain, double newSampleRate, Series& series) noexcept;
@@ -50,8 +50,10 @@ public:
     /** Runs one frame in place. */
     void process (double& left, double& right) noexcept;
 
-    /** Runs frames in place, as it is configured or by each frame's own coefficients. */
+    /** Runs frames in place, as it is configured. */
     void processRun (FrameRun frames) noexcept;
+
+    /** The same with coefficients of each frame's own. */
     void processRun (const Series& series, FrameRun frames) noexcept;
 
     bool isHighpass = false;

@@ -8,20 +8,7 @@
 
 namespace
 {
-// The three triangles of "Random tri" run at these ratios, which have no short common period.
-constexpr double ratioB = 1.28396548763;
-constexpr double ratioC = 0.82343668762;
 constexpr double oneThird = 0.333333333;
-
-constexpr double walkPerHertz = 0.003;
-
-/** What the output slew lets through per second: a brownian output is a very slow drift of its walk. */
-constexpr float slewPerSecond = 0.01f;
-constexpr float unlimitedStep = 1.0e20f;
-
-// The exponents between which the curve stage is left out.
-constexpr double straightFrom = 0.99;
-constexpr double straightTo = 1.01;
 
 // The reserved shapes look ahead of the phase by this much.
 constexpr double pulseLead = 0.06;
@@ -41,15 +28,7 @@ constexpr double sumLead = 0.0001;
 [[nodiscard]] double fraction (double x) noexcept { return x - std::floor (x); }
 } // namespace
 
-float triangleOf (float phase) noexcept
-{
-    const auto p = (double) phase;
-    return (float) (p < 0.5 ? 4.0 * p - 1.0 : (0.75 - p) * 4.0);
-}
-
 LfoGenerator::LfoGenerator() : rng (std::random_device {}()) {}
-
-float LfoGenerator::render() noexcept { return bend (renderShape()); }
 
 float LfoGenerator::renderShape() noexcept
 {
@@ -112,13 +91,8 @@ float LfoGenerator::renderReservedSum() noexcept
     return outputSlew.current;
 }
 
-float LfoGenerator::bend (float x) const noexcept
+float LfoGenerator::bendByPower (float x) const noexcept
 {
-    const auto exponent = (double) curveExponent;
-
-    if (exponent > straightFrom && exponent < straightTo)
-        return x;
-
     const auto u = (float) std::clamp (((double) x + 1.0) * 0.5, 0.0, 1.0);
 
     if (curveExponent > 1.0f)
@@ -126,43 +100,6 @@ float LfoGenerator::bend (float x) const noexcept
 
     const auto y = std::pow (1.0f - u, 1.0f / curveExponent);
     return 2.0f * (1.0f - y) - 1.0f;
-}
-
-void LfoGenerator::setRate (std::int32_t newShape, float rate, float frequency) noexcept
-{
-    shape = newShape;
-    walkStep = (float) ((double) frequency * walkPerHertz);
-    outputSlew.mode = 0;
-    outputSlew.step = rate > 0.0f ? slewPerSecond / rate : unlimitedStep;
-
-    if (rate > 0.0f && frequency >= 0.0f)
-    {
-        const auto period = 1.0 / (double) rate;
-        phaseStepA = frequency / rate;
-        phaseStepB = (float) ((double) frequency * ratioB * period);
-        phaseStepC = (float) ((double) frequency * ratioC * period);
-    }
-    else
-    {
-        // The other two steps stay as they are.
-        phaseStepA = 0.0f;
-    }
-}
-
-void LfoGenerator::advance() noexcept
-{
-    outputSlew.advanceLinear();
-    phaseA += phaseStepA;
-    phaseB += phaseStepB;
-    phaseC += phaseStepC;
-
-    if (shape == brownian)
-        walk();
-
-    if (followReference && (shape == reservedPulse || shape == reservedSum))
-        follow();
-
-    wrapPhases();
 }
 
 double LfoGenerator::drawStep() noexcept
@@ -203,13 +140,6 @@ void LfoGenerator::follow() noexcept
         if (referencePhase > phaseA)
             phaseA = referencePhase;
     }
-}
-
-void LfoGenerator::wrapPhases() noexcept
-{
-    for (auto* phase : { &phaseA, &phaseB, &phaseC, &referencePhase })
-        if (*phase >= 1.0f)
-            *phase -= 1.0f;
 }
 
 void LfoGenerator::jumpTo (float phase) noexcept

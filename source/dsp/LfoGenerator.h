@@ -7,7 +7,11 @@
 #include "SlewValue.h"
 
 /** A triangle of period 1 for phases 0 to 1: -1 at phase 0, +1 at 0.5. Outside that range it runs on in a straight line. */
-[[nodiscard]] float triangleOf (float phase) noexcept;
+[[nodiscard]] inline float triangleOf (float phase) noexcept
+{
+    const auto p = (double) phase;
+    return (float) (p < 0.5 ? 4.0 * p - 1.0 : (0.75 - p) * 4.0);
+}
 
 /** One low-frequency oscillator with one bipolar output, -1 to 1, bowed by a curve stage.
 
@@ -35,15 +39,50 @@ public:
     LfoGenerator();
 
     /** The output at the present phases. For brownian and reservedSum it also hands the output slew its target. */
-    [[nodiscard]] float render() noexcept;
+    [[nodiscard]] float render() noexcept { return bend (renderShape()); }
 
     /** Sets the shape and the steps per tick.
         @param rate       ticks per second
         @param frequency  Hz */
-    void setRate (std::int32_t newShape, float rate, float frequency) noexcept;
+    void setRate (std::int32_t newShape, float rate, float frequency) noexcept
+    {
+        shape = newShape;
+        walkStep = (float) ((double) frequency * walkPerHertz);
+        outputSlew.mode = 0;
+        outputSlew.step = rate > 0.0f ? slewPerSecond / rate : 1.0e20f;
+
+        if (rate > 0.0f && frequency >= 0.0f)
+        {
+            const auto period = 1.0 / (double) rate;
+            phaseStepA = frequency / rate;
+            phaseStepB = (float) ((double) frequency * ratioB * period);
+            phaseStepC = (float) ((double) frequency * ratioC * period);
+        }
+        else
+        {
+            // The other two steps stay as they are.
+            phaseStepA = 0.0f;
+        }
+    }
 
     /** Moves the phases, the walk and the output slew on by one tick. */
-    void advance() noexcept;
+    void advance() noexcept
+    {
+        outputSlew.advanceLinear();
+        phaseA += phaseStepA;
+        phaseB += phaseStepB;
+        phaseC += phaseStepC;
+
+        if (shape == brownian)
+            walk();
+
+        if (followReference && (shape == reservedPulse || shape == reservedSum))
+            follow();
+
+        for (auto* phase : { &phaseA, &phaseB, &phaseC, &referencePhase })
+            if (*phase >= 1.0f)
+                *phase -= 1.0f;
+    }
 
     /** Back to the start of the cycle, and of the walk. */
     void reset() noexcept { jumpTo (0.0f); }
@@ -78,15 +117,31 @@ public:
     double uniformHigh = 1.0;
 
 private:
+    // The three triangles of "Random tri" run at these ratios, which have no short common period.
+    static constexpr double ratioB = 1.28396548763;
+    static constexpr double ratioC = 0.82343668762;
+
+    static constexpr double walkPerHertz = 0.003;
+
+    /** What the output slew lets through per second: a brownian output is a very slow drift of its walk. */
+    static constexpr float slewPerSecond = 0.01f;
+
     [[nodiscard]] float renderShape() noexcept;
     [[nodiscard]] float renderSine() const noexcept;
     [[nodiscard]] float renderRandomTriangles() const noexcept;
     [[nodiscard]] float renderBrownian() noexcept;
     [[nodiscard]] float renderReservedPulse() const noexcept;
     [[nodiscard]] float renderReservedSum() noexcept;
-    [[nodiscard]] float bend (float x) const noexcept;
+
+    /** The curve stage, which is left out around the straight exponent. */
+    [[nodiscard]] float bend (float x) const noexcept
+    {
+        const auto exponent = (double) curveExponent;
+        return exponent > 0.99 && exponent < 1.01 ? x : bendByPower (x);
+    }
+
+    [[nodiscard]] float bendByPower (float x) const noexcept;
     [[nodiscard]] double drawStep() noexcept;
     void walk() noexcept;
     void follow() noexcept;
-    void wrapPhases() noexcept;
 };

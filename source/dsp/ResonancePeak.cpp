@@ -48,8 +48,7 @@ struct Normalised
 
 [[nodiscard]] StereoPair runSection (const Normalised& c, ResonancePeak::DelayLine& line, StereoPair x) noexcept
 {
-    const auto y
-        = c.b0 * x + c.b1 * line.input1 + c.b2 * line.input2 - c.a1 * line.output1 - c.a2 * line.output2;
+    const auto y = c.b0 * x + c.b1 * line.input1 + c.b2 * line.input2 - c.a1 * line.output1 - c.a2 * line.output2;
     line = { x, line.input1, y, line.output1 };
     return y;
 }

@@ -14,13 +14,14 @@
 class ResonancePeak
 {
 public:
+    /** A section: the numbers of its numerator and, from a0 on, of its denominator. */
     struct Coefficients
     {
         double b0, b1, b2, a0, a1, a2;
     };
 
     /** The coefficients of a run of frames, one design per frame. */
-    using Series = std::array<Coefficients, maxRunFrames>;
+    using Series = std::array<Coefficients, maxDesigns>;
 
     /** Recomputes the coefficients if anything differs from the last design; the delay lines are kept.
         @param frequency  of the peak, Hz. Not limited: at half the rate and its multiples the coefficients may be
@@ -28,7 +29,7 @@ public:
     void design (double sampleRate, double frequency, double bandwidthOctaves) noexcept;
 
     /** Designs once for each frame of a run, as so many calls of design would.
-        @param frequencies  Hz, at most maxRunFrames of them */
+        @param frequencies  Hz, at most maxDesigns of them */
     void designSeries (double sampleRate, std::span<const double> frequencies, double bandwidthOctaves,
                        Series& series) noexcept;
 
@@ -39,6 +40,8 @@ public:
         within a quarter of a circle.
         @param amounts  one per frame, 0 to 10 */
     void addResonance (std::span<const float> amounts, FrameRun frames) noexcept;
+
+    /** The same with coefficients of each frame's own. */
     void addResonance (const Series& series, std::span<const float> amounts, FrameRun frames) noexcept;
 
     double b0 = 0.0, b1 = 0.0, b2 = 0.0;
@@ -52,7 +55,7 @@ public:
         StereoPair input1, input2, output1, output2;
     };
 
-    DelayLine delayLine;
+    DelayLine delayLine {};
     double designedRate = -1.0;
     double designedFrequency = -1.0;
     double designedGainDb = -1.0;

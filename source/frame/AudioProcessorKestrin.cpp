@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <new>
 #include <tuple>
@@ -20,22 +21,44 @@ constexpr int maxFramesPerRun = 524288;
 constexpr double lowestImplausibleRate = 999.0;
 constexpr double highestImplausibleRate = 10000000001.0;
 
-/** The first channel's bounds are not symmetric, and a NaN becomes the upper one: projects sound like that. */
-[[nodiscard]] float clampFirstChannel (float sample) noexcept
+/** True if no magnitude is above the bound that both channels have in common. Nearly every block is like that, and as bits,
+    where a NaN is above every number, it is soon seen. */
+[[nodiscard]] bool areWithinBounds (const float* samples, int count) noexcept
 {
-    if (-30.0f > sample)
-        return -30.0f;
+    constexpr auto magnitudeMask = 0x7fffffff;
+    constexpr auto bound = std::bit_cast<std::int32_t> (20.0f);
+    std::int32_t numOutside = 0;
 
-    return sample < 20.0f ? sample : 20.0f;
+    for (int i = 0; i < count; ++i)
+        numOutside += (std::bit_cast<std::int32_t> (samples[i]) & magnitudeMask) > bound ? 1 : 0;
+
+    return numOutside == 0;
+}
+
+/** The first channel's bounds are not symmetric, and a NaN becomes the upper one: projects sound like that. */
+void clampFirstChannel (float* samples, int count) noexcept
+{
+    if (areWithinBounds (samples, count))
+        return;
+
+    for (int i = 0; i < count; ++i)
+    {
+        const auto raised = -30.0f > samples[i] ? -30.0f : samples[i];
+        samples[i] = raised < 20.0f ? raised : 20.0f;
+    }
 }
 
 /** Narrower below than the first channel's, and a NaN passes: both are meant. */
-[[nodiscard]] float clampSecondChannel (float sample) noexcept
+void clampSecondChannel (float* samples, int count) noexcept
 {
-    if (-20.0f > sample)
-        return -20.0f;
+    if (areWithinBounds (samples, count))
+        return;
 
-    return sample > 20.0f ? 20.0f : sample;
+    for (int i = 0; i < count; ++i)
+    {
+        const auto raised = -20.0f > samples[i] ? -20.0f : samples[i];
+        samples[i] = raised > 20.0f ? 20.0f : raised;
+    }
 }
 } // namespace
 
@@ -59,9 +82,7 @@ AudioProcessorKestrin::FramePointers AudioProcessorKestrin::framesOf (dsp::Audio
 }
 
 AudioProcessorKestrin::AudioProcessorKestrin (const BusesProperties& buses)
-    : AudioProcessor (buses),
-      stateScratch (stateScratchBytes),
-      workBufferLeft (maxFramesPerRun),
+    : AudioProcessor (buses), stateScratch (stateScratchBytes), workBufferLeft (maxFramesPerRun),
       workBufferRight (maxFramesPerRun)
 {
     if (stateScratch.getData() == nullptr)
@@ -138,27 +159,31 @@ void AudioProcessorKestrin::processRun (AudioBuffer<float>& buffer)
 
 void AudioProcessorKestrin::runFrames (const FramePointers& frames, int numFrames)
 {
-    std::array<float, maxFramesTogether> left, right;
+    std::array<float, maxFramesTogether> scratch;
 
     for (int start = 0; start < numFrames; start += maxFramesTogether)
     {
         const auto count = std::min (maxFramesTogether, numFrames - start);
+        auto* const left = frames.left + start;
 
-        for (int i = 0; i < count; ++i)
-            left[(size_t) i] = clampFirstChannel (frames.left[start + i]);
+        // A right side that is only read or only written must not be worked on in its place.
+        auto* const right =
+            frames.rightIn == frames.rightOut && frames.rightOut != nullptr ? frames.rightOut + start : scratch.data();
+
+        clampFirstChannel (left, count);
+
+        if (frames.rightIn == nullptr)
+            std::copy_n (left, count, right);
+        else if (frames.rightIn + start != right)
+            std::copy_n (frames.rightIn + start, count, right);
 
         if (frames.rightIn != nullptr)
-            for (int i = 0; i < count; ++i)
-                right[(size_t) i] = clampSecondChannel (frames.rightIn[start + i]);
-        else
-            std::copy_n (left.data(), count, right.data());
+            clampSecondChannel (right, count);
 
-        processFrames (left.data(), right.data(), count);
+        processFrames (left, right, count);
 
-        std::copy_n (left.data(), count, frames.left + start);
-
-        if (frames.rightOut != nullptr)
-            std::copy_n (right.data(), count, frames.rightOut + start);
+        if (frames.rightOut != nullptr && frames.rightOut + start != right)
+            std::copy_n (right, count, frames.rightOut + start);
     }
 }
 

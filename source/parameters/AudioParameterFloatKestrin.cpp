@@ -70,6 +70,9 @@ AudioParameterFloatKestrin::AudioParameterFloatKestrin (const String& parameterI
       valueKind (choiceKind), stepCount (newStepCount), minValue (newMinValue), maxValue (newMaxValue),
       choiceTexts (std::move (newChoiceTexts))
 {
+    if (stepCount > 1)
+        highestIndex = (float) (stepCount - 1);
+
     startAtDefault (positionOfIndex (defaultIndex, newStepCount));
 }
 

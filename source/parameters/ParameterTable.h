@@ -18,17 +18,23 @@ inline constexpr std::array waveTexts { "Sine", "Triangle", "Saw", "Square", "Ra
 inline constexpr std::array syncTexts { "Time", "Wobbly", "Drunk", "Tempo" };
 inline constexpr std::array filterTexts { "Butterworth", "Grunge Ladder" };
 inline constexpr std::array offsetTexts { "Bars", "Seconds" };
-inline constexpr std::array barTexts { "16 bars",  "8 bars",  "4 bars",  "3 bars",   "2 bars",  "1.5 bars",
-                                       "1 bar",    "3/4 bar", "1/2 bar", "2/3 bar",  "1/4 bar", "1/6 bar",
-                                       "1/8 bar",  "1/12 bar", "1/16 bar", "1/24 bar", "1/32 bar" };
+inline constexpr std::array barTexts { "16 bars", "8 bars",   "4 bars",   "3 bars",   "2 bars",  "1.5 bars",
+                                       "1 bar",   "3/4 bar",  "1/2 bar",  "2/3 bar",  "1/4 bar", "1/6 bar",
+                                       "1/8 bar", "1/12 bar", "1/16 bar", "1/24 bar", "1/32 bar" };
 
 /** The length of one LFO cycle in beats, for each of barTexts. "2/3 bar" is out of line and out of order: projects depend
     on it as it stands. */
-inline constexpr std::array<float, barTexts.size()> barLengths {
-    64.0f, 32.0f, 16.0f, 12.0f,       8.0f, 6.0f,        4.0f,  3.0f,        2.0f,
-    1.5f,  1.0f,  0.6666666865348816f, 0.5f, 0.3333333432674408f, 0.25f, 0.1666666716337204f, 0.125f
-};
+inline constexpr std::array<float, barTexts.size()> barLengths { 64.0f, 32.0f,
+                                                                 16.0f, 12.0f,
+                                                                 8.0f,  6.0f,
+                                                                 4.0f,  3.0f,
+                                                                 2.0f,  1.5f,
+                                                                 1.0f,  0.6666666865348816f,
+                                                                 0.5f,  0.3333333432674408f,
+                                                                 0.25f, 0.1666666716337204f,
+                                                                 0.125f };
 
+/** Everything about one parameter. */
 struct Row
 {
     const char* id;
@@ -47,21 +53,25 @@ struct Row
     int defaultIndex = 0;
 };
 
+/** A row over a range of hertz, shown as frequency or as period. */
 [[nodiscard]] constexpr Row frequency (const char* id, const char* name, float minHz, float maxHz, float position)
 {
     return { id, name, Kind::frequencyKind, "Hz", minHz, maxHz, position };
 }
 
+/** A row from 0 to 100 %. */
 [[nodiscard]] constexpr Row percent (const char* id, const char* name, float position)
 {
     return { id, name, Kind::percentKind, "%", 0.0f, 100.0f, position };
 }
 
+/** A row from -range to range that rests in the middle. */
 [[nodiscard]] constexpr Row bipolar (const char* id, const char* name, float range)
 {
     return { id, name, Kind::bipolarKind, "", -range, range, 0.5f };
 }
 
+/** A row of texts on the lowest of stepCount positions. */
 [[nodiscard]] constexpr Row choice (const char* id, const char* name, Texts texts, int stepCount, int defaultIndex)
 {
     return { id, name, Kind::choiceKind, "", 0.0f, 1.0f, 0.0f, texts, stepCount, defaultIndex };
@@ -70,6 +80,7 @@ struct Row
 /** The one switch of the list, which is JUCE's own kind of parameter. */
 inline constexpr int switchKind = 0;
 
+/** A row that is on or off, and starts off. */
 [[nodiscard]] constexpr Row onOff (const char* id, const char* name)
 {
     return { id, name, switchKind, "", 0.0f, 1.0f, 0.0f };

@@ -6,7 +6,7 @@
 
 using namespace scenario;
 
-TEST (RandomPatch, GivesTheSameSessionForTheSameSeed)
+TEST (RandomPatch, GivesTheSameScenarioForTheSameSeed)
 {
     const auto a = makeScenario (7);
     const auto b = makeScenario (7);
@@ -20,15 +20,15 @@ TEST (RandomPatch, FillsExactlyItsFrames)
 {
     for (std::uint32_t seed = 0; seed < 50; ++seed)
     {
-        const auto session = makeScenario (seed);
+        const auto scenario = makeScenario (seed);
         int sum = 0;
 
-        for (const auto& block : session.blocks)
+        for (const auto& block : scenario.blocks)
             sum += block.numFrames;
 
-        EXPECT_EQ (sum, 8000) << describe (session);
-        EXPECT_EQ (session.left.size(), 8000u);
-        EXPECT_EQ (session.right.size(), session.stereo ? 8000u : 0u);
+        EXPECT_EQ (sum, 8000) << describe (scenario);
+        EXPECT_EQ (scenario.left.size(), 8000u);
+        EXPECT_EQ (scenario.right.size(), scenario.stereo ? 8000u : 0u);
     }
 }
 
@@ -47,13 +47,13 @@ TEST (RandomPatch, ReachesEveryThemeTransportShapeSlopeAndFamilyWithinTwoHundred
 
     for (std::uint32_t seed = 0; seed < 200; ++seed)
     {
-        const auto session = makeScenario (seed, options);
-        ++themes[session.theme];
-        ++transports[session.transportScript];
+        const auto scenario = makeScenario (seed, options);
+        ++themes[scenario.theme];
+        ++transports[scenario.transportScript];
         ReferencePlayer player;
 
         for (int i = 0; i < reference::Index::count; ++i)
-            player.engine.setParameter (i, session.positions[static_cast<std::size_t> (i)]);
+            player.engine.setParameter (i, scenario.positions[static_cast<std::size_t> (i)]);
 
         for (int lfo = 0; lfo < 2; ++lfo)
         {
@@ -66,7 +66,7 @@ TEST (RandomPatch, ReachesEveryThemeTransportShapeSlopeAndFamilyWithinTwoHundred
         ++families[player.engine.getChoiceIndex (reference::Index::filtMode)];
 
         ReferencePlayer listener;
-        play (session, listener);
+        play (scenario, listener);
         slept += listener.engine.tickCount < listener.engine.frameCount ? 1 : 0;
     }
 
@@ -89,13 +89,13 @@ TEST (RandomPatch, SoundsTheSameHoweverItsBlocksAreCut)
 {
     for (std::uint32_t seed = 100; seed < 140; ++seed)
     {
-        const auto session = makeScenario (seed);
+        const auto scenario = makeScenario (seed);
         ReferencePlayer one;
         ReferencePlayer other;
-        const auto expected = play (session, one);
-        const auto actual = play (splitFurther (session, seed), other);
-        EXPECT_EQ (firstDifference (expected, actual), -1) << describe (session);
-        EXPECT_EQ (one.engine.tickCount, other.engine.tickCount) << describe (session);
+        const auto expected = play (scenario, one);
+        const auto actual = play (splitFurther (scenario, seed), other);
+        EXPECT_EQ (firstDifference (expected, actual), -1) << describe (scenario);
+        EXPECT_EQ (one.engine.tickCount, other.engine.tickCount) << describe (scenario);
     }
 }
 
@@ -108,15 +108,15 @@ TEST (RandomPatch, NeverLeavesATargetOutsideItsRangeWhateverTheHostTells)
 
     for (std::uint32_t seed = 500; seed < 600; ++seed)
     {
-        const auto session = makeScenario (seed, options);
+        const auto scenario = makeScenario (seed, options);
         ReferencePlayer player;
-        play (session, player);
+        play (scenario, player);
 
         for (const auto* slew : { &player.engine.hpFreqSlew, &player.engine.lpFreqSlew, &player.engine.hpResoSlew,
                                   &player.engine.lpResoSlew })
         {
-            EXPECT_GE (slew->current, 0.0f) << describe (session);
-            EXPECT_LE (slew->current, 1.0f) << describe (session);
+            EXPECT_GE (slew->current, 0.0f) << describe (scenario);
+            EXPECT_LE (slew->current, 1.0f) << describe (scenario);
         }
     }
 }
@@ -129,9 +129,9 @@ TEST (RandomPatch, LeavesTheWalkOutWhenAskedTo)
 
     for (std::uint32_t seed = 0; seed < 100; ++seed)
     {
-        const auto session = makeScenario (seed, options);
+        const auto scenario = makeScenario (seed, options);
         ReferencePlayer player;
-        play (session, player);
+        play (scenario, player);
         EXPECT_NE (player.engine.lfo[0].shape, 5);
         EXPECT_NE (player.engine.lfo[1].shape, 5);
     }

@@ -583,6 +583,14 @@ TEST (ReferenceTick, MapsResonanceBySixthPowerTimesTen)
     EXPECT_EQ (engine.lpResonance, 0.0f);
     EXPECT_TRUE (engine.hpResonator.designed);
     EXPECT_FALSE (engine.lpResonator.designed);
+
+    Engine other;
+    other.lpResoSlew.current = 0.5f;
+    other.lpResoSlew.target = 0.5f;
+    other.setParameter (Index::lpReso, 0.5f);
+    run (other, 1);
+    EXPECT_EQ (other.lpResonance, 0.15625f);
+    EXPECT_EQ (other.hpResonance, 0.0f);
 }
 
 TEST (ReferenceTick, PutsTheLowpassPeakATenthBelowItsCutoff)
@@ -605,6 +613,36 @@ TEST (ReferenceTick, UsesTheStatedBitsOfItsConstants)
     EXPECT_EQ (std::bit_cast<std::uint32_t> (0.707f), 0x3F34FDF4u);
     EXPECT_EQ (static_cast<double> (1E-07f), 1.0000000116860974e-07);
     EXPECT_EQ (static_cast<double> (0.498f), 0.49799999594688416);
+}
+
+TEST (ReferenceTick, TreatsBothChannelsAlikeInEitherFamily)
+{
+    for (float family : { 0.0f, 1.0f / 9.0f })
+    {
+        for (int slope = 0; slope <= 4; ++slope)
+        {
+            Engine engine;
+            engine.setParameter (Index::filtMode, family);
+            engine.setParameter (Index::hpMode, positionOfChoice (slope, 10));
+            engine.setParameter (Index::lpMode, positionOfChoice (slope, 10));
+            engine.setParameter (Index::hpReso, 0.9f);
+            engine.setParameter (Index::lpReso, 0.9f);
+            engine.setParameter (Index::hpFreq, 0.3f);
+            engine.setParameter (Index::lpFreq, 0.6f);
+            float largest = 0.0f;
+
+            for (int n = 0; n < 9000; ++n)
+            {
+                float left = n % 100 < 50 ? 0.5f : -0.5f;
+                float right = left;
+                engine.process (&left, &right, 1);
+                ASSERT_EQ (left, right) << n;
+                largest = std::max (largest, std::abs (left));
+            }
+
+            EXPECT_GT (largest, 1e-5f); // eight stages at full grunge leave little of it
+        }
+    }
 }
 
 TEST (ReferenceTick, LeavesTheOtherFamilyAsItWas)
@@ -1194,7 +1232,9 @@ TEST (ReferenceRouting, WobblesOnlyWhenDrunk)
     engine.setParameter (Index::lfoSync (0), positionOfChoice (2, 10));
     run (engine, 1);
     EXPECT_EQ (engine.wobbleDepth[0], 0.12f);
-    EXPECT_LT (engine.lfoFrequency[0], 0.4f); // near the triangle's lowest point: m about 0.88^2
+    // Close to the triangle's lowest point: m is (1 - 0.12)^2, and enters squared.
+    const double m = 0.88 * 0.88;
+    EXPECT_NEAR (engine.lfoFrequency[0], 0.02 * std::pow (1000.0, 0.5 * m * m), 1e-3);
     EXPECT_NEAR (static_cast<double> (engine.wobbleStep[0]) * 96000.0, 0.01 * std::pow (350.0, (0.055 + 0.3297) * 0.5),
                  1e-6);
 

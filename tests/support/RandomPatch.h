@@ -15,8 +15,8 @@
 #include <utility>
 #include <vector>
 
-/** Seeded random sessions with the effect: a patch, a host with its transport, rate and blocks, knobs that move, and a
-    sound. The same seed gives the same session with every compiler and standard library, and any engine can play it. */
+/** Seeded random scenarios with the effect: a patch, a host with its transport, rate and blocks, knobs that move, and a
+    sound. The same seed gives the same scenario with every compiler and standard library, and any engine can play it. */
 namespace scenario
 {
 
@@ -518,7 +518,7 @@ inline double drawRate (Dice& dice)
 }
 
 //======================================================================================================================
-/** The whole session of one seed. */
+/** The whole scenario of one seed. */
 inline Scenario makeScenario (std::uint32_t seed, const Options& options = {})
 {
     Dice dice (seed);
@@ -596,7 +596,7 @@ inline Scenario makeScenario (std::uint32_t seed, const Options& options = {})
     return result;
 }
 
-/** The same session cut into further blocks; no engine may tell the two apart. */
+/** The same scenario cut into further blocks; no engine may tell the two apart. */
 inline Scenario splitFurther (const Scenario& scenario, std::uint32_t seed)
 {
     Dice dice (seed);
@@ -632,7 +632,7 @@ inline std::string describe (const Scenario& scenario)
 }
 
 //======================================================================================================================
-/** Plays a session into anything that has these operations, in this order of calls:
+/** Plays a scenario into anything that has these operations, in this order of calls:
 
         void seedLfo (int lfo, std::uint32_t seed);
         void setParameter (int index, float position);

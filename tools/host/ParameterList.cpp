@@ -88,10 +88,21 @@ const HostedParameter& ParameterList::find (const juce::String& id) const
             return parameter;
 
     juce::StringArray near;
+    constexpr int tooFar = 3;
+    auto nearest = tooFar;
 
     for (const auto& parameter : parameters)
-        if (editDistance (parameter.id.toLowerCase(), id.toLowerCase()) <= 2)
+    {
+        const auto distance = editDistance (parameter.id.toLowerCase(), id.toLowerCase());
+
+        if (distance < nearest)
+            near.clear();
+
+        nearest = std::min (nearest, distance);
+
+        if (distance == nearest && distance < tooFar)
             near.add (parameter.id);
+    }
 
     throw HostError ("there is no parameter \"" + id + "\""
                      + (near.isEmpty() ? juce::String (" (kestrin-host parameters lists them)")

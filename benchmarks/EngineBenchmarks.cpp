@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+// The whole plug-in beside the literal engine of the tests, and beside JUCE's filters.
+#include "EngineContestants.h"
+#include "JuceCascade.h"
+#include "Registration.h"
+
+namespace
+{
+/** How many times faster the plug-in should be, and how many it could be. */
+struct Goal
+{
+    double reach;
+    double further;
+};
+
+struct Regime
+{
+    const char* name;
+    Patch patch;
+    Goal goal;
+};
+
+struct JuceRegime
+{
+    const char* name;
+    int order;
+    bool redesigned;
+    Goal goal;
+};
+
+const Table besideLiteralEngine { "plug-in",
+                                  "The plug-in beside the literal engine",
+                                  "regime",
+                                  { { "literal", "literal, ns/frame", 1 },
+                                    { "ours", "ours, ns/frame", 1 },
+                                    { "ratio", "ratio", 2 },
+                                    { "reach", "goal", 1 },
+                                    { "try", "further", 1 },
+                                    { "literalMegaframes", "literal, Mframes/s", 2 },
+                                    { "megaframes", "ours, Mframes/s", 2 } },
+                                  "Through `MainAudioProcessor::processBlock`: 512-frame blocks, 48 kHz, stereo. "
+                                  "Mframes/s: million frames per second." };
+
+const Table besideJuce { "JUCE",
+                         "The plug-in beside cascades of JUCE's own filters",
+                         "JUCE / ours",
+                         { { "juce", "JUCE, ns/frame", 1 },
+                           { "ours", "ours, ns/frame", 1 },
+                           { "ratio", "ratio", 2 },
+                           { "reach", "goal", 1 },
+                           { "try", "further", 1 } },
+                         "`juce::dsp::IIR::Filter<double>`, highpass and lowpass of the same orders, stereo. JUCE's "
+                         "side is the bare filters on\n"
+                         "doubles; ours is the whole plug-in on floats, with transport, LFO, slews and change watch." };
+
+void report (benchmark::State& state, const Contest& contest, const Goal& goal)
+{
+    const auto theirs = contest.nanosecondsPerFrame (0);
+    const auto ours = contest.nanosecondsPerFrame (1);
+    state.counters["ratio"] = theirs / ours;
+    state.counters["literalMegaframes"] = 1000.0 / theirs;
+    state.counters["megaframes"] = 1000.0 / ours;
+    state.counters["reach"] = goal.reach;
+    state.counters["try"] = goal.further;
+}
+
+void registerBesideLiteralEngine()
+{
+    const std::vector<Regime> regimes {
+        { "asleep, 12/12", Patch::asleep (2), { 4.5, 6.0 } },
+        { "asleep, 48/48", Patch::asleep (4), { 3.5, 5.0 } },
+        { "asleep, 48/48, both resonances at 100 %", Patch::asleep (4, 1.0f), { 2.2, 3.0 } },
+        { "ladder, 48/48, grunge at 50 %", Patch::ladder (0.5f), { 5.0, 8.0 } },
+        { "awake, LFO 1 sine to the highpass cutoff, 12/12", Patch::oneLfo(), { 4.0, 7.0 } },
+        { "awake, everything, 48/48", Patch::everything(), { 2.4, 3.5 } },
+    };
+
+    for (const auto& regime : regimes)
+        registerRow (besideLiteralEngine.key, regime.name,
+                     [regime] (benchmark::State& state)
+                     {
+                         Contest contest;
+                         contest.add ("literal", std::make_unique<LiteralContestant> (regime.patch));
+                         contest.add ("ours", std::make_unique<ProductContestant> (regime.patch));
+                         contest.run (state);
+                         report (state, contest, regime.goal);
+                     });
+}
+
+/** Choice index of the slope with so many poles. */
+int slopeOfOrder (int order)
+{
+    if (order == 2)
+        return 2;
+
+    return order == 4 ? 3 : 4;
+}
+
+std::unique_ptr<Contestant> makeJuceContestant (const JuceRegime& regime)
+{
+    if (regime.redesigned)
+        return std::make_unique<RedesignedJuceContestant> (regime.order);
+
+    return std::make_unique<StaticJuceContestant> (regime.order);
+}
+
+void registerBesideJuce()
+{
+    const std::vector<JuceRegime> regimes {
+        { "static / asleep, 12/12", 2, false, { 3.0, 4.0 } },
+        { "static / asleep, 24/24", 4, false, { 3.5, 5.0 } },
+        { "static / asleep, 48/48", 8, false, { 4.0, 6.0 } },
+        { "redesigned every frame / both cutoffs moving, 12/12", 2, true, { 1.0, 1.5 } },
+        { "redesigned every frame / both cutoffs moving, 24/24", 4, true, { 1.5, 2.2 } },
+        { "redesigned every frame / both cutoffs moving, 48/48", 8, true, { 2.0, 3.2 } },
+    };
+
+    for (const auto& regime : regimes)
+        registerRow (besideJuce.key, regime.name,
+                     [regime] (benchmark::State& state)
+                     {
+                         const auto slope = slopeOfOrder (regime.order);
+                         const auto patch = regime.redesigned ? Patch::bothCutoffs (slope) : Patch::asleep (slope);
+                         Contest contest;
+                         contest.add ("juce", makeJuceContestant (regime));
+                         contest.add ("ours", std::make_unique<ProductContestant> (patch));
+                         contest.run (state);
+                         report (state, contest, regime.goal);
+                     });
+}
+} // namespace
+
+std::vector<Table> registerEngineBenchmarks()
+{
+    registerBesideLiteralEngine();
+    registerBesideJuce();
+    return { besideLiteralEngine, besideJuce };
+}

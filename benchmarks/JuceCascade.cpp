@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "JuceCascade.h"
+
+#include <cmath>
+
+namespace
+{
+using Design = juce::dsp::IIR::ArrayCoefficients<double>;
+
+constexpr double hostRate = 48000.0;
+constexpr juce::uint32 largestBlock = 4096;
+
+void widen (juce::AudioBuffer<double>& buffer, const Noise::Stretch& stretch)
+{
+    buffer.setSize (2, (int) stretch.left.size(), false, false, true);
+
+    for (int n = 0; n < buffer.getNumSamples(); ++n)
+    {
+        buffer.setSample (0, n, (double) stretch.left[(size_t) n]);
+        buffer.setSample (1, n, (double) stretch.right[(size_t) n]);
+    }
+}
+} // namespace
+
+JuceCascade::JuceCascade (int order, double newRate)
+    : rate (newRate), highpass ((size_t) order / 2), lowpass ((size_t) order / 2)
+{
+    for (auto* cascade : { &highpass, &lowpass })
+        for (size_t i = 0; i < cascade->size(); ++i)
+        {
+            auto& section = (*cascade)[i];
+            const auto poleAngle = juce::MathConstants<double>::pi * (2.0 * (double) i + 1.0) / (2.0 * order);
+            section.q = 0.5 / std::sin (poleAngle);
+            section.coefficients = new juce::dsp::IIR::Coefficients<double> (Design::makeLowPass (rate, 1000.0, 1.0));
+
+            for (auto& channel : section.channels)
+            {
+                channel.coefficients = section.coefficients;
+                channel.prepare ({ rate, largestBlock, 1 });
+            }
+        }
+
+    setCutoffs (300.0, 2400.0);
+}
+
+void JuceCascade::setCutoffs (double highpassHz, double lowpassHz)
+{
+    for (auto& section : highpass)
+        *section.coefficients = Design::makeHighPass (rate, highpassHz, section.q);
+
+    for (auto& section : lowpass)
+        *section.coefficients = Design::makeLowPass (rate, lowpassHz, section.q);
+}
+
+void JuceCascade::process (juce::dsp::AudioBlock<double> block)
+{
+    for (auto* cascade : { &highpass, &lowpass })
+        for (auto& section : *cascade)
+            for (size_t channel = 0; channel < 2; ++channel)
+            {
+                auto single = block.getSingleChannelBlock (channel);
+                section.channels[channel].process (juce::dsp::ProcessContextReplacing<double> (single));
+            }
+}
+
+void JuceCascade::processFrame (double& left, double& right) noexcept
+{
+    for (auto* cascade : { &highpass, &lowpass })
+        for (auto& section : *cascade)
+        {
+            left = section.channels[0].processSample (left);
+            right = section.channels[1].processSample (right);
+        }
+}
+
+//======================================================================================================================
+StaticJuceContestant::StaticJuceContestant (int order) : cascade (order, hostRate) {}
+
+void StaticJuceContestant::take (const Noise::Stretch& stretch) { widen (buffer, stretch); }
+
+void StaticJuceContestant::run()
+{
+    const juce::ScopedNoDenormals noDenormals;
+    cascade.process (juce::dsp::AudioBlock<double> (buffer));
+}
+
+//======================================================================================================================
+RedesignedJuceContestant::RedesignedJuceContestant (int order) : cascade (order, hostRate) {}
+
+void RedesignedJuceContestant::take (const Noise::Stretch& stretch) { widen (buffer, stretch); }
+
+void RedesignedJuceContestant::run()
+{
+    const juce::ScopedNoDenormals noDenormals;
+    auto* const left = buffer.getWritePointer (0);
+    auto* const right = buffer.getWritePointer (1);
+
+    for (int n = 0; n < buffer.getNumSamples(); ++n)
+    {
+        hertz = hertz > 600.0 ? 300.0 : hertz * 1.0001;
+        cascade.setCutoffs (hertz, hertz * 8.0);
+        cascade.processFrame (left[n], right[n]);
+    }
+}

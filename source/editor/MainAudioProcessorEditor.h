@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <array>
+
+#include <juce_audio_processors/juce_audio_processors.h>
+
+#include "dsp/MainAudioProcessor.h"
+#include "EditorTable.h"
+#include "KestrinLookAndFeel.h"
+#include "ParameterSlider.h"
+
+/** The plug-in's window: 266 or 520 by 546 pixels, and nothing in between.
+
+    The controls write their parameters at once, and a timer of 33 ms brings every parameter's value back into its
+    control without notification, so the two directions never chase each other. Beside the controls it shows the engine
+    at work: a dot for each LFO, a light for each step, and lights for the filters and LFOs that are in use.
+
+    The work is divided by file: construction and layout (MainAudioProcessorEditor.cpp, from the rows of EditorTable.h),
+    painting (EditorPainting.cpp), the poll (EditorPolling.cpp) and what the user does (EditorCallbacks.cpp).
+
+    Message thread only. The engine's fields are read and written there as plain memory while the audio runs; the worst
+    that comes of it is a misplaced dot. The controls are public for those who look at the window from outside. */
+class MainAudioProcessorEditor : public juce::AudioProcessorEditor,
+                                 public juce::Slider::Listener,
+                                 public juce::Button::Listener,
+                                 public juce::TextEditor::Listener,
+                                 public juce::Timer
+{
+public:
+    /** @param owner  outlives the window */
+    explicit MainAudioProcessorEditor (MainAudioProcessor& owner);
+    ~MainAudioProcessorEditor() override;
+
+    void paint (juce::Graphics& g) override;
+    void paintOverChildren (juce::Graphics& g) override;
+
+    /** Nothing moves when the window changes its width. */
+    void resized() override {}
+
+    void sliderValueChanged (juce::Slider* slider) override;
+    void buttonClicked (juce::Button* button) override;
+    void textEditorReturnKeyPressed (juce::TextEditor& editor) override;
+    void timerCallback() override;
+
+    /** Brings every parameter's value into its control, without notification. */
+    void refreshControls();
+
+    /** Shows the columns that are switched on, in a window that is as wide as they need. */
+    void updateWindowSize();
+
+    /** Lets the LFOs win where both views are on, and at the first call chooses the view that the settings use. */
+    void applyInitialPanels();
+
+    /** Shows one of the two knobs in the place of the speed knob. Runs only when the window is made and when the user
+        turns the tempo knob: a tempo mode set by the host turns the tempo knob alone. */
+    void updateLfoSpeedControls (int lfoIndex);
+
+    //==================================================================================================================
+    /** What stands on a column: rows of EditorTable.h. */
+    template <std::size_t numCaptions, std::size_t numKnobs>
+    struct ColumnControls
+    {
+        juce::DrawableRectangle background;
+        std::array<juce::Label, numCaptions> captions;
+        std::array<ParameterSlider, numKnobs> knobs;
+    };
+
+    /** An LFO's column, with the dot that shows its output. */
+    struct LfoControls : ColumnControls<editorTable::lfoCaptions.size(), editorTable::lfoKnobs.size()>
+    {
+        juce::DrawableRectangle track;
+        juce::DrawableRectangle dot;
+
+        ParameterSlider& speedKnob { knobs[editorTable::speedKnobRow] };
+        ParameterSlider& divisionKnob { knobs[editorTable::divisionKnobRow] };
+        ParameterSlider& tempoKnob { knobs[editorTable::tempoKnobRow] };
+    };
+
+    /** A step's row: two knobs and the light between them. */
+    struct StepControls
+    {
+        /** Highpass, lowpass. */
+        std::array<ParameterSlider, editorTable::stepKnobs.size()> knobs;
+        juce::DrawableRectangle light;
+    };
+
+    using FilterControls = ColumnControls<editorTable::filterCaptions.size(), editorTable::filterKnobs.size()>;
+    using FrequencerControls = ColumnControls<editorTable::frequencerCaptions.size(), editorTable::amountKnobs.size()>;
+
+    juce::Component mainPanel, hpPanel, lpPanel;
+    std::array<juce::Component, ParameterSet::numLfos> lfoPanels;
+
+    /** Only the first two have a place in the window; the others are kept for further columns. */
+    std::array<juce::Component, 10> frequencerPanels;
+
+    std::array<FilterControls, editorTable::numFilters> filterControls;
+    ParameterSlider& hpFreqSlider { filterControls[0].knobs[editorTable::frequencyKnobRow] };
+    ParameterSlider& lpFreqSlider { filterControls[1].knobs[editorTable::frequencyKnobRow] };
+
+    /** Follows its parameter, but has no place in the window: only the host sets the inertia. */
+    ParameterSlider inertiaSlider;
+
+    juce::Label linkCaption;
+    juce::ToggleButton linkToggle;
+
+    std::array<LfoControls, ParameterSet::numLfos> lfoControls;
+
+    juce::DrawableRectangle stepsBackground;
+    std::array<StepControls, ParameterSet::numSteps> stepControls;
+
+    FrequencerControls frequencerControls;
+    juce::TextEditor offsetEditor;
+    juce::TextButton randomizeButton;
+
+    std::array<juce::Label, editorTable::switches.size()> switchCaptions;
+    std::array<juce::ToggleButton, editorTable::switches.size()> switchToggles;
+    juce::ToggleButton& showLfosToggle { switchToggles[0] };
+    juce::ToggleButton& frequencerToggle { switchToggles[1] };
+    juce::ToggleButton& ladderToggle { switchToggles[2] };
+
+    KestrinLookAndFeel lookAndFeel;
+
+    bool showLfos = false;
+    bool showFrequencer = false;
+
+    /** The choice of columns that a newly opened window makes has not been made yet. */
+    bool panelsUndecided = true;
+    int timerTicks = 0;
+
+private:
+    void addSwitches();
+    void addMainPanel();
+    void addFilterColumns();
+    void addLink();
+    void addLfoColumn (int lfoIndex);
+    void addStepColumn();
+    void addFrequencerColumn();
+    void addCaption (juce::Component& parent, juce::Label& label, const editorTable::Caption& row, int column = 0);
+    void addKnob (juce::Component& parent, ParameterSlider& knob, ParameterSet::Parameter* parameter,
+                  editorTable::Area area, editorTable::Arc arc);
+
+    [[nodiscard]] bool anyLfoIsRouted() const;
+    [[nodiscard]] bool anyStepIsUsed() const;
+
+    void drawLight (juce::Graphics& g, const juce::Component& column) const;
+
+    void refreshToggles();
+    void refreshOffsetText();
+    void refreshResonanceCaptions();
+    void moveDot (int lfoIndex);
+    void updateStepLight (int step);
+
+    void moveLinkedFrequency (const ParameterSlider& slider, float value);
+    void randomiseFrequencer();
+
+    MainAudioProcessor& mainProcessor;
+    ParameterSet& parameters { mainProcessor.parameters };
+
+    /** Keeps a linked frequency from moving the one that moved it. */
+    bool linkBusy = false;
+
+    JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (MainAudioProcessorEditor)
+};

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "PresetFile.h"
+
+#include <gtest/gtest.h>
+
+#include "HostError.h"
+#include "HostProcess.h"
+#include "LoadPreset.h"
+#include "ModuleUnderTest.h"
+#include "PluginState.h"
+
+namespace
+{
+const char* const tide = "# a comment\n"
+                         "name = Slow Tide\n"
+                         "about = A slow sweep under pads.\n"
+                         "listen = Pads = chords # and strings\n"
+                         "\n"
+                         "lp_freq = 0.5\n"
+                         "hp_mode = 24 dB/oct\n"
+                         "lfo1T_lpf = +50\n";
+
+juce::String refusal (const juce::String& text)
+{
+    const HostProcess host;
+    const ModuleUnderTest module;
+    host.file ("wrong.txt").replaceWithText (text);
+
+    try
+    {
+        [[maybe_unused]] const auto written = presetFile::parse (module, host.file ("wrong.txt"));
+    }
+    catch (const HostError& error)
+    {
+        return juce::String (error.what()).fromFirstOccurrenceOf ("wrong.txt", true, false);
+    }
+
+    return "taken";
+}
+} // namespace
+
+TEST (Presets, AreLoadedByTheModuleWithTheirValuesAndDefaultsForTheRest)
+{
+    const HostProcess host;
+    host.file ("tide.txt").replaceWithText (tide);
+    ModuleUnderTest maker, user;
+    user.set ("lp_reso", 0.9f);
+    user.deliverParameters();
+
+    const auto bytes = presetFile::build (maker, presetFile::parse (maker, host.file ("tide.txt")));
+    ASSERT_TRUE (loadPreset (user, bytes));
+
+    const auto settings = juce::parseXML (pluginState::settingsText (pluginState::read (user.instance())));
+    ASSERT_NE (settings, nullptr);
+    EXPECT_EQ (settings->getStringAttribute ("lp_freq"), "0.5000");
+    EXPECT_EQ (settings->getStringAttribute ("hp_mode"), "0.3333");
+    EXPECT_EQ (settings->getStringAttribute ("lfo1T_lpf"), "0.7500");
+    EXPECT_EQ (settings->getStringAttribute ("lp_reso"), "0.0000");
+    EXPECT_EQ (settings->getStringAttribute ("inertia"), "0.0500");
+}
+
+TEST (Presets, TellNothingOfTheMachineTheyWereMadeOn)
+{
+    const HostProcess host;
+    host.file ("tide.txt").replaceWithText (tide);
+    ModuleUnderTest maker;
+    const auto bytes = presetFile::build (maker, presetFile::parse (maker, host.file ("tide.txt")));
+    const auto text = pluginState::settingsText (presetFile::componentBlock (bytes, {}));
+
+    EXPECT_TRUE (text.contains ("lp_freq"));
+
+    for (const auto* name : { "username", "daw", "date_modified", "samplerate" })
+        EXPECT_FALSE (text.contains (name)) << name;
+}
+
+TEST (Presets, KeepWhatIsSaidOfThem)
+{
+    const HostProcess host;
+    host.file ("tide.txt").replaceWithText (tide);
+    const ModuleUnderTest module;
+    const auto written = presetFile::parse (module, host.file ("tide.txt"));
+
+    EXPECT_EQ (written.name, "Slow Tide");
+    EXPECT_EQ (written.about, "A slow sweep under pads.");
+    EXPECT_EQ (written.listen, "Pads = chords # and strings");
+}
+
+TEST (Presets, AreFilesCalledAfterTheirNames)
+{
+    const HostProcess host;
+    host.file ("tide.txt").replaceWithText (tide);
+    const auto result = host.run ({ "preset", "tide.txt", "--out-dir", "made/here" });
+
+    EXPECT_EQ (result.exitCode, 0) << result.errors;
+    EXPECT_TRUE (host.file ("made/here/Slow Tide.vstpreset").existsAsFile());
+}
+
+TEST (Presets, NameFileAndLineOfWhatIsWrong)
+{
+    const juce::String head ("name = Name\nabout = Purpose\n");
+
+    EXPECT_EQ (refusal (head + "lp_freq = 0.5\nlp_frq = 1\n"),
+               "wrong.txt:4: there is no parameter \"lp_frq\"; did you mean lp_freq?");
+    EXPECT_TRUE (refusal (head + "lp_freq = 1.5\n").startsWith ("wrong.txt:3: lp_freq: \"1.5\""));
+    EXPECT_TRUE (refusal (head + "\nfiltmode = Comb\n").startsWith ("wrong.txt:4: filtmode: \"Comb\""));
+    EXPECT_TRUE (refusal (head + "lp_freq\n").startsWith ("wrong.txt:3: \"lp_freq\" is not of the form"));
+    EXPECT_EQ (refusal (head + "lp_freq = 0.1\nlp_freq = 0.2\n"), "wrong.txt:4: lp_freq is set a second time");
+    EXPECT_EQ (refusal (head + "\nlisten = a\nname = Other\n"), "wrong.txt:5: name is set a second time");
+    EXPECT_EQ (refusal ("name = Name\nlp_freq = 0.1\n"), "wrong.txt:2: a preset has a line: about = ...");
+    EXPECT_EQ (refusal ("# nothing\n\nabout = Purpose\n"), "wrong.txt:3: a preset has a line: name = ...");
+    EXPECT_EQ (refusal (""), "wrong.txt:1: a preset has a line: name = ...");
+}
+
+TEST (Presets, WriteNoneOfThemIfOneIsWrong)
+{
+    const HostProcess host;
+    host.file ("a.txt").replaceWithText (tide);
+    host.file ("b.txt").replaceWithText ("name = Name\nabout = Purpose\nlp_freq = 2\n");
+    const auto result = host.run ({ "preset", "a.txt", "b.txt", "--out-dir", "made" });
+
+    EXPECT_EQ (result.exitCode, 2);
+    EXPECT_TRUE (result.errors.contains ("b.txt:3: lp_freq")) << result.errors;
+    EXPECT_EQ (host.files(), juce::StringArray ("a.txt", "b.txt"));
+}
+
+TEST (Presets, AreNotWrittenOverOneAnother)
+{
+    const HostProcess host;
+    host.file ("a.txt").replaceWithText (tide);
+    host.file ("b.txt").replaceWithText ("name = SLOW TIDE\nabout = Another one.\n");
+    const auto result = host.run ({ "preset", "a.txt", "b.txt", "--out-dir", "made" });
+
+    EXPECT_EQ (result.exitCode, 2);
+    EXPECT_TRUE (result.errors.contains ("b.txt: another preset is called \"Slow Tide\", too")) << result.errors;
+    EXPECT_EQ (host.files(), juce::StringArray ("a.txt", "b.txt"));
+}
+
+TEST (Presets, ThatAreDamagedAreRefused)
+{
+    ModuleUnderTest module;
+    const auto whole = presetFile::fromBlock (module.instance(), pluginState::read (module.instance()));
+
+    for (size_t size = 0; size < whole.getSize(); size += 7)
+    {
+        const juce::MemoryBlock cut (whole.getData(), size);
+
+        if (! presetFile::isPreset (cut))
+            continue;
+
+        EXPECT_THROW ([[maybe_unused]] const auto block = presetFile::componentBlock (cut, {}), HostError) << size;
+    }
+}

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+/** Counts what an audio thread must not do. While one lives, every allocation, every release of memory, every lock of a
+    mutex and every call that concerns a file, the console or a wait, on the thread that made it, is counted; what other threads do is not. */
+class AudioThreadWatch
+{
+public:
+    struct Counts
+    {
+        long allocations = 0;
+        long releases = 0;
+        long locks = 0;
+        long systemCalls = 0;
+
+        [[nodiscard]] bool operator== (const Counts&) const = default;
+    };
+
+    AudioThreadWatch() noexcept;
+    ~AudioThreadWatch();
+    AudioThreadWatch (const AudioThreadWatch&) = delete;
+    AudioThreadWatch& operator= (const AudioThreadWatch&) = delete;
+
+    [[nodiscard]] Counts counts() const noexcept;
+};
