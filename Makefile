@@ -6,6 +6,9 @@
 # The user's folder of VST3 modules; the presets go into presets/ within it.
 VST3_DIR ?= $(HOME)/.vst3
 
+# How long each fuzzer runs.
+SECONDS_EACH ?= 60
+
 # How many things are done at once.
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
@@ -23,7 +26,7 @@ endif
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test bits bench bench-document install uninstall format lint clean
+.PHONY: help setup build demo test bits bench bench-document docs install uninstall format lint clean test-consumer package sanitize fuzz soak
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -47,6 +50,9 @@ demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wa
 test: build ## build and run all tests
 	ctest --preset release --parallel $(JOBS)
 
+test-consumer: setup ## build a small project that takes this one in by add_subdirectory (some minutes)
+	@tests/scripts/consumer_test.sh .
+
 bits: build ## play MILLION (50) million frames of random sessions into plug-in and literal engine, and compare every bit
 	build/release/tests/samebits/bit_soak --million $(MILLION) --seed $(SEED)
 
@@ -56,11 +62,27 @@ bench: setup ## measure speed, load times and memory, and print the tables
 bench-document: setup ## the same, and put the tables into docs/performance.md
 	@scripts/bench --document
 
+docs: ## draw the pictures and plots of docs/, and write the class pages into build/docs/html
+	@scripts/docs
+
 install: build ## put the plug-in and its presets into ~/.vst3
 	@scripts/user-install install build/release
 
 uninstall: ## take out of ~/.vst3 what 'make install' put there
 	@scripts/user-install uninstall
+
+package: build ## make the Debian package and the archive, in build/package
+	@scripts/setup package
+	@scripts/package build/release build/package
+
+sanitize: ## run the tests under the sanitizers and valgrind; takes most of an hour
+	@scripts/sanitize
+
+fuzz: ## run each fuzzer for a minute; SECONDS_EACH=n for another time
+	@scripts/fuzz $(SECONDS_EACH)
+
+soak: ## run a day asleep and an hour awake, as fast as the machine goes
+	@scripts/soak
 
 format: ## lay out all C++ files as .clang-format says
 	@scripts/setup format

@@ -13,6 +13,8 @@
 #include <juce_audio_processors/juce_audio_processors.h>
 #include <juce_dsp/juce_dsp.h>
 
+#include "LongBlocks.h"
+
 namespace juce
 {
 /** The frame of the plug-in: turns the host's blocks into one call of processFrame per stereo frame, runs the control-rate
@@ -27,6 +29,7 @@ namespace juce
 class AudioProcessorKestrin : public AudioProcessor
 {
 public:
+    /** @param buses  as JUCE's base takes them */
     explicit AudioProcessorKestrin (const BusesProperties& buses);
     ~AudioProcessorKestrin() override;
 
@@ -35,6 +38,7 @@ public:
     bool isBusesLayoutSupported (const BusesLayout&) const override { return true; }
     void processBlock (AudioBuffer<float>& buffer, MidiBuffer& midi) override;
     using AudioProcessor::processBlock;
+    VST3ClientExtensions* getVST3ClientExtensions() override { return &longBlocks; }
 
     int getNumPrograms() override;
     int getCurrentProgram() override;
@@ -92,7 +96,7 @@ protected:
     Random random;
 
     /** Frames that processFrames is given at the most. */
-    static constexpr int maxFramesTogether = 256;
+    static constexpr int maxFramesTogether = 512;
 
     /** Processes frames whose samples have been brought into bounds, in place, each with its step of the clock and, where
         it is due, its update before it. Override it to take frames together: what can be seen afterwards must be what
@@ -155,6 +159,8 @@ private:
     // The capacity behind the limit of frames per run. Nothing reads or writes them after construction.
     std::vector<float> workBufferLeft;
     std::vector<float> workBufferRight;
+
+    LongBlocks longBlocks { *this };
 
     // A hook: raised by every load of state, read by nothing yet.
     bool stateTouched = true;

@@ -13,13 +13,26 @@
 #endif
 #endif
 
+#if defined(__SANITIZE_THREAD__)
+#define KESTRIN_THREAD_SANITIZER 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define KESTRIN_THREAD_SANITIZER 1
+#endif
+#endif
+
 #if KESTRIN_ADDRESS_SANITIZER
 #include <sanitizer/allocator_interface.h>
 #endif
 
 #if defined(__GLIBC__)
+#include <cstdarg>
+#include <cstdio>
 #include <dlfcn.h>
+#include <poll.h>
 #include <pthread.h>
+#include <time.h>
+#include <unistd.h>
 #endif
 
 namespace
@@ -58,21 +71,25 @@ AudioThreadWatch::~AudioThreadWatch() { watching = false; }
 
 AudioThreadWatch::Counts AudioThreadWatch::counts() const noexcept { return counted; }
 
-#if defined(__GLIBC__)
+// The thread sanitizer has to see the real calls, or it knows nothing of who waits for whom: there nothing is counted.
+#if KESTRIN_THREAD_SANITIZER
+
+#elif defined(__GLIBC__)
 #define KESTRIN_INTERPOSED extern "C" __attribute__ ((visibility ("default")))
 
 namespace
 {
-using LockFunction = int (*) (pthread_mutex_t*);
-
-[[nodiscard]] LockFunction realLock() noexcept
+/** The C library's own function of this name. */
+template <typename Function>
+[[nodiscard]] Function* realFunction (const char* name) noexcept
 {
-    static LockFunction function = nullptr;
+    return reinterpret_cast<Function*> (dlsym (RTLD_NEXT, name));
+}
 
-    if (function == nullptr)
-        function = reinterpret_cast<LockFunction> (dlsym (RTLD_NEXT, "pthread_mutex_lock"));
-
-    return function;
+void noteSystemCall() noexcept
+{
+    if (watching)
+        ++counted.systemCalls;
 }
 } // namespace
 
@@ -82,7 +99,94 @@ KESTRIN_INTERPOSED int pthread_mutex_lock (pthread_mutex_t* mutex) noexcept
     if (watching)
         ++counted.locks;
 
-    return realLock() (mutex);
+    static auto* const real = realFunction<int (pthread_mutex_t*)> ("pthread_mutex_lock");
+    return real (mutex);
+}
+
+KESTRIN_INTERPOSED int open (const char* path, int flags, ...)
+{
+    noteSystemCall();
+    std::va_list arguments;
+    va_start (arguments, flags);
+    const auto mode = va_arg (arguments, unsigned int);
+    va_end (arguments);
+    return realFunction<int (const char*, int, unsigned int)> ("open") (path, flags, mode);
+}
+
+KESTRIN_INTERPOSED FILE* fopen (const char* path, const char* mode)
+{
+    noteSystemCall();
+    return realFunction<FILE*(const char*, const char*)> ("fopen") (path, mode);
+}
+
+KESTRIN_INTERPOSED ssize_t read (int file, void* buffer, std::size_t size)
+{
+    noteSystemCall();
+    static auto* const real = realFunction<ssize_t (int, void*, std::size_t)> ("read");
+    return real (file, buffer, size);
+}
+
+KESTRIN_INTERPOSED ssize_t write (int file, const void* buffer, std::size_t size)
+{
+    noteSystemCall();
+    static auto* const real = realFunction<ssize_t (int, const void*, std::size_t)> ("write");
+    return real (file, buffer, size);
+}
+
+KESTRIN_INTERPOSED std::size_t fwrite (const void* buffer, std::size_t size, std::size_t number, FILE* file)
+{
+    noteSystemCall();
+    static auto* const real = realFunction<std::size_t (const void*, std::size_t, std::size_t, FILE*)> ("fwrite");
+    return real (buffer, size, number, file);
+}
+
+KESTRIN_INTERPOSED int vfprintf (FILE* file, const char* format, std::va_list arguments)
+{
+    noteSystemCall();
+    return realFunction<int (FILE*, const char*, std::va_list)> ("vfprintf") (file, format, arguments);
+}
+
+KESTRIN_INTERPOSED int fprintf (FILE* file, const char* format, ...)
+{
+    std::va_list arguments;
+    va_start (arguments, format);
+    const auto result = vfprintf (file, format, arguments);
+    va_end (arguments);
+    return result;
+}
+
+KESTRIN_INTERPOSED int printf (const char* format, ...)
+{
+    std::va_list arguments;
+    va_start (arguments, format);
+    const auto result = vfprintf (stdout, format, arguments);
+    va_end (arguments);
+    return result;
+}
+
+KESTRIN_INTERPOSED int fputs (const char* text, FILE* file)
+{
+    noteSystemCall();
+    return realFunction<int (const char*, FILE*)> ("fputs") (text, file);
+}
+
+KESTRIN_INTERPOSED int puts (const char* text)
+{
+    noteSystemCall();
+    return realFunction<int (const char*)> ("puts") (text);
+}
+
+KESTRIN_INTERPOSED int poll (pollfd* files, nfds_t number, int timeout)
+{
+    noteSystemCall();
+    static auto* const real = realFunction<int (pollfd*, nfds_t, int)> ("poll");
+    return real (files, number, timeout);
+}
+
+KESTRIN_INTERPOSED int nanosleep (const timespec* wanted, timespec* remaining)
+{
+    noteSystemCall();
+    return realFunction<int (const timespec*, timespec*)> ("nanosleep") (wanted, remaining);
 }
 
 #if ! KESTRIN_ADDRESS_SANITIZER

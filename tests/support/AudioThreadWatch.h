@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-/** Counts what an audio thread must not do. While one lives, every allocation, every release of memory and every lock of
-    a mutex on the thread that made it is counted; what other threads do is not. */
+/** Counts what an audio thread must not do. While one lives, every allocation, every release of memory, every lock of a
+    mutex and every call that concerns a file, the console or a wait, on the thread that made it, is counted; what other threads do is not. */
 class AudioThreadWatch
 {
 public:
@@ -11,6 +11,7 @@ public:
         long allocations = 0;
         long releases = 0;
         long locks = 0;
+        long systemCalls = 0;
 
         [[nodiscard]] bool operator== (const Counts&) const = default;
     };

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <cstdio>
+#include <cstdlib>
+
+/** Ends a fuzzer's run with the sentence that has turned out not to hold; libFuzzer keeps the bytes that led there. */
+inline void require (bool holds, const char* sentence)
+{
+    if (holds)
+        return;
+
+    std::fprintf (stderr, "does not hold: %s\n", sentence);
+    std::abort();
+}

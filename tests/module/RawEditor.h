@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include "RawHost.h"
+#include "RawWindow.h"
+
+namespace rawHost
+{
+/** The module's editor in a window of its own, from its opening to its closing. Message thread only. */
+class Editor
+{
+public:
+    Editor (Instance& instance, Context& contextToUse) : context (contextToUse)
+    {
+        view = IPtr<Steinberg::IPlugView> (instance.controller->createView (vst::ViewType::kEditor), false);
+        view->setFrame (&context);
+        isOpen = view->attached (window.handle(), Steinberg::kPlatformTypeX11EmbedWindowID) == Steinberg::kResultOk;
+        context.runMessages (20);
+    }
+
+    ~Editor()
+    {
+        view->removed();
+        view->setFrame (nullptr);
+    }
+
+    Editor (const Editor&) = delete;
+    Editor& operator= (const Editor&) = delete;
+
+    void resize (int width, int height)
+    {
+        Steinberg::ViewRect size (0, 0, width, height);
+        view->checkSizeConstraint (&size);
+        window.resize (size.getWidth(), size.getHeight());
+        view->onSize (&size);
+        context.runMessages (5);
+    }
+
+    bool isOpen = false;
+
+private:
+    RawWindow window { 600, 600 };
+    Context& context;
+    IPtr<Steinberg::IPlugView> view;
+};
+} // namespace rawHost
