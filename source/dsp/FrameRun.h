@@ -20,7 +20,10 @@ struct SampleRun
     float* right;
     std::size_t size;
 
+    /** The first count of them. */
     [[nodiscard]] SampleRun first (std::size_t count) const noexcept { return { left, right, count }; }
+
+    /** All but the first count of them. */
     [[nodiscard]] SampleRun after (std::size_t count) const noexcept
     {
         return { left + count, right + count, size - count };
