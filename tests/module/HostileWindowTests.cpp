@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include "PrivateDisplay.h"
 #include "RawEditor.h"
 
 namespace
@@ -50,10 +49,8 @@ protected:
         EXPECT_GT (numBlocks, 0);
     }
 
-    // Looked for by the module as soon as it is loaded.
-    PrivateDisplay display;
     Context context;
-    Module module { KESTRIN_MODULE_LIBRARY };
+    Module module = loadWithDisplay (KESTRIN_MODULE_LIBRARY);
     Instance instance { module, context };
     std::atomic<bool> isDone { false };
     std::atomic<int> numBlocks { 0 };

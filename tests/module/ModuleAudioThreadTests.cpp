@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include "PrivateDisplay.h"
 #include "RawEditor.h"
 #include "support/AudioThreadWatch.h"
 
@@ -59,9 +58,8 @@ const Regime regimes[] {
 class ModuleAudioThreadWatch : public testing::Test
 {
 protected:
-    PrivateDisplay display;
     Context context;
-    Module module { KESTRIN_MODULE_LIBRARY };
+    Module module = loadWithDisplay (KESTRIN_MODULE_LIBRARY);
 };
 
 class ModuleAudioThread : public ModuleAudioThreadWatch, public testing::WithParamInterface<Regime>

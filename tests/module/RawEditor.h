@@ -1,11 +1,20 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include "PrivateDisplay.h"
 #include "RawHost.h"
 #include "RawWindow.h"
 
 namespace rawHost
 {
+/** Loads a module that will find a display. There is one for all tests of the process: a module may keep its connection for
+    as long as it is loaded. */
+[[nodiscard]] inline Module loadWithDisplay (const std::string& library)
+{
+    static const PrivateDisplay display;
+    return Module (library);
+}
+
 /** The module's editor in a window of its own, from its opening to its closing. Message thread only. */
 class Editor
 {
