@@ -21,6 +21,7 @@
 class LfoGenerator
 {
 public:
+    /** The waves; the window's knob ends at brownian. */
     enum Shape : std::int32_t
     {
         sine = 0,
