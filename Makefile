@@ -26,7 +26,7 @@ endif
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test bits bench bench-document install uninstall sanitize fuzz soak format lint clean
+.PHONY: help setup build demo test bits bench bench-document docs install uninstall format lint clean test-consumer package sanitize fuzz soak
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -50,6 +50,9 @@ demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wa
 test: build ## build and run all tests
 	ctest --preset release --parallel $(JOBS)
 
+test-consumer: setup ## build a small project that takes this one in by add_subdirectory (some minutes)
+	@tests/scripts/consumer_test.sh .
+
 bits: build ## play MILLION (50) million frames of random sessions into plug-in and literal engine, and compare every bit
 	build/release/tests/samebits/bit_soak --million $(MILLION) --seed $(SEED)
 
@@ -59,11 +62,18 @@ bench: setup ## measure speed, load times and memory, and print the tables
 bench-document: setup ## the same, and put the tables into docs/performance.md
 	@scripts/bench --document
 
+docs: ## draw the pictures and plots of docs/, and write the class pages into build/docs/html
+	@scripts/docs
+
 install: build ## put the plug-in and its presets into ~/.vst3
 	@scripts/user-install install build/release
 
 uninstall: ## take out of ~/.vst3 what 'make install' put there
 	@scripts/user-install uninstall
+
+package: build ## make the Debian package and the archive, in build/package
+	@scripts/setup package
+	@scripts/package build/release build/package
 
 sanitize: ## run the tests under the sanitizers and valgrind; takes most of an hour
 	@scripts/sanitize

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 // The classes of the engine by themselves, beside their literal twins.
+#include <algorithm>
 #include <array>
 #include <string>
 #include <utility>
 
 #include "ButterworthFilter.h"
 #include "Contest.h"
+#include "FrameRun.h"
 #include "Frequencer.h"
 #include "GrungeLadder.h"
 #include "LfoGenerator.h"
@@ -24,7 +26,9 @@ const Table kernels {
     "The kernels",
     "kernel",
     { { "literal", "literal, ns/frame", 1 }, { "ours", "ours, ns/frame", 1 }, { "ratio", "ratio", 2 } },
-    "The classes one frame at a time, as a test or another program would call them. Redesigned: before every frame."
+    "The classes by themselves. The plug-in takes frames in runs wherever it can; one frame at a time is how a test "
+    "or\n"
+    "another program may call them. Redesigned: before every frame."
 };
 
 /** Calls a function of one frame in double precision for each frame of the stretch. */
@@ -61,6 +65,41 @@ std::unique_ptr<Contestant> makeKernel (Frame frame)
     return std::make_unique<KernelContestant<Frame>> (std::move (frame));
 }
 
+/** The same for a function of many frames, which takes the samples as pairs. */
+template <typename Run>
+class RunContestant : public Contestant
+{
+public:
+    explicit RunContestant (Run newRun) : processRun (std::move (newRun)) {}
+
+    void take (const Noise::Stretch& stretch) override
+    {
+        frames.clear();
+
+        for (std::size_t n = 0; n < stretch.left.size(); ++n)
+            frames.emplace_back ((double) stretch.left[n], (double) stretch.right[n]);
+    }
+
+    void run() override
+    {
+        for (std::size_t start = 0; start < frames.size(); start += maxRunFrames)
+            processRun (FrameRun (frames).subspan (start, std::min (maxRunFrames, frames.size() - start)));
+
+        benchmark::DoNotOptimize (frames.data());
+        benchmark::ClobberMemory();
+    }
+
+private:
+    Run processRun;
+    std::vector<StereoPair> frames;
+};
+
+template <typename Run>
+std::unique_ptr<Contestant> makeRunKernel (Run run)
+{
+    return std::make_unique<RunContestant<Run>> (std::move (run));
+}
+
 /** A cutoff that is another one at every frame. */
 class MovingCutoff
 {
@@ -75,18 +114,30 @@ private:
     double hertz = startHz;
 };
 
+void runDuel (benchmark::State& state, std::unique_ptr<Contestant> literal, std::unique_ptr<Contestant> ours)
+{
+    Contest contest;
+    contest.add ("literal", std::move (literal));
+    contest.add ("ours", std::move (ours));
+    contest.run (state);
+    state.counters["ratio"] = contest.nanosecondsPerFrame (0) / contest.nanosecondsPerFrame (1);
+}
+
 template <typename MakeLiteral, typename MakeOurs>
 void registerDuel (const std::string& name, MakeLiteral makeLiteral, MakeOurs makeOurs)
 {
     registerRow (kernels.key, name,
                  [=] (benchmark::State& state)
-                 {
-                     Contest contest;
-                     contest.add ("literal", makeKernel (makeLiteral()));
-                     contest.add ("ours", makeKernel (makeOurs()));
-                     contest.run (state);
-                     state.counters["ratio"] = contest.nanosecondsPerFrame (0) / contest.nanosecondsPerFrame (1);
-                 });
+                 { runDuel (state, makeKernel (makeLiteral()), makeKernel (makeOurs())); });
+}
+
+/** Ours takes many frames at once. */
+template <typename MakeLiteral, typename MakeOurs>
+void registerRunDuel (const std::string& name, MakeLiteral makeLiteral, MakeOurs makeOurs)
+{
+    registerRow (kernels.key, name + ", in runs",
+                 [=] (benchmark::State& state)
+                 { runDuel (state, makeKernel (makeLiteral()), makeRunKernel (makeOurs())); });
 }
 
 //======================================================================================================================
@@ -106,6 +157,20 @@ auto movingButterworth (unsigned order)
         filter.design (order, false, cutoff.next(), rate);
         filter.process (left, right);
     };
+}
+
+auto butterworthRun (unsigned order)
+{
+    ButterworthFilter filter;
+    filter.design (order, false, startHz, rate);
+    return [filter] (FrameRun frames) mutable { filter.processRun (frames); };
+}
+
+auto ladderRun (int stages)
+{
+    GrungeLadder ladder;
+    ladder.configure (stages, false, startHz, 0.15625, 80.0, rate);
+    return [ladder] (FrameRun frames) mutable { ladder.processRun (frames); };
 }
 
 template <typename Peak>
@@ -152,6 +217,9 @@ void registerFilters()
         registerDuel (
             name, [=] { return staticButterworth<reference::ButterworthFilter> (order); },
             [=] { return staticButterworth<ButterworthFilter> (order); });
+        registerRunDuel (
+            name, [=] { return staticButterworth<reference::ButterworthFilter> (order); },
+            [=] { return butterworthRun (order); });
         registerDuel (
             name + ", redesigned", [=] { return movingButterworth<reference::ButterworthFilter> (order); },
             [=] { return movingButterworth<ButterworthFilter> (order); });
@@ -170,6 +238,8 @@ void registerFilters()
         registerDuel (
             name, [=] { return staticLadder<reference::GrungeLadder> (stages); },
             [=] { return staticLadder<GrungeLadder> (stages); });
+        registerRunDuel (
+            name, [=] { return staticLadder<reference::GrungeLadder> (stages); }, [=] { return ladderRun (stages); });
         registerDuel (
             name + ", redesigned", [=] { return movingLadder<reference::GrungeLadder> (stages); },
             [=] { return movingLadder<GrungeLadder> (stages); });

@@ -99,12 +99,21 @@ foreach (target IN ITEMS juce_core juce_vst3_headers)
     endif()
 endforeach()
 
-# Debian's tree leaves these out; upstream's bundles them, and linking the system's as well does no harm.
-find_package (ZLIB REQUIRED)
-find_package (PNG REQUIRED)
-find_package (JPEG REQUIRED)
+# Upstream's tree bundles these libraries, and Debian's leaves them out: the system's stand in for them.
+set (kestrinJuceLibraries "")
+get_target_property (kestrinJuceModules juce_core INTERFACE_INCLUDE_DIRECTORIES)
+list (GET kestrinJuceModules 0 kestrinJuceModules)
 
-set (kestrinJuceLibraries ZLIB::ZLIB PNG::PNG JPEG::JPEG)
+if (NOT EXISTS "${kestrinJuceModules}/juce_core/zip/zlib")
+    find_package (ZLIB REQUIRED)
+    find_package (PNG REQUIRED)
+    find_package (JPEG REQUIRED)
+    set (kestrinJuceLibraries ZLIB::ZLIB PNG::PNG JPEG::JPEG)
+
+    # A parent project links them through the plug-in's library, and must see them for that.
+    set_target_properties (${kestrinJuceLibraries} PROPERTIES IMPORTED_GLOBAL TRUE)
+endif()
+
 set (kestrinJuceDefinitions
     JUCE_WEB_BROWSER=0
     JUCE_USE_CURL=0

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <type_traits>
+#include <utility>
 
 #include "FilterConstants.h"
 #include "SkewedStages.h"
@@ -86,13 +86,15 @@ struct SectionOfRow
     std::size_t index;
 };
 
+/** Sections in one row at the most: four of them keep the processor busy, and their delay lines in its registers. */
+constexpr std::size_t maxRowSections = 4;
+
 /** The coefficients that the design has left, the same for all frames of a run. */
-template <std::size_t numSections>
 struct FixedCoefficients
 {
     explicit FixedCoefficients (std::span<const SectionOfRow> row) noexcept
     {
-        for (std::size_t i = 0; i < numSections; ++i)
+        for (std::size_t i = 0; i < row.size(); ++i)
         {
             gain[i] = StereoPair::both (row[i].filter->sectionGain[row[i].index]);
             feedback1[i] = StereoPair::both (row[i].filter->feedback1[row[i].index]);
@@ -100,23 +102,21 @@ struct FixedCoefficients
         }
     }
 
-    template <std::size_t i>
-    [[nodiscard]] StereoPair run (std::size_t, StereoPair& w1, StereoPair& w2, StereoPair middle,
+    [[nodiscard]] StereoPair run (std::size_t i, std::size_t, StereoPair& w1, StereoPair& w2, StereoPair middle,
                                   StereoPair x) const noexcept
     {
         return runSection (w1, w2, middle, gain[i], feedback1[i], feedback2[i], x);
     }
 
-    std::array<StereoPair, numSections> gain, feedback1, feedback2;
+    std::array<StereoPair, maxRowSections> gain, feedback1, feedback2;
 };
 
 /** Coefficients of each frame's own. */
-template <std::size_t numSections>
 struct MovingCoefficients
 {
     explicit MovingCoefficients (std::span<const SectionOfRow> row) noexcept
     {
-        for (std::size_t i = 0; i < numSections; ++i)
+        for (std::size_t i = 0; i < row.size(); ++i)
         {
             gain[i] = row[i].series->sectionGain[row[i].index].data();
             feedback1[i] = row[i].series->feedback1[row[i].index].data();
@@ -124,76 +124,99 @@ struct MovingCoefficients
         }
     }
 
-    template <std::size_t i>
-    [[nodiscard]] StereoPair run (std::size_t frame, StereoPair& w1, StereoPair& w2, StereoPair middle,
+    [[nodiscard]] StereoPair run (std::size_t i, std::size_t frame, StereoPair& w1, StereoPair& w2, StereoPair middle,
                                   StereoPair x) const noexcept
     {
         return runSection (w1, w2, middle, StereoPair::both (gain[i][frame]), StereoPair::both (feedback1[i][frame]),
                            StereoPair::both (feedback2[i][frame]), x);
     }
 
-    std::array<const double*, numSections> gain, feedback1, feedback2;
+    std::array<const double*, maxRowSections> gain, feedback1, feedback2;
 };
 
-/** A row of sections, of one filter or of two in series, on its way through a run of frames. */
-template <std::size_t numSections, template <std::size_t> typename Coefficients>
+/** Where a row takes its frames from or leaves them: frames that have been widened, or samples. */
+struct PairsOfRow
+{
+    [[nodiscard]] StereoPair load (std::size_t frame) const noexcept { return pairs[frame]; }
+    void store (std::size_t frame, StereoPair x) const noexcept { pairs[frame] = x; }
+
+    StereoPair* pairs;
+};
+
+struct SamplesOfRow
+{
+    [[nodiscard]] StereoPair load (std::size_t frame) const noexcept
+    {
+        return StereoPair::widened (left[frame], right[frame]);
+    }
+
+    void store (std::size_t frame, StereoPair x) const noexcept { x.narrowTo (left[frame], right[frame]); }
+
+    float* left;
+    float* right;
+};
+
+/** A row of sections, of one filter or of two in series, on its way through a run of frames. The coefficients stay where
+    they are: the registers are for the delay lines, which every frame waits for. */
+template <typename Coefficients, std::size_t numSections, typename Source, typename Sink>
 class SectionRow
 {
 public:
-    SectionRow (std::span<const SectionOfRow> row, FrameRun frameRun) noexcept : coefficients (row), frames (frameRun)
+    template <std::size_t... i>
+    SectionRow (std::span<const SectionOfRow> row, const Coefficients& rowCoefficients, Source rowSource,
+                PairsOfRow between, Sink rowSink, std::index_sequence<i...>) noexcept
+        : coefficients (rowCoefficients), source (rowSource), frames (between),
+          sink (rowSink), middle { StereoPair::both (row[i].filter->numeratorMiddle)... },
+          w1 { row[i].filter->w1[row[i].index]... }, w2 { row[i].filter->w2[row[i].index]... }
     {
-        for (std::size_t i = 0; i < numSections; ++i)
-        {
-            middle[i] = StereoPair::both (row[i].filter->numeratorMiddle);
-            w1[i] = row[i].filter->w1[row[i].index];
-            w2[i] = row[i].filter->w2[row[i].index];
-        }
     }
 
     template <std::size_t i>
     void run (std::size_t frame) noexcept
     {
-        frames[frame] = coefficients.template run<i> (frame, w1[i], w2[i], middle[i], frames[frame]);
+        const auto x = loadFor<i> (frame);
+        const auto y = coefficients.run (i, frame, w1[i], w2[i], middle[i], x);
+
+        if constexpr (i + 1 == numSections)
+            sink.store (frame, y);
+        else
+            frames.store (frame, y);
     }
 
-    void storeDelayLines (std::span<const SectionOfRow> row) const noexcept
+    template <std::size_t... i>
+    void storeDelayLines (std::span<const SectionOfRow> row, std::index_sequence<i...>) const noexcept
     {
-        for (std::size_t i = 0; i < numSections; ++i)
-        {
-            row[i].filter->w1[row[i].index] = w1[i];
-            row[i].filter->w2[row[i].index] = w2[i];
-        }
+        ((row[i].filter->w1[row[i].index] = w1[i]), ...);
+        ((row[i].filter->w2[row[i].index] = w2[i]), ...);
     }
 
 private:
-    Coefficients<numSections> coefficients;
-    std::array<StereoPair, numSections> middle, w1, w2;
-    FrameRun frames;
+    template <std::size_t i>
+    [[nodiscard]] StereoPair loadFor (std::size_t frame) const noexcept
+    {
+        if constexpr (i == 0)
+            return source.load (frame);
+        else
+            return frames.load (frame);
+    }
+
+    const Coefficients& coefficients;
+    const Source source;
+    const PairsOfRow frames;
+    const Sink sink;
+    const std::array<StereoPair, numSections> middle;
+    std::array<StereoPair, numSections> w1, w2;
 };
 
-template <template <std::size_t> typename Coefficients>
-void runRow (std::span<const SectionOfRow> row, FrameRun frames) noexcept
+template <typename Coefficients, typename Source, typename Sink, std::size_t numSections>
+void runRow (std::span<const SectionOfRow> row, const Coefficients& coefficients, Source source, PairsOfRow between,
+             Sink sink, std::size_t numFrames) noexcept
 {
-    const auto run = [&]<std::size_t numSections> (std::integral_constant<std::size_t, numSections>)
-    {
-        SectionRow<numSections, Coefficients> stages (row, frames);
-        runSkewed<numSections> (frames.size(), stages);
-        stages.storeDelayLines (row);
-    };
+    constexpr auto all = std::make_index_sequence<numSections> {};
 
-    switch (row.size())
-    {
-        case 1:
-            return run (std::integral_constant<std::size_t, 1> {});
-        case 2:
-            return run (std::integral_constant<std::size_t, 2> {});
-        case 3:
-            return run (std::integral_constant<std::size_t, 3> {});
-        case 4:
-            return run (std::integral_constant<std::size_t, 4> {});
-        default:
-            return;
-    }
+    SectionRow<Coefficients, numSections, Source, Sink> stages (row, coefficients, source, between, sink, all);
+    runSkewed<numSections> (numFrames, stages);
+    stages.storeDelayLines (row, all);
 }
 
 /** The sections of up to two filters in series: the more there are, the more overlaps, until the processor is full. */
@@ -206,17 +229,46 @@ public:
             sections[size++] = { &filter, series, i };
     }
 
-    template <template <std::size_t> typename Coefficients>
+    template <typename Coefficients>
     void run (FrameRun frames) const noexcept
     {
-        constexpr std::size_t enough = 4;
+        const PairsOfRow pairs { frames.data() };
 
-        for (std::size_t first = 0; first < size; first += enough)
-            runRow<Coefficients> (
-                std::span<const SectionOfRow> (sections).subspan (first, std::min (enough, size - first)), frames);
+        for (std::size_t first = 0; first < size; first += maxRowSections)
+            runPart<Coefficients> (first, std::min (maxRowSections, size - first), pairs, pairs, pairs, frames.size());
     }
 
+    /** Runs at least one section. */
+    void run (SampleRun samples) const noexcept
+    {
+        std::array<StereoPair, maxRunFrames> storage;
+        const PairsOfRow between { storage.data() };
+        const SamplesOfRow ends { samples.left, samples.right };
+
+        if (size <= maxRowSections)
+            return runPart<FixedCoefficients> (0, size, ends, between, ends, samples.size);
+
+        runPart<FixedCoefficients> (0, size / 2, ends, between, between, samples.size);
+        runPart<FixedCoefficients> (size / 2, size - size / 2, between, between, ends, samples.size);
+    }
+
+    [[nodiscard]] bool isEmpty() const noexcept { return size == 0; }
+
 private:
+    template <typename Coefficients, typename Source, typename Sink>
+    void runPart (std::size_t first, std::size_t count, Source source, PairsOfRow between, Sink sink,
+                  std::size_t numFrames) const noexcept
+    {
+        static constexpr std::array runners { runRow<Coefficients, Source, Sink, 1>,
+                                              runRow<Coefficients, Source, Sink, 2>,
+                                              runRow<Coefficients, Source, Sink, 3>,
+                                              runRow<Coefficients, Source, Sink, 4> };
+        static_assert (runners.size() == maxRowSections);
+
+        const auto row = std::span<const SectionOfRow> (sections).subspan (first, count);
+        runners[count - 1](row, Coefficients (row), source, between, sink, numFrames);
+    }
+
     std::array<SectionOfRow, 2 * ButterworthFilter::maxSectionsOfRun> sections;
     std::size_t size = 0;
 };
@@ -349,6 +401,23 @@ void ButterworthFilter::processRun (ButterworthFilter& first, ButterworthFilter&
     first.processFirstOrder (frames);
     row.run<FixedCoefficients> (frames);
     second.processFirstOrder (frames);
+}
+
+void ButterworthFilter::processRun (ButterworthFilter& first, ButterworthFilter& second, SampleRun samples) noexcept
+{
+    Row row;
+    row.add (first, nullptr);
+    row.add (second, nullptr);
+
+    if (! row.isEmpty() && ! first.hasFirstOrderSection && ! second.hasFirstOrderSection)
+        return row.run (samples);
+
+    std::array<StereoPair, maxRunFrames> storage;
+    const auto frames = FrameRun (storage).first (samples.size);
+
+    widen (samples.left, samples.right, frames);
+    processRun (first, second, frames);
+    narrow (frames, samples.left, samples.right);
 }
 
 void ButterworthFilter::processRun (ButterworthFilter& first, const Series& firstSeries, ButterworthFilter& second,

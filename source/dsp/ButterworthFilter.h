@@ -52,12 +52,17 @@ public:
     /** Runs frames through a highpass and then a lowpass as they are designed, in place. */
     static void processRun (ButterworthFilter& first, ButterworthFilter& second, FrameRun frames) noexcept;
 
+    /** The same straight on the samples, of which there may be maxRunFrames: the conversion overlaps with the filters. */
+    static void processRun (ButterworthFilter& first, ButterworthFilter& second, SampleRun samples) noexcept;
+
     /** The same with coefficients of each frame's own. */
     static void processRun (ButterworthFilter& first, const Series& firstSeries, ButterworthFilter& second,
                             const Series& secondSeries, FrameRun frames) noexcept;
 
     /** Runs frames through this filter alone. */
     void processRun (FrameRun frames) noexcept;
+
+    /** The same with coefficients of each frame's own. */
     void processRun (const Series& series, FrameRun frames) noexcept;
 
     bool isHighpass = false;

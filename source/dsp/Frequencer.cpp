@@ -29,9 +29,13 @@ constexpr double countableBeats = 4.0e18;
     return sum > sumLimit ? sumLimit : sum;
 }
 
-/** Step j is on in the first half of each period of 2^j beats: where binary digit j of the half beats passed is 0. */
-[[nodiscard]] std::bitset<frequencer::numSteps> stepsAt (double position) noexcept
+} // namespace
+
+// Step j is on in the first half of each period of 2^j beats: where binary digit j of the half beats passed is 0.
+std::bitset<frequencer::numSteps> frequencer::stepsAt (double beats, float shiftBeats) noexcept
 {
+    const auto position = (beats + boundaryBeats) + (double) shiftBeats;
+
     if (std::abs (position) < countableBeats)
     {
         const auto halfBeats = position * 2.0;
@@ -40,7 +44,7 @@ constexpr double countableBeats = 4.0e18;
         return ~(unsigned long long) passed;
     }
 
-    std::bitset<frequencer::numSteps> steps;
+    std::bitset<numSteps> steps;
     auto periods = position;
 
     for (std::size_t j = 0; j < steps.size(); ++j)
@@ -51,12 +55,11 @@ constexpr double countableBeats = 4.0e18;
 
     return steps;
 }
-} // namespace
 
 frequencer::Result frequencer::evaluate (double beats, float shiftBeats, const Offsets& offsets) noexcept
 {
     Result result;
-    result.stepLit = stepsAt ((beats + boundaryBeats) + (double) shiftBeats);
+    result.stepLit = stepsAt (beats, shiftBeats);
 
     for (std::size_t j = 0; j < numSteps; ++j)
     {

@@ -10,6 +10,7 @@ namespace frequencer
 {
 inline constexpr int numSteps = 10;
 
+/** What the knobs of the steps say. */
 struct Offsets
 {
     /** Normalised positions, 0 to 1, with 0.5 as no offset. */
@@ -17,6 +18,7 @@ struct Offsets
     std::array<float, numSteps> lowpass {};
 };
 
+/** What the steps come to at one position. */
 struct Result
 {
     /** Which steps are on at the position. */
@@ -30,8 +32,12 @@ struct Result
     bool active = false;
 };
 
-/** @param beats       the transport's position
+/** The steps alone, which is all there is while every offset is at its centre.
+    @param beats       the transport's position
     @param shiftBeats  added to the position
     Audio thread; never allocates. */
+[[nodiscard]] std::bitset<numSteps> stepsAt (double beats, float shiftBeats) noexcept;
+
+/** The steps and the sums of their offsets. */
 [[nodiscard]] Result evaluate (double beats, float shiftBeats, const Offsets& offsets) noexcept;
 } // namespace frequencer

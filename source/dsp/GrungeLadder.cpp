@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <type_traits>
+#include <utility>
 
 #include "FilterConstants.h"
 #include "SkewedStages.h"
@@ -40,33 +41,33 @@ template <std::size_t numStages, bool isHighpass, bool perFrame>
 class StageRow
 {
 public:
+    template <std::size_t... i>
     StageRow (std::span<const StereoPair> newState, const GrungeLadder::Coefficients* newCoefficients,
-              FrameRun frameRun) noexcept
-        : coefficients (newCoefficients), fixedCoefficients (*newCoefficients), frames (frameRun)
+              FrameRun frameRun, std::index_sequence<i...>) noexcept
+        : coefficients (newCoefficients), fixedCoefficients (*newCoefficients),
+          frames (frameRun.data()), state { newState[i]... }
     {
-        for (std::size_t i = 0; i < numStages; ++i)
-            state[i] = newState[i];
     }
 
     template <std::size_t i>
     void run (std::size_t frame) noexcept
     {
         const auto c = perFrame ? coefficients[frame] : fixedCoefficients;
-        auto& x = frames[frame];
-        x = isHighpass ? runHighpassStage (c, state[i], x) : runLowpassStage (c, state[i], x);
+        const auto x = frames[frame];
+        frames[frame] = isHighpass ? runHighpassStage (c, state[i], x) : runLowpassStage (c, state[i], x);
     }
 
-    void storeState (std::span<StereoPair> newState) const noexcept
+    template <std::size_t... i>
+    void storeState (std::span<StereoPair> newState, std::index_sequence<i...>) const noexcept
     {
-        for (std::size_t i = 0; i < numStages; ++i)
-            newState[i] = state[i];
+        ((newState[i] = state[i]), ...);
     }
 
 private:
-    const GrungeLadder::Coefficients* coefficients;
+    const GrungeLadder::Coefficients* const coefficients;
     const GrungeLadder::Coefficients fixedCoefficients;
+    StereoPair* const frames;
     std::array<StereoPair, numStages> state;
-    FrameRun frames;
 };
 
 /** Runs so many stages from the first one on, and sets the first one behind them. */
@@ -78,9 +79,11 @@ void runStages (GrungeLadder& ladder, std::size_t& first, const GrungeLadder::Co
 
     const auto run = [&] (auto isHighpass)
     {
-        StageRow<numStages, isHighpass, perFrame> stages (state, coefficients, frames);
+        constexpr auto all = std::make_index_sequence<numStages> {};
+
+        StageRow<numStages, isHighpass, perFrame> stages (state, coefficients, frames, all);
         runSkewed<numStages> (frames.size(), stages);
-        stages.storeState (state);
+        stages.storeState (state, all);
     };
 
     if (ladder.isHighpass)

@@ -50,8 +50,10 @@ public:
     /** Runs one frame in place. */
     void process (double& left, double& right) noexcept;
 
-    /** Runs frames in place, as it is configured or by each frame's own coefficients. */
+    /** Runs frames in place, as it is configured. */
     void processRun (FrameRun frames) noexcept;
+
+    /** The same with coefficients of each frame's own. */
     void processRun (const Series& series, FrameRun frames) noexcept;
 
     bool isHighpass = false;

@@ -8,16 +8,7 @@
 
 namespace
 {
-// The three triangles of "Random tri" run at these ratios, which have no short common period.
-constexpr double ratioB = 1.28396548763;
-constexpr double ratioC = 0.82343668762;
 constexpr double oneThird = 0.333333333;
-
-constexpr double walkPerHertz = 0.003;
-
-/** What the output slew lets through per second: a brownian output is a very slow drift of its walk. */
-constexpr float slewPerSecond = 0.01f;
-constexpr float unlimitedStep = 1.0e20f;
 
 // The reserved shapes look ahead of the phase by this much.
 constexpr double pulseLead = 0.06;
@@ -109,27 +100,6 @@ float LfoGenerator::bendByPower (float x) const noexcept
 
     const auto y = std::pow (1.0f - u, 1.0f / curveExponent);
     return 2.0f * (1.0f - y) - 1.0f;
-}
-
-void LfoGenerator::setRate (std::int32_t newShape, float rate, float frequency) noexcept
-{
-    shape = newShape;
-    walkStep = (float) ((double) frequency * walkPerHertz);
-    outputSlew.mode = 0;
-    outputSlew.step = rate > 0.0f ? slewPerSecond / rate : unlimitedStep;
-
-    if (rate > 0.0f && frequency >= 0.0f)
-    {
-        const auto period = 1.0 / (double) rate;
-        phaseStepA = frequency / rate;
-        phaseStepB = (float) ((double) frequency * ratioB * period);
-        phaseStepC = (float) ((double) frequency * ratioC * period);
-    }
-    else
-    {
-        // The other two steps stay as they are.
-        phaseStepA = 0.0f;
-    }
 }
 
 double LfoGenerator::drawStep() noexcept

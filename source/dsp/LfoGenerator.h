@@ -21,6 +21,7 @@
 class LfoGenerator
 {
 public:
+    /** The waves; the window's knob ends at brownian. */
     enum Shape : std::int32_t
     {
         sine = 0,
@@ -44,7 +45,26 @@ public:
     /** Sets the shape and the steps per tick.
         @param rate       ticks per second
         @param frequency  Hz */
-    void setRate (std::int32_t newShape, float rate, float frequency) noexcept;
+    void setRate (std::int32_t newShape, float rate, float frequency) noexcept
+    {
+        shape = newShape;
+        walkStep = (float) ((double) frequency * walkPerHertz);
+        outputSlew.mode = 0;
+        outputSlew.step = rate > 0.0f ? slewPerSecond / rate : 1.0e20f;
+
+        if (rate > 0.0f && frequency >= 0.0f)
+        {
+            const auto period = 1.0 / (double) rate;
+            phaseStepA = frequency / rate;
+            phaseStepB = (float) ((double) frequency * ratioB * period);
+            phaseStepC = (float) ((double) frequency * ratioC * period);
+        }
+        else
+        {
+            // The other two steps stay as they are.
+            phaseStepA = 0.0f;
+        }
+    }
 
     /** Moves the phases, the walk and the output slew on by one tick. */
     void advance() noexcept
@@ -98,6 +118,15 @@ public:
     double uniformHigh = 1.0;
 
 private:
+    // The three triangles of "Random tri" run at these ratios, which have no short common period.
+    static constexpr double ratioB = 1.28396548763;
+    static constexpr double ratioC = 0.82343668762;
+
+    static constexpr double walkPerHertz = 0.003;
+
+    /** What the output slew lets through per second: a brownian output is a very slow drift of its walk. */
+    static constexpr float slewPerSecond = 0.01f;
+
     [[nodiscard]] float renderShape() noexcept;
     [[nodiscard]] float renderSine() const noexcept;
     [[nodiscard]] float renderRandomTriangles() const noexcept;

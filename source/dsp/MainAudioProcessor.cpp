@@ -21,6 +21,10 @@ constexpr float lfoExpScale = 6.9077554f;
 /** ln (50): a free LFO runs from 0.02 Hz. */
 constexpr float lfoExpOffset = 3.912023f;
 
+/** A routing depth up to here does not keep the engine awake. No float lies between this one and 0.01, so that the
+    comparison is that with 0.01. */
+constexpr float routingDeadBand = 0.01f;
+
 /** Below it a resonance does not run. */
 constexpr float resonanceThreshold = 1.0e-7f;
 
@@ -92,6 +96,10 @@ struct MainAudioProcessor::Tick
 
     std::array<int, ParameterSet::numLfos> lfoSync {};
     std::array<int, ParameterSet::numLfos> lfoShape {};
+
+    /** What each LFO has been routed with, and in which shape. */
+    std::array<float, ParameterSet::numLfos> lfoOutput;
+    std::array<std::int32_t, ParameterSet::numLfos> renderedShape;
 
     /** Beats of one tempo-locked cycle. */
     std::array<float, ParameterSet::numLfos> lfoBeats {};
@@ -280,6 +288,9 @@ void MainAudioProcessor::evaluateFrequencer (Tick& tick) noexcept
     const auto& offset = *parameters.seqOffs;
     const auto shiftBeats = (offset.maxValue - offset.minValue) * offset.get() + offset.minValue;
 
+    if (isFrequencerCentred())
+        return showSteps (frequencer::stepsAt (tick.ppq, shiftBeats));
+
     frequencer::Offsets offsets;
 
     for (size_t j = 0; j < frequencer::numSteps; ++j)
@@ -289,13 +300,29 @@ void MainAudioProcessor::evaluateFrequencer (Tick& tick) noexcept
     }
 
     const auto result = frequencer::evaluate (tick.ppq, shiftBeats, offsets);
-
-    for (size_t j = 0; j < stepLit.size(); ++j)
-        stepLit[j] = result.stepLit[j];
-
+    showSteps (result.stepLit);
     tick.hpMod = result.highpass;
     tick.lpMod = result.lowpass;
     tick.active = tick.active || result.active;
+}
+
+bool MainAudioProcessor::isFrequencerCentred() const noexcept
+{
+    // Compared as bits and all at once, which is the quickest: this is asked at every tick, and mostly answered with yes.
+    constexpr auto centre = std::bit_cast<std::uint32_t> (0.5f);
+    std::uint32_t difference = 0;
+
+    for (size_t j = 0; j < frequencer::numSteps; ++j)
+        difference |= (std::bit_cast<std::uint32_t> (parameters.seqHpf[j]->get()) ^ centre)
+                      | (std::bit_cast<std::uint32_t> (parameters.seqLpf[j]->get()) ^ centre);
+
+    return difference == 0;
+}
+
+void MainAudioProcessor::showSteps (std::bitset<frequencer::numSteps> steps) noexcept
+{
+    for (size_t j = 0; j < stepLit.size(); ++j)
+        stepLit[j] = steps[j];
 }
 
 void MainAudioProcessor::advanceAndRouteLfos (Tick& tick)
@@ -309,9 +336,11 @@ void MainAudioProcessor::advanceAndRouteLfos (Tick& tick)
             wobblePhase[i] = 0.0f;
 
         lfo[i].advance();
-        routeLfo (tick, i, lfo[i].render());
+        tick.renderedShape[i] = lfo[i].shape;
+        tick.lfoOutput[i] = lfo[i].render();
+        routeLfo (tick, i, tick.lfoOutput[i]);
 
-        auto multiplier = speedMultiplier (i);
+        auto multiplier = speedMultiplier (tick, i);
         auto frequency = 0.0f;
 
         if (tick.lfoSync[i] == tempoSync)
@@ -330,7 +359,7 @@ void MainAudioProcessor::routeLfo (Tick& tick, size_t i, float output) const noe
     {
         const auto depth = bipolar (parameter);
 
-        if ((double) depth < -0.01 || (double) depth > 0.01)
+        if (std::abs (depth) > routingDeadBand)
             tick.active = true;
 
         sum += depth * output;
@@ -342,14 +371,19 @@ void MainAudioProcessor::routeLfo (Tick& tick, size_t i, float output) const noe
     route (*parameters.lfoToLpReso[i], tick.lpResoMod);
 }
 
-float MainAudioProcessor::speedMultiplier (size_t i) noexcept
+float MainAudioProcessor::speedMultiplier (const Tick& tick, size_t i) noexcept
 {
     const auto other = (i + 1) % lfo.size();
     const auto depth = bipolar (*parameters.lfoToOtherLfo[other]);
     auto multiplier = 1.0f;
 
-    if (depth < -0.01f || depth > 0.01f)
-        multiplier = square (1.0f + lfo[other].render() * depth * 0.5f);
+    if (std::abs (depth) > routingDeadBand)
+    {
+        // LFO 1 still stands where this tick has rendered it, unless it has changed its shape since.
+        const auto isRendered = other < i && lfo[other].shape == tick.renderedShape[other];
+        const auto output = isRendered ? tick.lfoOutput[other] : lfo[other].render();
+        multiplier = square (1.0f + output * depth * 0.5f);
+    }
 
     if (wobbleDepth[i] > 0.01f)
         multiplier = multiplier * square (triangleOf (wobblePhase[i]) * wobbleDepth[i] + 1.0f);
@@ -494,10 +528,9 @@ void MainAudioProcessor::decideWhetherToStayAwake (const Tick& tick) noexcept
 
 std::pair<float, float> MainAudioProcessor::processFrame (float left, float right)
 {
-    StereoPair frame ((double) left, (double) right);
     watchParameters();
-    runFilters (FrameRun (&frame, 1));
-    return { (float) frame.left(), (float) frame.right() };
+    runFilters (SampleRun { &left, &right, 1 });
+    return { left, right };
 }
 
 void MainAudioProcessor::watchParameters() noexcept
@@ -508,33 +541,47 @@ void MainAudioProcessor::watchParameters() noexcept
         requestControlUpdate();
 }
 
-void MainAudioProcessor::runFilters (FrameRun frames) noexcept
+void MainAudioProcessor::runFilters (SampleRun samples) noexcept
 {
     // An index above the two texts runs no filter at all, though the tick keeps designing for it.
     switch (parameters.filtMode->getChoiceIndex())
     {
         case butterworthMode:
-            runButterworth (frames);
+            runButterworth (samples);
             break;
         case ladderMode:
-            hpLadder->processRun (frames);
-            lpLadder->processRun (frames);
+            runLadder (samples);
             break;
         default:
             break;
     }
 }
 
-void MainAudioProcessor::runButterworth (FrameRun frames) noexcept
+void MainAudioProcessor::runLadder (SampleRun samples) noexcept
+{
+    std::array<StereoPair, maxRunFrames> storage;
+    const auto frames = FrameRun (storage).first (samples.size);
+
+    widen (samples.left, samples.right, frames);
+    hpLadder->processRun (frames);
+    lpLadder->processRun (frames);
+    narrow (frames, samples.left, samples.right);
+}
+
+void MainAudioProcessor::runButterworth (SampleRun samples) noexcept
 {
     const auto hpResonates = hpResonance > resonanceThreshold && hpPoles > 0;
     const auto lpResonates = lpResonance > resonanceThreshold && lpPoles > 0;
 
     if (! hpResonates && ! lpResonates)
-        return ButterworthFilter::processRun (*hpFilter, *lpFilter, frames);
+        return ButterworthFilter::processRun (*hpFilter, *lpFilter, samples);
 
+    std::array<StereoPair, maxRunFrames> storage;
     std::array<float, maxRunFrames> amounts;
-    const auto amount = std::span<const float> (amounts).first (frames.size());
+    const auto frames = FrameRun (storage).first (samples.size);
+    const auto amount = std::span<const float> (amounts).first (samples.size);
+
+    widen (samples.left, samples.right, frames);
 
     // The highpass resonance is taken behind its filter, the lowpass resonance before its own: part of the sound.
     hpFilter->processRun (frames);
@@ -552,6 +599,7 @@ void MainAudioProcessor::runButterworth (FrameRun frames) noexcept
     }
 
     lpFilter->processRun (frames);
+    narrow (frames, samples.left, samples.right);
 }
 
 /** What has to stay the same for ticks to be gathered: everything that decides which filters run and with which order. */
@@ -589,21 +637,15 @@ struct MainAudioProcessor::TickSeries
 
 void MainAudioProcessor::processFrames (float* left, float* right, int numFrames)
 {
-    std::array<StereoPair, maxRunFrames> storage;
-    const auto count = (size_t) numFrames;
-    auto frames = FrameRun (storage).first (count);
+    SampleRun samples { left, right, (size_t) numFrames };
 
-    widen (left, right, frames);
-
-    while (! frames.empty())
-        frames = frames.subspan (isControlUpdateDue() ? processAwake (frames) : processAsleep (frames));
-
-    narrow (FrameRun (storage).first (count), left, right);
+    while (samples.size > 0)
+        samples = samples.after (isControlUpdateDue() ? processAwake (samples) : processAsleep (samples));
 }
 
-size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
+size_t MainAudioProcessor::processAsleep (SampleRun samples) noexcept
 {
-    const auto limit = std::min (frames.size(), (size_t) framesUntilClockedUpdate());
+    const auto limit = std::min (samples.size, (size_t) framesUntilClockedUpdate());
 
     // The watch of every frame, in as few instructions as it can be: values of the same bits have not moved, but for a NaN,
     // which always has. Other bits end the run, and watchParameters says whether anything has moved.
@@ -620,31 +662,34 @@ size_t MainAudioProcessor::processAsleep (FrameRun frames) noexcept
     const auto lpFreq = watch (*parameters.lpFreq);
     const auto hpReso = watch (*parameters.hpReso);
     const auto lpReso = watch (*parameters.lpReso);
-    const std::pair filtMode { parameters.filtMode, std::bit_cast<std::uint32_t> (parameters.filtMode->get()) };
 
     size_t count = 1;
 
-    while (count < limit && isSame (hpFreq) && isSame (lpFreq) && isSame (hpReso) && isSame (lpReso)
-           && isSame (filtMode))
+    while (count < limit && isSame (hpFreq) && isSame (lpFreq) && isSame (hpReso) && isSame (lpReso))
         ++count;
 
     skipClock ((int) count);
     watchParameters();
-    runFilters (frames.first (count));
+    runFilters (samples.first (count));
     return count;
 }
 
-size_t MainAudioProcessor::processAwake (FrameRun frames)
+size_t MainAudioProcessor::processAwake (SampleRun samples)
 {
     TickSeries ticks;
-    gatherTicks (ticks, std::min (frames.size(), maxDesigns));
+    gatherTicks (ticks, std::min (samples.size, maxDesigns));
     mapSlews (ticks);
 
-    if (ticks.filtMode == ladderMode)
-        runLadder (ticks, frames.first (ticks.size));
-    else
-        runButterworth (ticks, frames.first (ticks.size));
+    std::array<StereoPair, maxDesigns> storage;
+    const auto frames = FrameRun (storage).first (ticks.size);
+    widen (samples.left, samples.right, frames);
 
+    if (ticks.filtMode == ladderMode)
+        runLadder (ticks, frames);
+    else
+        runButterworth (ticks, frames);
+
+    narrow (frames, samples.left, samples.right);
     return ticks.size;
 }
 

@@ -14,6 +14,7 @@
 class ResonancePeak
 {
 public:
+    /** A section: the numbers of its numerator and, from a0 on, of its denominator. */
     struct Coefficients
     {
         double b0, b1, b2, a0, a1, a2;
@@ -39,6 +40,8 @@ public:
         within a quarter of a circle.
         @param amounts  one per frame, 0 to 10 */
     void addResonance (std::span<const float> amounts, FrameRun frames) noexcept;
+
+    /** The same with coefficients of each frame's own. */
     void addResonance (const Series& series, std::span<const float> amounts, FrameRun frames) noexcept;
 
     double b0 = 0.0, b1 = 0.0, b2 = 0.0;

@@ -18,6 +18,7 @@ struct SlewValue
     float stiffness = 0.0f;
     float damping = 0.0f;
 
+    /** One move by the law that is in force. */
     void advance() noexcept
     {
         if (mode == springMode)
@@ -26,6 +27,7 @@ struct SlewValue
             advanceLinear();
     }
 
+    /** One move toward the target, which is never passed. */
     void advanceLinear() noexcept
     {
         if (target > current)
@@ -44,6 +46,7 @@ struct SlewValue
         }
     }
 
+    /** One move of the spring, which may swing past the target. */
     void advanceSpring() noexcept
     {
         step = (target - (step * damping + current)) * stiffness + step;

@@ -21,30 +21,58 @@ public:
 #if TAMSILE_SSE2_STEREO
     /** Not initialised, unless by braces: runs of frames are filled at once. */
     StereoPair() noexcept = default;
+
+    /** The two sides. */
     StereoPair (double left, double right) noexcept : pair (_mm_set_pd (right, left)) {}
 
+    /** The same number on both sides. */
     [[nodiscard]] static StereoPair both (double x) noexcept { return StereoPair (_mm_set1_pd (x)); }
 
+    /** Two samples, exactly. */
+    [[nodiscard]] static StereoPair widened (float left, float right) noexcept
+    {
+        return StereoPair (_mm_cvtps_pd (_mm_unpacklo_ps (_mm_set_ss (left), _mm_set_ss (right))));
+    }
+
+    /** Rounds both sides. */
+    void narrowTo (float& left, float& right) const noexcept
+    {
+        const auto narrow = _mm_cvtpd_ps (pair);
+        left = _mm_cvtss_f32 (narrow);
+        right = _mm_cvtss_f32 (_mm_shuffle_ps (narrow, narrow, 1));
+    }
+
+    /** The left side alone. */
     [[nodiscard]] double left() const noexcept { return _mm_cvtsd_f64 (pair); }
+
+    /** The right side alone. */
     [[nodiscard]] double right() const noexcept { return _mm_cvtsd_f64 (_mm_unpackhi_pd (pair, pair)); }
 
+    /** Each side without its sign. */
     [[nodiscard]] StereoPair magnitude() const noexcept
     {
         return StereoPair (_mm_andnot_pd (_mm_set1_pd (-0.0), pair));
     }
 
+    /** Each side by itself. */
     friend StereoPair operator+ (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_add_pd (a.pair, b.pair));
     }
+
+    /** Each side by itself. */
     friend StereoPair operator- (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_sub_pd (a.pair, b.pair));
     }
+
+    /** Each side by itself. */
     friend StereoPair operator* (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_mul_pd (a.pair, b.pair));
     }
+
+    /** Each side by itself. */
     friend StereoPair operator/ (StereoPair a, StereoPair b) noexcept
     {
         return StereoPair (_mm_div_pd (a.pair, b.pair));
@@ -62,6 +90,19 @@ private:
     StereoPair (double left, double right) noexcept : l (left), r (right) {}
 
     [[nodiscard]] static StereoPair both (double x) noexcept { return { x, x }; }
+    /** Two samples, exactly. */
+    [[nodiscard]] static StereoPair widened (float left, float right) noexcept
+    {
+        return { (double) left, (double) right };
+    }
+
+    /** Rounds both sides. */
+    void narrowTo (float& left, float& right) const noexcept
+    {
+        left = (float) l;
+        right = (float) r;
+    }
+
     [[nodiscard]] double left() const noexcept { return l; }
     [[nodiscard]] double right() const noexcept { return r; }
     [[nodiscard]] StereoPair magnitude() const noexcept { return { std::abs (l), std::abs (r) }; }
@@ -96,7 +137,7 @@ inline void widen (const float* left, const float* right, std::span<StereoPair> 
 #endif
 
     for (; i < pairs.size(); ++i)
-        pairs[i] = StereoPair ((double) left[i], (double) right[i]);
+        pairs[i] = StereoPair::widened (left[i], right[i]);
 }
 
 /** Rounds pairs to samples of each side. */
@@ -115,8 +156,5 @@ inline void narrow (std::span<const StereoPair> pairs, float* left, float* right
 #endif
 
     for (; i < pairs.size(); ++i)
-    {
-        left[i] = (float) pairs[i].left();
-        right[i] = (float) pairs[i].right();
-    }
+        pairs[i].narrowTo (left[i], right[i]);
 }

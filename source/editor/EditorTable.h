@@ -27,6 +27,7 @@ inline constexpr int windowHeight = 546;
 inline constexpr int narrowWidth = 266;
 inline constexpr int wideWidth = static_cast<int> (panelWidth + 266.0f + panelWidth + 2.0f * panelMargin);
 
+/** Whole pixels within the parent. */
 struct Area
 {
     int x;
@@ -34,6 +35,7 @@ struct Area
     int width;
     int height;
 
+    /** As JUCE's components take it. */
     [[nodiscard]] juce::Rectangle<int> toRectangle() const { return { x, y, width, height }; }
 };
 
@@ -57,12 +59,14 @@ inline constexpr int firstSharedPlace = numFilters;
 //======================================================================================================================
 // Captions
 
+/** Where a caption's text stands in its area. */
 enum class Align
 {
     left,
     centre
 };
 
+/** A label whose text never changes, but for the resonances'. */
 struct Caption
 {
     /** For the first and the second of a pair of columns. */
@@ -71,14 +75,19 @@ struct Caption
     Align align = Align::centre;
 };
 
+/** A caption with the same text on both columns. */
 [[nodiscard]] constexpr Caption caption (const char* text, Area area, Align align = Align::centre)
 {
     return { { text, text }, area, align };
 }
 
-/** A label over the whole column, and over its left or right half. */
+/** A label over the whole column. */
 [[nodiscard]] constexpr Area across (int y) { return { 0, y, columnWidth, labelHeight }; }
+
+/** A label over the left half of a column. */
 [[nodiscard]] constexpr Area leftHalf (int y) { return { 0, y, half, labelHeight }; }
+
+/** A label over the right half of a column. */
 [[nodiscard]] constexpr Area rightHalf (int y) { return { half, y, half, labelHeight }; }
 
 inline constexpr Caption linkCaption = caption ("Link", { 96, 79, 50, labelHeight });
@@ -116,6 +125,7 @@ inline constexpr std::array frequencerCaptions {
 //======================================================================================================================
 // Knobs
 
+/** The colours of a knob's arc. */
 enum class Arc
 {
     none,
@@ -123,6 +133,7 @@ enum class Arc
     greenYellowRed
 };
 
+/** The colours by their positions on the knob's travel; empty for no arc. */
 [[nodiscard]] inline KestrinLookAndFeel::ArcStops stopsOf (Arc arc)
 {
     switch (arc)
@@ -168,6 +179,7 @@ struct StepKnob
     int x;
 };
 
+/** A knob beside the Randomize button. */
 struct AmountKnob
 {
     ParameterMember parameter;
@@ -176,7 +188,11 @@ struct AmountKnob
 
 /** A knob as wide as a column, about a height. */
 [[nodiscard]] constexpr Area wideKnob (int centreY) { return { 0, centreY - half, columnWidth, columnWidth }; }
+
+/** A knob on the left half of a column. */
 [[nodiscard]] constexpr Area leftKnob (int y) { return { 0, y, half, half }; }
+
+/** A knob on the right half of a column. */
 [[nodiscard]] constexpr Area rightKnob (int y) { return { half, y, half, half }; }
 
 inline constexpr std::array filterKnobs {
@@ -243,6 +259,7 @@ inline constexpr Area randomizeButton { 10, 100, 97, 28 };
 //======================================================================================================================
 // The switches along the lower edge
 
+/** A toggle with its caption beside it. */
 struct Switch
 {
     const char* text;
@@ -251,7 +268,10 @@ struct Switch
     int place;
     bool shown;
 
+    /** Of the box to click on. */
     [[nodiscard]] constexpr Area toggleArea() const { return { left() - 3, top, 21, 21 }; }
+
+    /** Of the text to its right. */
     [[nodiscard]] constexpr Area captionArea() const { return { left() + 22, top, 90, 21 }; }
 
 private:
@@ -270,6 +290,7 @@ inline constexpr std::array switches {
 //======================================================================================================================
 // Drawables. Their lines stay at thickness 0 and so have no visible effect.
 
+/** The look of a rectangle that is drawn. */
 struct Shape
 {
     float cornerSize;
@@ -283,8 +304,10 @@ inline constexpr Shape track { 0.0f, 0xff202020, 0xffd0d0d0 };
 inline constexpr Shape dot { 3.0f, 0xff505050, noStroke };
 inline constexpr Shape stepLight { 0.0f, 0xff98d800, 0xff4e6e00 };
 
+/** The whole column. */
 [[nodiscard]] inline juce::Rectangle<float> columnBackgroundArea() { return { 0.0f, 0.0f, panelWidth, panelHeight }; }
 
+/** What the dot of an LFO runs along, at the foot of its column. */
 [[nodiscard]] inline juce::Rectangle<float> trackArea()
 {
     return { 2.0f, panelHeight - panelMargin - 15, panelWidth - 4.0f, 15.0f };
@@ -296,6 +319,7 @@ inline constexpr Shape stepLight { 0.0f, 0xff98d800, 0xff4e6e00 };
     return { (panelWidth - 19.0f) * ((value + 1.0f) * 0.5f) + 4.0f, panelHeight - panelMargin - 13, 11.0f, 11.0f };
 }
 
+/** Between the two knobs of a step, over their inner corners. */
 [[nodiscard]] inline juce::Rectangle<float> stepLightArea (int step)
 {
     return { panelWidth * 0.5f - 5.0f, static_cast<float> (stepTop (step) + 27), 9.0f, 9.0f };

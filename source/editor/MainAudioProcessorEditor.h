@@ -66,6 +66,7 @@ public:
         std::array<ParameterSlider, numKnobs> knobs;
     };
 
+    /** An LFO's column, with the dot that shows its output. */
     struct LfoControls : ColumnControls<editorTable::lfoCaptions.size(), editorTable::lfoKnobs.size()>
     {
         juce::DrawableRectangle track;
@@ -76,6 +77,7 @@ public:
         ParameterSlider& tempoKnob { knobs[editorTable::tempoKnobRow] };
     };
 
+    /** A step's row: two knobs and the light between them. */
     struct StepControls
     {
         /** Highpass, lowpass. */

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <new>
 #include <tuple>
@@ -20,18 +21,44 @@ constexpr int maxFramesPerRun = 524288;
 constexpr double lowestImplausibleRate = 999.0;
 constexpr double highestImplausibleRate = 10000000001.0;
 
-/** The first channel's bounds are not symmetric, and a NaN becomes the upper one: projects sound like that. */
-[[nodiscard]] float clampFirstChannel (float sample) noexcept
+/** True if no magnitude is above the bound that both channels have in common. Nearly every block is like that, and as bits,
+    where a NaN is above every number, it is soon seen. */
+[[nodiscard]] bool areWithinBounds (const float* samples, int count) noexcept
 {
-    const auto raised = -30.0f > sample ? -30.0f : sample;
-    return raised < 20.0f ? raised : 20.0f;
+    constexpr auto magnitudeMask = 0x7fffffff;
+    constexpr auto bound = std::bit_cast<std::int32_t> (20.0f);
+    std::int32_t numOutside = 0;
+
+    for (int i = 0; i < count; ++i)
+        numOutside += (std::bit_cast<std::int32_t> (samples[i]) & magnitudeMask) > bound ? 1 : 0;
+
+    return numOutside == 0;
+}
+
+/** The first channel's bounds are not symmetric, and a NaN becomes the upper one: projects sound like that. */
+void clampFirstChannel (float* samples, int count) noexcept
+{
+    if (areWithinBounds (samples, count))
+        return;
+
+    for (int i = 0; i < count; ++i)
+    {
+        const auto raised = -30.0f > samples[i] ? -30.0f : samples[i];
+        samples[i] = raised < 20.0f ? raised : 20.0f;
+    }
 }
 
 /** Narrower below than the first channel's, and a NaN passes: both are meant. */
-[[nodiscard]] float clampSecondChannel (float sample) noexcept
+void clampSecondChannel (float* samples, int count) noexcept
 {
-    const auto raised = -20.0f > sample ? -20.0f : sample;
-    return raised > 20.0f ? 20.0f : raised;
+    if (areWithinBounds (samples, count))
+        return;
+
+    for (int i = 0; i < count; ++i)
+    {
+        const auto raised = -20.0f > samples[i] ? -20.0f : samples[i];
+        samples[i] = raised > 20.0f ? 20.0f : raised;
+    }
 }
 } // namespace
 
@@ -143,12 +170,15 @@ void AudioProcessorKestrin::runFrames (const FramePointers& frames, int numFrame
         auto* const right =
             frames.rightIn == frames.rightOut && frames.rightOut != nullptr ? frames.rightOut + start : scratch.data();
 
-        std::transform (left, left + count, left, clampFirstChannel);
+        clampFirstChannel (left, count);
+
+        if (frames.rightIn == nullptr)
+            std::copy_n (left, count, right);
+        else if (frames.rightIn + start != right)
+            std::copy_n (frames.rightIn + start, count, right);
 
         if (frames.rightIn != nullptr)
-            std::transform (frames.rightIn + start, frames.rightIn + start + count, right, clampSecondChannel);
-        else
-            std::copy_n (left, count, right);
+            clampSecondChannel (right, count);
 
         processFrames (left, right, count);
 

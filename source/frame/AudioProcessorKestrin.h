@@ -29,6 +29,7 @@ namespace juce
 class AudioProcessorKestrin : public AudioProcessor
 {
 public:
+    /** @param buses  as JUCE's base takes them */
     explicit AudioProcessorKestrin (const BusesProperties& buses);
     ~AudioProcessorKestrin() override;
 
@@ -95,7 +96,7 @@ protected:
     Random random;
 
     /** Frames that processFrames is given at the most. */
-    static constexpr int maxFramesTogether = 256;
+    static constexpr int maxFramesTogether = 512;
 
     /** Processes frames whose samples have been brought into bounds, in place, each with its step of the clock and, where
         it is due, its update before it. Override it to take frames together: what can be seen afterwards must be what

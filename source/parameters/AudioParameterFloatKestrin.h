@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -69,7 +70,10 @@ public:
         return true;
     }
 
+    /** Empty for a parameter that is no choice. */
     [[nodiscard]] std::vector<std::string> getChoiceTexts() const { return choiceTexts; }
+
+    /** Positions of a choice, of which the texts fill the lowest; 0 for a parameter that is none. */
     [[nodiscard]] int getStepCount() const noexcept { return stepCount; }
 
     /** The text of any position. Allocates; any thread but the audio thread. */
@@ -91,16 +95,13 @@ private:
     void startAtDefault (float newDefaultValue);
 
     /** Rounds as roundf does, half away from zero, without a call into the maths library: the audio thread asks for
-        choices at every frame. Below 2^22 the fraction is exact. */
+        choices at every frame. The sum of a float and a half is exact in a double. */
     [[nodiscard]] static int roundHalfAway (float x) noexcept
     {
-        constexpr auto exactFractions = 4194304.0f;
+        // As bits, every number from 0 to below this one is less, and whatever is negative or no number is more.
+        constexpr auto limit = std::bit_cast<std::uint32_t> (4194304.0f);
 
-        if (! (x >= 0.0f && x < exactFractions))
-            return nearestInt (x);
-
-        const auto whole = (int) x;
-        return x - (float) whole >= 0.5f ? whole + 1 : whole;
+        return std::bit_cast<std::uint32_t> (x) < limit ? (int) ((double) x + 0.5) : nearestInt (x);
     }
 
     /** The same for any number: 0 for one that is none, and the nearest end of int beyond it. */

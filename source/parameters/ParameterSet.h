@@ -15,6 +15,7 @@ public:
     static constexpr int numLfos = 2;
     static constexpr int numSteps = 10;
 
+    /** Adds one parameter to the owner for each row of the table, in its order. */
     explicit ParameterSet (juce::AudioProcessor& owner);
 
     Parameter* hpFreq = nullptr;

@@ -34,6 +34,7 @@ inline constexpr std::array<float, barTexts.size()> barLengths { 64.0f, 32.0f,
                                                                  0.25f, 0.1666666716337204f,
                                                                  0.125f };
 
+/** Everything about one parameter. */
 struct Row
 {
     const char* id;
@@ -52,21 +53,25 @@ struct Row
     int defaultIndex = 0;
 };
 
+/** A row over a range of hertz, shown as frequency or as period. */
 [[nodiscard]] constexpr Row frequency (const char* id, const char* name, float minHz, float maxHz, float position)
 {
     return { id, name, Kind::frequencyKind, "Hz", minHz, maxHz, position };
 }
 
+/** A row from 0 to 100 %. */
 [[nodiscard]] constexpr Row percent (const char* id, const char* name, float position)
 {
     return { id, name, Kind::percentKind, "%", 0.0f, 100.0f, position };
 }
 
+/** A row from -range to range that rests in the middle. */
 [[nodiscard]] constexpr Row bipolar (const char* id, const char* name, float range)
 {
     return { id, name, Kind::bipolarKind, "", -range, range, 0.5f };
 }
 
+/** A row of texts on the lowest of stepCount positions. */
 [[nodiscard]] constexpr Row choice (const char* id, const char* name, Texts texts, int stepCount, int defaultIndex)
 {
     return { id, name, Kind::choiceKind, "", 0.0f, 1.0f, 0.0f, texts, stepCount, defaultIndex };
@@ -75,6 +80,7 @@ struct Row
 /** The one switch of the list, which is JUCE's own kind of parameter. */
 inline constexpr int switchKind = 0;
 
+/** A row that is on or off, and starts off. */
 [[nodiscard]] constexpr Row onOff (const char* id, const char* name)
 {
     return { id, name, switchKind, "", 0.0f, 1.0f, 0.0f };

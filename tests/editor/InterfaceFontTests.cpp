@@ -119,7 +119,7 @@ TEST_F (WindowText, FitsItsBoxes)
 TEST (InterfaceFont, ShowsTextWithAnySingleFamilyInstalled)
 {
     const auto program = juce::File::getSpecialLocation (juce::File::currentExecutableFile);
-    const auto folder = juce::File::createTempFile ("fonts");
+    const juce::File folder { KESTRIN_TEST_FONTS };
     const juce::File fonts { "/usr/share/fonts" };
     auto numTried = 0;
 
@@ -141,8 +141,9 @@ TEST (InterfaceFont, ShowsTextWithAnySingleFamilyInstalled)
             continue;
 
         ++numTried;
-        folder.createDirectory();
-        found[0].copyFileTo (folder.getChildFile (name));
+        ASSERT_TRUE (folder.deleteRecursively());
+        ASSERT_TRUE (folder.createDirectory());
+        ASSERT_TRUE (found[0].copyFileTo (folder.getChildFile (name)));
 
         juce::ChildProcess child;
         ASSERT_TRUE (child.start ({ "/usr/bin/env", "JUCE_FONT_PATH=" + folder.getFullPathName(),
@@ -150,8 +151,7 @@ TEST (InterfaceFont, ShowsTextWithAnySingleFamilyInstalled)
         const auto output = child.readAllProcessOutput();
         child.waitForProcessToFinish (60000);
         EXPECT_EQ (child.getExitCode(), 0u) << name << "\n" << output;
-        EXPECT_TRUE (output.contains ("[  PASSED  ] " + juce::String (numTests) + " test")) << name;
-        folder.deleteRecursively();
+        EXPECT_TRUE (output.contains ("[  PASSED  ] " + juce::String (numTests) + " test")) << name << "\n" << output;
     }
 
     EXPECT_GT (numTried, 0);

@@ -216,6 +216,7 @@ TEST (SettingsState, HasADecimalPointWhateverLocaleTheHostHasSet)
 
     const auto usual = withoutDate (settings::savedText (processor));
     const CommaLocale comma;
+    ASSERT_EQ (std::to_string (0.5), "0,500000");
     const auto inTheCommaLocale = settings::savedText (processor);
 
     EXPECT_EQ (withoutDate (inTheCommaLocale), usual);

@@ -5,29 +5,20 @@
 
 #include "HostError.h"
 #include "HostProcess.h"
+#include "LoadPreset.h"
 #include "ModuleUnderTest.h"
 #include "PluginState.h"
 
 namespace
 {
 const char* const tide = "# a comment\n"
-                         "Slow Tide\n"
-                         "A slow sweep under pads.\n"
+                         "name = Slow Tide\n"
+                         "about = A slow sweep under pads.\n"
+                         "listen = Pads = chords # and strings\n"
                          "\n"
                          "lp_freq = 0.5\n"
                          "hp_mode = 24 dB/oct\n"
                          "lfo1T_lpf = +50\n";
-
-/** Loads a preset as a DAW does: through the interface of the hosting side that takes a preset's bytes. */
-struct PresetLoader : juce::ExtensionsVisitor
-{
-    explicit PresetLoader (const juce::MemoryBlock& presetBytes) : bytes (presetBytes) {}
-
-    void visitVST3Client (const VST3Client& client) override { loaded = client.setPreset (bytes); }
-
-    const juce::MemoryBlock& bytes;
-    bool loaded = false;
-};
 
 juce::String refusal (const juce::String& text)
 {
@@ -57,9 +48,7 @@ TEST (Presets, AreLoadedByTheModuleWithTheirValuesAndDefaultsForTheRest)
     user.deliverParameters();
 
     const auto bytes = presetFile::build (maker, presetFile::parse (maker, host.file ("tide.txt")));
-    PresetLoader loader (bytes);
-    user.instance().getExtensions (loader);
-    ASSERT_TRUE (loader.loaded);
+    ASSERT_TRUE (loadPreset (user, bytes));
 
     const auto settings = juce::parseXML (pluginState::settingsText (pluginState::read (user.instance())));
     ASSERT_NE (settings, nullptr);
@@ -84,6 +73,18 @@ TEST (Presets, TellNothingOfTheMachineTheyWereMadeOn)
         EXPECT_FALSE (text.contains (name)) << name;
 }
 
+TEST (Presets, KeepWhatIsSaidOfThem)
+{
+    const HostProcess host;
+    host.file ("tide.txt").replaceWithText (tide);
+    const ModuleUnderTest module;
+    const auto written = presetFile::parse (module, host.file ("tide.txt"));
+
+    EXPECT_EQ (written.name, "Slow Tide");
+    EXPECT_EQ (written.about, "A slow sweep under pads.");
+    EXPECT_EQ (written.listen, "Pads = chords # and strings");
+}
+
 TEST (Presets, AreFilesCalledAfterTheirNames)
 {
     const HostProcess host;
@@ -96,7 +97,7 @@ TEST (Presets, AreFilesCalledAfterTheirNames)
 
 TEST (Presets, NameFileAndLineOfWhatIsWrong)
 {
-    const juce::String head ("Name\nPurpose\n");
+    const juce::String head ("name = Name\nabout = Purpose\n");
 
     EXPECT_EQ (refusal (head + "lp_freq = 0.5\nlp_frq = 1\n"),
                "wrong.txt:4: there is no parameter \"lp_frq\"; did you mean lp_freq?");
@@ -104,18 +105,33 @@ TEST (Presets, NameFileAndLineOfWhatIsWrong)
     EXPECT_TRUE (refusal (head + "\nfiltmode = Comb\n").startsWith ("wrong.txt:4: filtmode: \"Comb\""));
     EXPECT_TRUE (refusal (head + "lp_freq\n").startsWith ("wrong.txt:3: \"lp_freq\" is not of the form"));
     EXPECT_EQ (refusal (head + "lp_freq = 0.1\nlp_freq = 0.2\n"), "wrong.txt:4: lp_freq is set a second time");
-    EXPECT_TRUE (refusal ("Name\n").contains ("wrong.txt:"));
+    EXPECT_EQ (refusal (head + "\nlisten = a\nname = Other\n"), "wrong.txt:5: name is set a second time");
+    EXPECT_EQ (refusal ("name = Name\nlp_freq = 0.1\n"), "wrong.txt:2: a preset has a line: about = ...");
+    EXPECT_EQ (refusal ("# nothing\n\nabout = Purpose\n"), "wrong.txt:3: a preset has a line: name = ...");
+    EXPECT_EQ (refusal (""), "wrong.txt:1: a preset has a line: name = ...");
 }
 
 TEST (Presets, WriteNoneOfThemIfOneIsWrong)
 {
     const HostProcess host;
     host.file ("a.txt").replaceWithText (tide);
-    host.file ("b.txt").replaceWithText ("Name\nPurpose\nlp_freq = 2\n");
+    host.file ("b.txt").replaceWithText ("name = Name\nabout = Purpose\nlp_freq = 2\n");
     const auto result = host.run ({ "preset", "a.txt", "b.txt", "--out-dir", "made" });
 
     EXPECT_EQ (result.exitCode, 2);
     EXPECT_TRUE (result.errors.contains ("b.txt:3: lp_freq")) << result.errors;
+    EXPECT_EQ (host.files(), juce::StringArray ("a.txt", "b.txt"));
+}
+
+TEST (Presets, AreNotWrittenOverOneAnother)
+{
+    const HostProcess host;
+    host.file ("a.txt").replaceWithText (tide);
+    host.file ("b.txt").replaceWithText ("name = SLOW TIDE\nabout = Another one.\n");
+    const auto result = host.run ({ "preset", "a.txt", "b.txt", "--out-dir", "made" });
+
+    EXPECT_EQ (result.exitCode, 2);
+    EXPECT_TRUE (result.errors.contains ("b.txt: another preset is called \"Slow Tide\", too")) << result.errors;
     EXPECT_EQ (host.files(), juce::StringArray ("a.txt", "b.txt"));
 }
 

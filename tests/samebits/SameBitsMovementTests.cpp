@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 // Everything that moves the filters: shapes, curves, sync, cross routes, steps, and what the host's transport does.
 #include <array>
+#include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
 #include <utility>
@@ -277,6 +278,58 @@ TEST (SameBits, WithRandomStepPatternsAndOffsetsAroundEveryEdge)
         duo.playNoise (250, uneven);
         ASSERT_TRUE (duo.isSame()) << "seed " << seed << "\n" << duo.difference();
     }
+}
+
+// There the order in which position, 0.01 and shift are added decides whether a step is on.
+TEST (SameBits, WithPositionsWithinLastBitsOfAStepsEdge)
+{
+    for (std::uint32_t seed = 1; seed <= 100; ++seed)
+    {
+        scenario::Dice dice { seed };
+        DuoPlayer duo;
+        duo.setSampleRate (48000.0);
+
+        for (int step = 0; step < 10; ++step)
+            duo.setParameter (Index::seqHpf (step), 0.5f + 0.02f * (float) (step + 1));
+
+        const auto offset = dice.position();
+        duo.setParameter (Index::seqOffs, offset);
+
+        const auto edge = 0.5 * dice.below (64) - 0.01 - (double) (2048.0f * offset - 1024.0f);
+        const auto lastBit = std::nextafter (std::abs (edge), infinity) - std::abs (edge);
+        duo.setTransport ([=] (std::int64_t query) { return transportAt (edge + lastBit * (double) (query - 40)); });
+        duo.playNoise (80, 1);
+        ASSERT_TRUE (duo.isSame()) << "seed " << seed << "\n" << duo.difference();
+    }
+}
+
+TEST (SameBits, WhenAReservedShapeIsExactlyHalfACycleFromWhatItFollows)
+{
+    for (int shape = 6; shape <= 7; ++shape)
+        for (const auto phase : { 0.125f, 0.25f, 0.375f })
+            for (const auto isAhead : { false, true })
+            {
+                DuoPlayer duo;
+                duo.setSampleRate (48000.0);
+                routeEverything (duo);
+                duo.setChoice (Index::lfoShape (0), shape);
+                duo.setTransport (transportAt (5.5));
+                duo.playNoise (10);
+
+                const auto place = [=] (auto& lfo)
+                {
+                    constexpr auto step = 1.0f / 1024.0f;
+                    lfo.phaseStepA = step;
+                    lfo.phaseA = (isAhead ? phase + 0.5f : phase) - step;
+                    lfo.referencePhase = isAhead ? phase : phase + 0.5f;
+                    lfo.followReference = true;
+                };
+
+                place (duo.product.lfo[0]);
+                place (duo.literal.lfo[0]);
+                duo.playNoise (1);
+                ASSERT_TRUE (duo.isSame()) << "shape " << shape << " at " << phase << "\n" << duo.difference();
+            }
 }
 
 TEST (SameBits, WithDepthsAroundTheDeadBandThatKeepsTheEngineAwake)

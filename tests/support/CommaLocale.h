@@ -6,30 +6,37 @@
 #include <locale>
 #include <string>
 
-/** Makes a locale with a decimal comma and grouped digits the one of this process, for the C library and for C++ streams,
-    as a host may have done, and puts the former ones back. The build makes the locale, in its own folder. */
+/** Makes a decimal comma and grouped digits the rule of this process, for the C library and for C++ streams, as a host may
+    have done, and puts the former rules back. The build makes the C library's locale, in its own folder. */
 class CommaLocale
 {
 public:
     CommaLocale() : formerC (std::setlocale (LC_ALL, nullptr))
     {
         ::setenv ("LOCPATH", KESTRIN_TEST_LOCALES, 1);
-        std::locale::global (std::locale (name));
-        std::setlocale (LC_ALL, name);
+        std::setlocale (LC_ALL, "de_DE.UTF-8");
+        ::unsetenv ("LOCPATH");
+
+        // Not by name: the C library's newlocale never frees its copy of LOCPATH.
+        std::locale::global (std::locale (std::locale::classic(), new Punctuation));
     }
 
     ~CommaLocale()
     {
         std::locale::global (formerCpp);
         std::setlocale (LC_ALL, formerC.c_str());
-        ::unsetenv ("LOCPATH");
     }
 
     CommaLocale (const CommaLocale&) = delete;
     CommaLocale& operator= (const CommaLocale&) = delete;
 
 private:
-    static constexpr const char* name = "de_DE.UTF-8";
+    struct Punctuation : std::numpunct<char>
+    {
+        char do_decimal_point() const override { return ','; }
+        char do_thousands_sep() const override { return '.'; }
+        std::string do_grouping() const override { return "\3"; }
+    };
 
     std::locale formerCpp;
     std::string formerC;

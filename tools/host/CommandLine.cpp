@@ -352,8 +352,8 @@ public:
     {
         command = app.add_subcommand (
             "preset",
-            "Make .vstpreset files from written presets: a line with the name, a line that says what it is for, "
-            "then lines of: id = text or position");
+            "Make .vstpreset files from written presets: lines of key = value, where the keys are name, about (what "
+            "it is for), listen (if you like) and the ids of parameters, with texts or positions");
         options.addPlugin (*command);
         command->add_option ("files", files, "Written presets (.txt)")->required();
         command->add_option ("--out-dir", folder, "Folder for the .vstpreset files; made if it is not there")
@@ -369,7 +369,10 @@ public:
         std::vector<presetFile::Written> presets;
 
         for (const auto& file : files)
+        {
             presets.push_back (presetFile::parse (*module, fileNamed (file)));
+            requireNewName (presets, file);
+        }
 
         const auto target = fileNamed (folder);
 
@@ -381,10 +384,24 @@ public:
     }
 
 private:
+    [[nodiscard]] static juce::String fileNameOf (const presetFile::Written& preset)
+    {
+        return juce::File::createLegalFileName (preset.name) + ".vstpreset";
+    }
+
+    /** The last preset must not replace the file of one before it. */
+    static void requireNewName (const std::vector<presetFile::Written>& presets, const std::string& file)
+    {
+        for (const auto& other : presets)
+            if (&other != &presets.back() && fileNameOf (other).equalsIgnoreCase (fileNameOf (presets.back())))
+                throw HostError (fileNamed (file).getFullPathName() + ": another preset is called \"" + other.name
+                                 + "\", too");
+    }
+
     static void write (HostedModule& module, const presetFile::Written& preset, const juce::File& target)
     {
         const auto content = presetFile::build (module, preset);
-        StagedFile file (target.getChildFile (juce::File::createLegalFileName (preset.name) + ".vstpreset"));
+        StagedFile file (target.getChildFile (fileNameOf (preset)));
         file.write (content.getData(), content.getSize());
         file.commit();
     }

@@ -16,9 +16,7 @@ void watch()
 {
     std::signal (SIGINT, raiseRequest);
     std::signal (SIGTERM, raiseRequest);
-#ifdef SIGHUP
     std::signal (SIGHUP, raiseRequest);
-#endif
 }
 
 void throwIfRequested()

@@ -20,24 +20,13 @@ public:
         if (! library.open (moduleLoader::libraryOf (module).getFullPathName()))
             throw HostError (module.getFullPathName() + ": cannot be loaded");
 
-#if JUCE_LINUX
         if (auto* enter = reinterpret_cast<bool (*) (void*)> (library.getFunction ("ModuleEntry")))
             enter (library.getNativeHandle());
-#elif JUCE_WINDOWS
-        if (auto* enter = reinterpret_cast<bool (*)()> (library.getFunction ("InitDll")))
-            enter();
-#endif
     }
 
     ~OpenLibrary()
     {
-#if JUCE_WINDOWS
-        const auto* exitName = "ExitDll";
-#else
-        const auto* exitName = "ModuleExit";
-#endif
-
-        if (auto* leave = reinterpret_cast<bool (*)()> (library.getFunction (exitName)))
+        if (auto* leave = reinterpret_cast<bool (*)()> (library.getFunction ("ModuleExit")))
             leave();
     }
 

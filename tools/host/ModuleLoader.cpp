@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "ModuleLoader.h"
 
-#include "HostError.h"
-
-#if JUCE_LINUX
 #include <sys/utsname.h>
-#endif
+
+#include "HostError.h"
 
 namespace moduleLoader
 {
@@ -64,19 +62,12 @@ juce::File findModule()
 
 juce::File libraryOf (const juce::File& module)
 {
-#if JUCE_LINUX
     utsname machine {};
     uname (&machine);
 
     return module.getChildFile ("Contents")
         .getChildFile (juce::String (machine.machine) + "-linux")
         .getChildFile (module.getFileNameWithoutExtension() + ".so");
-#elif JUCE_WINDOWS
-    const auto inBundle = module.getChildFile ("Contents/x86_64-win").getChildFile (module.getFileName());
-    return inBundle.existsAsFile() ? inBundle : module;
-#else
-    return module.getChildFile ("Contents/MacOS").getChildFile (module.getFileNameWithoutExtension());
-#endif
 }
 
 std::unique_ptr<juce::AudioPluginInstance> load (const juce::File& module)

@@ -17,6 +17,6 @@ namespace moduleLoader
     @throws HostError if the module cannot be loaded or holds no effect */
 [[nodiscard]] std::unique_ptr<juce::AudioPluginInstance> load (const juce::File& module);
 
-/** The shared library inside a module's bundle; the module itself where modules are plain files. */
+/** The shared library inside a module's bundle. */
 [[nodiscard]] juce::File libraryOf (const juce::File& module);
 } // namespace moduleLoader

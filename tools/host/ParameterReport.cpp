@@ -97,9 +97,9 @@ juce::String asJson (const ParameterList& list)
         row->setProperty ("id", parameter.id);
         row->setProperty ("number", (juce::int64) parameter.number);
         row->setProperty ("name", parameter.name());
-        row->setProperty ("default", parameter.parameter->getDefaultValue());
+        row->setProperty ("default", (double) parameter.parameter->getDefaultValue());
         row->setProperty ("defaultText", parameter.textAt (parameter.parameter->getDefaultValue()));
-        row->setProperty ("current", parameter.parameter->getValue());
+        row->setProperty ("current", (double) parameter.parameter->getValue());
         row->setProperty ("currentText", parameter.textAt (parameter.parameter->getValue()));
         row->setProperty ("lowest", parameter.textAt (0.0f));
         row->setProperty ("highest", parameter.textAt (1.0f));
@@ -110,7 +110,7 @@ juce::String asJson (const ParameterList& list)
         {
             const juce::DynamicObject::Ptr entry (new juce::DynamicObject);
             entry->setProperty ("text", choice.text);
-            entry->setProperty ("position", choice.position);
+            entry->setProperty ("position", (double) choice.position);
             choices.add (entry.get());
         }
 

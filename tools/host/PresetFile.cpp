@@ -78,25 +78,49 @@ void removeOrigin (juce::XmlElement& settings)
     throw HostError (file.getFullPathName() + ":" + juce::String (line) + ": " + reason);
 }
 
-[[nodiscard]] Written::Value parseValue (const HostedModule& module, const juce::String& line)
+/** The field that a key fills which is no parameter's id; none for any other key. */
+[[nodiscard]] juce::String* fieldOf (Written& written, const juce::String& key)
 {
-    const auto id = line.upToFirstOccurrenceOf ("=", false, false).trim();
-    const auto text = line.fromFirstOccurrenceOf ("=", false, false).trim();
+    struct Field
+    {
+        const char* key;
+        juce::String Written::*text;
+    };
 
-    if (id.isEmpty() || text.isEmpty())
-        throw HostError ("\"" + line + "\" is not of the form: id = text or position");
+    for (const auto& field :
+         { Field { "name", &Written::name }, Field { "about", &Written::about }, Field { "listen", &Written::listen } })
+        if (key == field.key)
+            return &(written.*field.text);
 
-    const auto& parameter = module.parameters().find (id);
-    return { &parameter, valueResolver::resolve (parameter, text) };
+    return nullptr;
 }
 
-void addValue (Written& written, const Written::Value& value)
+void addValue (Written& written, const HostedParameter& parameter, const juce::String& text)
 {
     for (const auto& other : written.values)
-        if (other.parameter == value.parameter)
-            throw HostError (value.parameter->id + " is set a second time");
+        if (other.parameter == &parameter)
+            throw HostError (parameter.id + " is set a second time");
 
-    written.values.push_back (value);
+    written.values.push_back ({ &parameter, valueResolver::resolve (parameter, text) });
+}
+
+void addLine (Written& written, const HostedModule& module, const juce::String& line)
+{
+    const auto key = line.upToFirstOccurrenceOf ("=", false, false).trim();
+    const auto text = line.fromFirstOccurrenceOf ("=", false, false).trim();
+
+    if (key.isEmpty() || text.isEmpty())
+        throw HostError ("\"" + line + "\" is not of the form: key = value");
+
+    auto* const field = fieldOf (written, key);
+
+    if (field == nullptr)
+        return addValue (written, module.parameters().find (key), text);
+
+    if (field->isNotEmpty())
+        throw HostError (key + " is set a second time");
+
+    *field = text;
 }
 } // namespace
 
@@ -154,6 +178,10 @@ Written parse (const HostedModule& module, const juce::File& file)
     file.readLines (lines);
     Written written;
 
+    // What follows the last line's end is no line.
+    if (lines.size() > 1 && lines[lines.size() - 1].isEmpty())
+        lines.remove (lines.size() - 1);
+
     for (int index = 0; index < lines.size(); ++index)
     {
         const auto line = lines[index].trim();
@@ -161,26 +189,19 @@ Written parse (const HostedModule& module, const juce::File& file)
         if (line.isEmpty() || line.startsWithChar ('#'))
             continue;
 
-        if (written.name.isEmpty())
-            written.name = line;
-        else if (written.purpose.isEmpty())
-            written.purpose = line;
-        else
+        try
         {
-            try
-            {
-                addValue (written, parseValue (module, line));
-            }
-            catch (const HostError& error)
-            {
-                failInLine (file, index + 1, error.what());
-            }
+            addLine (written, module, line);
+        }
+        catch (const HostError& error)
+        {
+            failInLine (file, index + 1, error.what());
         }
     }
 
-    if (written.purpose.isEmpty())
-        failInLine (file, juce::jmax (1, lines.size()),
-                    "a preset begins with a line for its name and one for its purpose");
+    for (const auto* key : { "name", "about" })
+        if (fieldOf (written, key)->isEmpty())
+            failInLine (file, juce::jmax (1, lines.size()), juce::String ("a preset has a line: ") + key + " = ...");
 
     return written;
 }

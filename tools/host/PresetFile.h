@@ -9,9 +9,9 @@
 
 /** Presets as VST3 hosts load them (.vstpreset), and as people write them.
 
-    The written form: the first line is the name, the second one says what the preset is for, and every further line is
-    `id = text or position`. Blank lines and lines that begin with # count for nothing. A parameter that is not named
-    stands at its default. */
+    The written form is lines of `key = value`: `name` and `about` (what the preset is for) must be there, `listen` (what
+    to play through it) may be, and every other key is the id of a parameter, with a text or a position. Blank lines and
+    lines that begin with # count for nothing. A parameter that is not named stands at its default. */
 namespace presetFile
 {
 [[nodiscard]] bool isPreset (const juce::MemoryBlock& content);
@@ -33,12 +33,13 @@ struct Written
     };
 
     juce::String name;
-    juce::String purpose;
+    juce::String about;
+    juce::String listen;
     std::vector<Value> values;
 };
 
 /** Understands a written preset by the module's parameters and texts.
-    @throws HostError, naming file and line */
+    @throws HostError, naming file and line; a key that is missing is missed in the last line */
 [[nodiscard]] Written parse (const HostedModule& module, const juce::File& file);
 
 /** The preset's bytes: the defaults of the module with the written values. Nothing of the machine they are made on gets

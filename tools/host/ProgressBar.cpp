@@ -5,28 +5,15 @@
 #include <cstdio>
 #include <string>
 
-#ifdef _WIN32
-#include <io.h>
-#else
 #include <unistd.h>
-#endif
 
 namespace
 {
 constexpr int barWidth = 40;
 constexpr std::chrono::milliseconds quietTime { 100 };
-
-bool stderrIsTerminal()
-{
-#ifdef _WIN32
-    return _isatty (_fileno (stderr)) != 0;
-#else
-    return isatty (STDERR_FILENO) != 0;
-#endif
-}
 } // namespace
 
-ProgressBar::ProgressBar() : terminal (stderrIsTerminal()) {}
+ProgressBar::ProgressBar() : terminal (isatty (STDERR_FILENO) != 0) {}
 
 ProgressBar::~ProgressBar()
 {

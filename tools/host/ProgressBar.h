@@ -19,5 +19,5 @@ private:
     bool terminal;
     bool shown = false;
     Clock::time_point start = Clock::now();
-    Clock::time_point lastShown {};
+    Clock::time_point lastShown = start;
 };

@@ -1,0 +1,15 @@
+# SPDX-License-Identifier: AGPL-3.0-or-later
+# The factory presets: every text in presets/ becomes a .vstpreset beside the module, never inside it.
+
+set (kestrinPresetFolder ${PROJECT_BINARY_DIR}/presets)
+file (GLOB writtenPresets CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/presets/*.txt)
+
+# The names of the files stand inside the texts, so a stamp says when they were made; what is no longer written goes.
+add_custom_command (OUTPUT ${PROJECT_BINARY_DIR}/presets.stamp
+    COMMAND ${CMAKE_COMMAND} -E rm -rf ${kestrinPresetFolder}
+    COMMAND kestrin-host preset --plugin ${kestrinModule} --out-dir ${kestrinPresetFolder} ${writtenPresets}
+    COMMAND ${CMAKE_COMMAND} -E touch ${PROJECT_BINARY_DIR}/presets.stamp
+    DEPENDS ${writtenPresets} kestrin-host KestrinTamsileFilter_VST3
+    COMMENT "Making the presets"
+    VERBATIM)
+add_custom_target (presets ALL DEPENDS ${PROJECT_BINARY_DIR}/presets.stamp)

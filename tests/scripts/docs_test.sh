@@ -1,0 +1,75 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: AGPL-3.0-or-later
+# Sees that the documents hold together: what they point at is there, and what there is has its place in them.
+#
+#   docs_test.sh <path of scripts/docs>
+set -uo pipefail
+shopt -s nullglob
+
+root=$(cd "$(dirname "$1")/.." && pwd)
+failures=0
+checks=0
+
+check() # what, command...
+{
+    local what=$1
+    shift
+    checks=$((checks + 1))
+    "$@" || { failures=$((failures + 1)); printf 'FAILED: %s\n' "$what"; }
+}
+
+refuses() { ! "$@" >/dev/null 2>&1; }
+
+# A heading as a link within a page names it.
+hasHeading() # page, name
+{
+    sed -n 's/^#\+ //p' "$1" | tr '[:upper:]' '[:lower:]' | tr -cd 'a-z0-9 \n-' | tr ' ' '-' | grep -qxF -- "$2"
+}
+
+cd "$root" || exit 1
+
+for page in ./*.md docs/*.md presets/*.md
+do
+    # Every link and every picture, one per line; what leads out of the repository is not ours to check.
+    while IFS= read -r link
+    do
+        target=${link%%#*}
+
+        case $link in
+            http*)  ;;
+            '#'*)   check "$page points at its heading $link" hasHeading "$page" "${link#\#}" ;;
+            *)      check "$page points at $target" [ -e "$(dirname "$page")/$target" ] ;;
+        esac
+    done < <(grep -o '](\([^) ]*\))' "$page" | sed 's/^](//; s/)$//')
+done
+
+for picture in docs/pictures/*.png
+do
+    check "${picture##*/} is shown in some page" grep -qF "pictures/${picture##*/}" ./*.md docs/*.md
+done
+
+for preset in presets/*.txt
+do
+    name=$(sed -n 's/^name *= *//p' "$preset")
+    check "the manual's table has the preset $name" grep -q "^| \*\*$name\*\*" docs/manual.md
+done
+
+check 'the manual names no preset that is not there' \
+    [ "$(grep -c '^| \*\*[^|]*\*\*[^|]*| \(Butterworth\|Grunge Ladder\) |' docs/manual.md)" = "$(find presets -name '*.txt' | wc -l)" ]
+
+while IFS='|' read -r _ id name _
+do
+    id=${id// /}
+    check "docs/parameters.md has $id" grep -q "| \`$id\` |$name|" docs/parameters.md
+done <tests/golden/parameters.txt
+
+for class in ButterworthFilter ResonancePeak GrungeLadder LfoGenerator frequencer SlewValue
+do
+    check "docs/dsp.md has a measured error of $class" grep -q "^| \`$class\` |.*[0-9]" docs/dsp.md
+done
+
+check 'scripts/docs refuses a part that it does not know' refuses scripts/docs windws
+check 'scripts/docs explains itself' grep -q '^Usage' <(scripts/docs --help)
+
+printf '%d checks, %d failures\n' "$checks" "$failures"
+[ "$failures" = 0 ]
