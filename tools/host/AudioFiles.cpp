@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "AudioFiles.h"
 
+#include <algorithm>
+
 #include "HostError.h"
 
 namespace
@@ -17,10 +19,40 @@ void requireWholeFile (const juce::AudioFormatReader& reader, const juce::File& 
                          + juce::String (reader.lengthInSamples) + " frames");
 }
 
+/** JUCE's readers take memory for as much as a chunk says that it holds: a file of a few bytes could ask for gigabytes. The
+    sound itself is not read into memory as a whole, and requireWholeFile looks at it. */
+void requireWholeChunks (const juce::File& file)
+{
+    juce::FileInputStream stream (file);
+    char container[12] {};
+
+    if (! stream.openedOk() || stream.read (container, sizeof (container)) != (int) sizeof (container))
+        return;
+
+    const auto isAiff = juce::String (container, 4) == "FORM";
+
+    while (stream.getNumBytesRemaining() >= 8)
+    {
+        char name[4] {};
+        stream.read (name, sizeof (name));
+        const auto size = (juce::int64) (juce::uint32) (isAiff ? stream.readIntBigEndian() : stream.readInt());
+        const juce::String chunk (juce::CharPointer_ASCII (name), sizeof (name));
+
+        if (chunk == "data" || chunk == "SSND")
+            stream.setPosition (std::min (stream.getPosition() + size + size % 2, stream.getTotalLength()));
+        else if (size > stream.getNumBytesRemaining())
+            throw HostError (file.getFullPathName() + ": the file is damaged: a part of it is longer than the file");
+        else
+            stream.skipNextBytes (size + size % 2);
+    }
+}
+
 std::unique_ptr<juce::AudioFormatReader> openReader (const juce::File& file)
 {
     if (! file.existsAsFile())
         throw HostError (file.getFullPathName() + ": there is no such file");
+
+    requireWholeChunks (file);
 
     juce::AudioFormatManager formats;
     formats.registerFormat (new juce::WavAudioFormat, true);
