@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "FuzzedFile.h"
 #include "FuzzedProcessor.h"
 #include "HostedModule.h"
 #include "HostError.h"
@@ -15,7 +16,7 @@ namespace
 void readWritten (HostedModule& module, const juce::File& file)
 {
     const auto written = presetFile::parse (module, file);
-    require (written.name.isNotEmpty() && written.purpose.isNotEmpty(), "a preset has a name and a purpose");
+    require (written.name.isNotEmpty(), "a preset has a name");
 
     for (const auto& value : written.values)
         require (value.parameter != nullptr && value.position >= 0.0f && value.position <= 1.0f,
@@ -31,18 +32,20 @@ void readWritten (HostedModule& module, const juce::File& file)
 extern "C" int LLVMFuzzerTestOneInput (const std::uint8_t* data, std::size_t size)
 {
     static const juce::ScopedJuceInitialiser_GUI juceIsUp;
-    static const juce::TemporaryFile file (".preset");
+    static const FuzzedFile fuzzed (".preset");
     static HostedModule module { juce::File() };
 
-    if (size == 0 || ! file.getFile().replaceWithData (data + 1, size - 1))
+    if (size == 0)
         return 0;
+
+    const auto& file = fuzzed.fill (data + 1, size - 1);
 
     try
     {
         if (data[0] % 2 == 0)
-            pluginState::loadFile (module.instance(), file.getFile());
+            pluginState::loadFile (module.instance(), file);
         else
-            readWritten (module, file.getFile());
+            readWritten (module, file);
     }
     catch (const HostError& error)
     {

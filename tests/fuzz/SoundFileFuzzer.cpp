@@ -5,6 +5,7 @@
 #include <cstdint>
 
 #include "AudioFiles.h"
+#include "FuzzedFile.h"
 #include "HostError.h"
 #include "Invariant.h"
 
@@ -29,14 +30,16 @@ void readAll (const juce::File& file, int numChannels)
 
 extern "C" int LLVMFuzzerTestOneInput (const std::uint8_t* data, std::size_t size)
 {
-    static const juce::TemporaryFile file (".wav");
+    static const FuzzedFile fuzzed (".wav");
 
-    if (size == 0 || ! file.getFile().replaceWithData (data + 1, size - 1))
+    if (size == 0)
         return 0;
+
+    const auto& file = fuzzed.fill (data + 1, size - 1);
 
     try
     {
-        readAll (file.getFile(), data[0] % 3);
+        readAll (file, data[0] % 3);
     }
     catch (const HostError& error)
     {
