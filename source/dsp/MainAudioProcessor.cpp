@@ -553,8 +553,19 @@ void MainAudioProcessor::runFilters (SampleRun samples) noexcept
             runLadder (samples);
             break;
         default:
+            passThrough (samples);
             break;
     }
+}
+
+void MainAudioProcessor::passThrough (SampleRun samples) noexcept
+{
+    // The way through double precision is kept without a filter too: it flushes subnormal samples.
+    std::array<StereoPair, maxRunFrames> storage;
+    const auto frames = FrameRun (storage).first (samples.size);
+
+    widen (samples.left, samples.right, frames);
+    narrow (frames, samples.left, samples.right);
 }
 
 void MainAudioProcessor::runLadder (SampleRun samples) noexcept

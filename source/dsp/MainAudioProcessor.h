@@ -128,6 +128,7 @@ private:
     void runFilters (SampleRun samples) noexcept;
     void runButterworth (SampleRun samples) noexcept;
     void runLadder (SampleRun samples) noexcept;
+    static void passThrough (SampleRun samples) noexcept;
     void runButterworth (const TickSeries& ticks, FrameRun frames) noexcept;
     void runButterworth (const TickSeries& ticks, std::size_t first, std::size_t count, bool isHeard,
                          FrameRun frames) noexcept;
