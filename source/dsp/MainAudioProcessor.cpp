@@ -149,6 +149,8 @@ void MainAudioProcessor::updateControlRate()
     designFilters (tick);
 }
 
+// Everything up to the slews. That the tick decides here whether the next frame needs another one, and not behind the design,
+// makes no difference: the decision looks at slews and routing alone.
 void MainAudioProcessor::moveControls (Tick& tick)
 {
     refreshHostSampleRate();
