@@ -457,7 +457,7 @@ public:
     [[nodiscard]] bool chosen() const { return command->parsed(); }
 
     /** Nobody can see or use a window on a private display: that is for pictures. */
-    [[nodiscard]] bool wantsPrivateDisplay() const { return chosen() && ! keepOpen; }
+    [[nodiscard]] bool wantsPrivateDisplay() const { return chosen() && ! output.empty(); }
 
     void run() const
     {

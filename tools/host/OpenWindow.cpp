@@ -117,11 +117,12 @@ bool inputHasEnded()
 
 void show (HostedModule& module, const Job& job)
 {
+    // Kept for its tolerance of harmless errors of the protocol, too.
     const XDisplay display;
 
     if (! display.connected())
-        throw HostError ("the display " + juce::SystemStats::getEnvironmentVariable ("DISPLAY", {})
-                         + " cannot be reached");
+        throw HostError ("window: there is no display to open it on (DISPLAY is \""
+                         + juce::SystemStats::getEnvironmentVariable ("DISPLAY", {}) + "\")");
 
     module.deliverParameters();
     std::optional<ParameterReporter> reporter;
