@@ -17,7 +17,15 @@ ModuleWindow::Place scaled (ModuleWindow::Place place, double scale)
     return { (int) std::lround (place.x * scale), (int) std::lround (place.y * scale) };
 }
 
-/** What a window of this size shows once it has stopped to change. */
+/** The window's ground, which shows in its lower corners: what is not drawn yet has another colour. */
+bool isDrawnToItsCorner (const juce::Image& image)
+{
+    constexpr int fromEdge = 3;
+    constexpr juce::uint32 ground = 0xff404040;
+    return image.getPixelAt (image.getWidth() - fromEdge, image.getHeight() - fromEdge).getARGB() == ground;
+}
+
+/** What a window of this size shows once it is there and has stopped to change. */
 juce::Image settledPicture (ModuleWindow& window, ModuleWindow::Size size)
 {
     constexpr int enoughLooks = 10;
@@ -31,10 +39,10 @@ juce::Image settledPicture (ModuleWindow& window, ModuleWindow::Size size)
                             && latest.getBounds() == now.getBounds() && picture::differingShare (latest, now) == 0.0;
         latest = now;
         numLooks = isSame ? numLooks + 1 : 0;
-        return numLooks >= enoughLooks;
+        return numLooks >= enoughLooks && isDrawnToItsCorner (now);
     };
 
-    EXPECT_TRUE (window.waitUntil (hasSettled)) << window.heard();
+    EXPECT_TRUE (window.waitUntil (hasSettled)) << "not drawn whole: " << window.heard();
     return latest;
 }
 
