@@ -292,6 +292,9 @@ TEST (HostCommandLine, RefusesWhatItDoesNotKnow)
     expectRefusal (host, { "render" }, "--in is required");
     expectRefusal (host, { "parameters", "--loud" }, "--loud");
     expectRefusal (host, { "parameters", "--json", "--markdown" }, "excludes");
+    expectRefusal (host, { "window" }, "give --out for a picture, or --keep-open");
+    expectRefusal (host, { "window", "--keep-open", "--out", "window.png" }, "excludes");
+    expectRefusal (host, { "window", "--report-changes", "--out", "window.png" }, "requires --keep-open");
 }
 
 TEST (HostCommandLine, ListsTheParametersForPeopleDocumentsAndPrograms)

@@ -13,6 +13,7 @@
 #include "HostError.h"
 #include "ModuleIdentity.h"
 #include "ModuleLoader.h"
+#include "OpenWindow.h"
 #include "ParameterReport.h"
 #include "PluginState.h"
 #include "PresetFile.h"
@@ -53,6 +54,7 @@ Examples
   kestrin-host parameters --markdown > docs/parameters.md
   kestrin-host preset presets/*.txt --out-dir build/presets
   kestrin-host state --show song.vstpreset
+  kestrin-host window --keep-open --report-changes
 )";
 
 using Texts = std::vector<std::string>;
@@ -418,25 +420,57 @@ public:
     void addTo (CLI::App& app)
     {
         command =
-            app.add_subcommand ("window", "Open the module's own window and take a picture of it. Without a display "
-                                          "a private one is started (Xvfb)");
+            app.add_subcommand ("window", "Open the module's own window and take a picture of it, without a display "
+                                          "on a private one (Xvfb); or keep it open on the desktop");
         options.addPlugin (*command);
         options.addSettings (*command);
-        command->add_option ("--out", output, "PNG file to write")->required();
-        command->add_option ("--show", panel, "Open these columns: lfos or frequencer; without it the module chooses")
-            ->check (CLI::IsMember ({ "lfos", "frequencer" }));
+        auto* picture = command->add_option ("--out", output, "PNG file to write");
+        auto* columnsOption =
+            command
+                ->add_option ("--show", panel, "Open these columns: lfos or frequencer; without it the module chooses")
+                ->check (CLI::IsMember ({ "lfos", "frequencer" }));
         command->add_option ("--scale", scale, "The content scale that the host announces, 0.5 to 4")
             ->capture_default_str()
             ->check (CLI::Range (0.5, 4.0));
+        auto* beatOption =
+            command
+                ->add_option ("--beat", beat,
+                              "Song position in quarter notes, at 120 per minute: lights and dots show it")
+                ->capture_default_str()
+                ->check (CLI::Range (-1.0e6, 1.0e6));
+        auto* staysOpen =
+            command
+                ->add_flag ("--keep-open", keepOpen,
+                            "Take no picture: show the window on the desktop until it is closed, standard "
+                            "input ends or Ctrl-C. No audio runs")
+                ->excludes (picture)
+                ->excludes (columnsOption)
+                ->excludes (beatOption);
         command
-            ->add_option ("--beat", beat, "Song position in quarter notes, at 120 per minute: lights and dots show it")
-            ->capture_default_str()
-            ->check (CLI::Range (-1.0e6, 1.0e6));
+            ->add_flag ("--report-changes", reportChanges,
+                        "Print a line for every parameter that the window changes, with its id and position; \"size\" "
+                        "with width and height in pixels, at first and when they change; and at first \"window\" with "
+                        "the X server's number for it")
+            ->needs (staysOpen);
     }
 
     [[nodiscard]] bool chosen() const { return command->parsed(); }
 
+    /** Nobody can see or use a window on a private display: that is for pictures. */
+    [[nodiscard]] bool wantsPrivateDisplay() const { return chosen() && ! output.empty(); }
+
     void run() const
+    {
+        if (keepOpen)
+            openWindow::show (*options.load(), { scale, reportChanges });
+        else if (! output.empty())
+            takePicture();
+        else
+            throw HostError ("window: give --out for a picture, or --keep-open");
+    }
+
+private:
+    void takePicture() const
     {
         const StagedFile probe (fileNamed (output));
         const auto module = options.load();
@@ -448,7 +482,6 @@ public:
         windowPicture::take (*module, job);
     }
 
-private:
     [[nodiscard]] windowPicture::Columns columns() const
     {
         if (panel.empty())
@@ -462,6 +495,8 @@ private:
     std::string output, panel;
     double scale = 1.0;
     double beat = 1.0;
+    bool keepOpen = false;
+    bool reportChanges = false;
 };
 
 template <typename Command>
@@ -516,7 +551,7 @@ int runCommandLine (int argc, char** argv)
     // The display comes before JUCE and goes after it, as the module's and our own JUCE hold on to it to the end.
     std::optional<PrivateDisplay> display;
 
-    if (windowCommand.chosen())
+    if (windowCommand.wantsPrivateDisplay())
         display.emplace();
 
     const juce::ScopedJuceInitialiser_GUI juceIsUp;

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "Desktop.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <thread>
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <X11/Xlib.h>
+
+#include "HostError.h"
+
+namespace
+{
+using namespace std::chrono_literals;
+
+void requireProgram (const std::string& name)
+{
+    if (std::system (("command -v " + name + " >/dev/null").c_str()) != 0)
+        throw HostError (("the tests of the window need " + name + ": run scripts/setup").c_str());
+}
+
+[[noreturn]] void becomeWindowManager()
+{
+    // Whatever becomes of this program, no window manager is left behind.
+    prctl (PR_SET_PDEATHSIG, SIGTERM);
+    std::freopen ("/dev/null", "w", stderr);
+    execlp ("openbox", "openbox", "--sm-disable", "--config-file", KESTRIN_OPENBOX_CONFIGURATION,
+            static_cast<char*> (nullptr));
+    _exit (127);
+}
+
+/** A window manager writes on the root window that it is there, as soon as it manages windows. */
+bool hasWindowManager (Display* display)
+{
+    Atom type = None;
+    int format = 0;
+    unsigned long numItems = 0, bytesLeft = 0;
+    unsigned char* data = nullptr;
+
+    XGetWindowProperty (display, DefaultRootWindow (display), XInternAtom (display, "_NET_SUPPORTING_WM_CHECK", False),
+                        0, 1, False, AnyPropertyType, &type, &format, &numItems, &bytesLeft, &data);
+
+    if (data != nullptr)
+        XFree (data);
+
+    return numItems == 1;
+}
+
+bool waitForWindowManager()
+{
+    const std::unique_ptr<Display, int (*) (Display*)> display (XOpenDisplay (nullptr), XCloseDisplay);
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+
+    while (display != nullptr && std::chrono::steady_clock::now() < deadline)
+    {
+        if (hasWindowManager (display.get()))
+            return true;
+
+        std::this_thread::sleep_for (5ms);
+    }
+
+    return false;
+}
+} // namespace
+
+Desktop::Desktop()
+{
+    for (const auto* program : { "Xvfb", "openbox", "xdotool" })
+        requireProgram (program);
+
+    // Never the desktop of whoever runs the tests.
+    unsetenv ("DISPLAY");
+    display.emplace();
+    windowManager = fork();
+
+    if (windowManager == 0)
+        becomeWindowManager();
+
+    if (windowManager < 0 || ! waitForWindowManager())
+        throw HostError ("openbox does not start");
+}
+
+Desktop::~Desktop()
+{
+    if (windowManager > 0)
+    {
+        kill (windowManager, SIGTERM);
+        waitpid (windowManager, nullptr, 0);
+    }
+
+    // The next desktop is a new one.
+    unsetenv ("DISPLAY");
+}
+
+void Desktop::perform (const std::string& words)
+{
+    if (std::system (("xdotool " + words).c_str()) != 0)
+        throw HostError (("xdotool fails: " + words).c_str());
+}

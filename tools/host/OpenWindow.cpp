@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "OpenWindow.h"
+
+#include <array>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include <juce_gui_basics/juce_gui_basics.h>
+#include <poll.h>
+#include <unistd.h>
+
+#include "HostError.h"
+#include "Interrupt.h"
+#include "XDisplay.h"
+
+namespace openWindow
+{
+namespace
+{
+/** How long a signal or the end of standard input may wait. */
+constexpr int sliceMs = 20;
+
+/** Whoever reads the lines waits for them: each is sent off at once. */
+void report (const juce::String& line) { std::cout << (line + "\n") << std::flush; }
+
+/** Prints what the module tells its host about its parameters. */
+class ParameterReporter : private juce::AudioProcessorParameter::Listener
+{
+public:
+    explicit ParameterReporter (const ParameterList& toWatch) : list (toWatch)
+    {
+        for (const auto& each : list.all())
+            each.parameter->addListener (this);
+    }
+
+    ~ParameterReporter() override
+    {
+        for (const auto& each : list.all())
+            each.parameter->removeListener (this);
+    }
+
+    JUCE_DECLARE_NON_COPYABLE (ParameterReporter)
+
+private:
+    void parameterValueChanged (int index, float position) override
+    {
+        constexpr int digits = 6;
+
+        for (const auto& each : list.all())
+            if (each.parameter->getParameterIndex() == index)
+                report (each.id + " " + juce::String (position, digits));
+    }
+
+    void parameterGestureChanged (int, bool) override {}
+
+    const ParameterList& list;
+};
+
+/** The desktop's frame around the module's window: as large as the module wishes, under its name. */
+class Frame : public juce::DocumentWindow
+{
+public:
+    Frame (juce::AudioPluginInstance& instance, const Job& job)
+        : juce::DocumentWindow (instance.getName(), juce::Colours::black, closeButton), reportsSize (job.reportChanges),
+          editor (instance.createEditorIfNeeded())
+    {
+        if (editor == nullptr)
+            throw HostError ("the module has no window");
+
+        setUsingNativeTitleBar (true);
+        setContentNonOwned (editor.get(), true);
+        centreWithSize (getWidth(), getHeight());
+        setVisible (true);
+        editor->setScaleFactor ((float) job.scale);
+
+        if (reportsSize)
+            report ("window "
+                    + juce::String (
+                        (juce::int64) reinterpret_cast<juce::pointer_sized_int> (getPeer()->getNativeHandle())));
+    }
+
+    ~Frame() override { clearContentComponent(); }
+
+    [[nodiscard]] bool isClosed() const noexcept { return closed; }
+
+    /** Says how large the window is, if that is not known yet. */
+    void reportSize()
+    {
+        const auto size = editor->getLocalBounds();
+
+        if (! reportsSize || size == reportedSize)
+            return;
+
+        report ("size " + juce::String (size.getWidth()) + " " + juce::String (size.getHeight()));
+        reportedSize = size;
+    }
+
+private:
+    void closeButtonPressed() override { closed = true; }
+
+    bool reportsSize;
+    std::unique_ptr<juce::AudioProcessorEditor> editor;
+    juce::Rectangle<int> reportedSize {};
+    bool closed = false;
+};
+
+/** What is typed is dropped: only the end counts. */
+bool inputHasEnded()
+{
+    std::array<char, 256> dropped {};
+    pollfd input { STDIN_FILENO, POLLIN, 0 };
+
+    return poll (&input, 1, 0) == 1 && read (STDIN_FILENO, dropped.data(), dropped.size()) <= 0;
+}
+} // namespace
+
+void show (HostedModule& module, const Job& job)
+{
+    // Kept for its tolerance of harmless errors of the protocol, too.
+    const XDisplay display;
+
+    if (! display.connected())
+        throw HostError ("window: there is no display to open it on (DISPLAY is \""
+                         + juce::SystemStats::getEnvironmentVariable ("DISPLAY", {}) + "\")");
+
+    module.deliverParameters();
+    std::optional<ParameterReporter> reporter;
+
+    if (job.reportChanges)
+        reporter.emplace (module.parameters());
+
+    Frame frame (module.instance(), job);
+
+    while (! frame.isClosed() && ! inputHasEnded())
+    {
+        interrupt::throwIfRequested();
+        juce::MessageManager::getInstance()->runDispatchLoopUntil (sliceMs);
+        frame.reportSize();
+    }
+}
+} // namespace openWindow
