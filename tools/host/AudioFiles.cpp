@@ -29,7 +29,12 @@ void requireWholeChunks (const juce::File& file)
     if (! stream.openedOk() || stream.read (container, sizeof (container)) != (int) sizeof (container))
         return;
 
-    const auto isAiff = juce::String (container, 4) == "FORM";
+    const juce::String kind (container, 4);
+    const auto isAiff = kind == "FORM";
+
+    // Whatever else it is, the readers do not take it for theirs, and say so.
+    if (! isAiff && kind != "RIFF" && kind != "RF64")
+        return;
 
     while (stream.getNumBytesRemaining() >= 8)
     {

@@ -18,19 +18,25 @@ namespace
 const char* const screenSize = "2560x2560x24";
 constexpr int startTimeoutMs = 10000;
 
-[[noreturn]] void becomeServer (int numberPipe)
+// Not the lowest numbers: whatever starts without a display and asks all the same is sent to :0, and would meet this one.
+constexpr int firstNumber = 90;
+constexpr int numberCount = 400;
+constexpr int mostAttempts = 20;
+
+[[noreturn]] void becomeServer (int displayNumber, int numberPipe)
 {
     // Whatever becomes of this program, no server is left behind.
     prctl (PR_SET_PDEATHSIG, SIGTERM);
 
+    const auto displayText = ":" + std::to_string (displayNumber);
     const auto pipeText = std::to_string (numberPipe);
     std::freopen ("/dev/null", "w", stderr);
-    execlp ("Xvfb", "Xvfb", "-displayfd", pipeText.c_str(), "-screen", "0", screenSize, "-nolisten", "tcp", "-noreset",
-            static_cast<char*> (nullptr));
+    execlp ("Xvfb", "Xvfb", displayText.c_str(), "-displayfd", pipeText.c_str(), "-screen", "0", screenSize,
+            "-nolisten", "tcp", "-noreset", static_cast<char*> (nullptr));
     _exit (127);
 }
 
-/** The server chooses a free number itself and says which as soon as it takes connections. */
+/** The server repeats its number as soon as it takes connections, and says nothing where the number is taken. */
 std::string readNumber (int numberPipe)
 {
     std::string number;
@@ -49,6 +55,19 @@ PrivateDisplay::PrivateDisplay()
     if (const auto* existing = std::getenv ("DISPLAY"); existing != nullptr && *existing != '\0')
         return;
 
+    std::string number;
+
+    for (int attempt = 0; attempt < mostAttempts && number.empty(); ++attempt)
+        number = startServer (firstNumber + (getpid() + attempt) % numberCount);
+
+    if (number.empty())
+        throw HostError ("there is no display, and Xvfb does not start: install Debian's xvfb, or set DISPLAY");
+
+    setenv ("DISPLAY", (":" + number).c_str(), 1);
+}
+
+std::string PrivateDisplay::startServer (int displayNumber)
+{
     int ends[2] {};
 
     if (pipe (ends) != 0)
@@ -59,7 +78,7 @@ PrivateDisplay::PrivateDisplay()
     if (server == 0)
     {
         close (ends[0]);
-        becomeServer (ends[1]);
+        becomeServer (displayNumber, ends[1]);
     }
 
     close (ends[1]);
@@ -67,16 +86,19 @@ PrivateDisplay::PrivateDisplay()
     close (ends[0]);
 
     if (number.empty())
-        throw HostError ("there is no display, and Xvfb does not start: install Debian's xvfb, or set DISPLAY");
+        stopServer();
 
-    setenv ("DISPLAY", (":" + number).c_str(), 1);
+    return number;
 }
 
-PrivateDisplay::~PrivateDisplay()
+PrivateDisplay::~PrivateDisplay() { stopServer(); }
+
+void PrivateDisplay::stopServer() noexcept
 {
     if (server <= 0)
         return;
 
     kill (server, SIGTERM);
     waitpid (server, nullptr, 0);
+    server = -1;
 }

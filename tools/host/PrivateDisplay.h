@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <string>
+
 /** A display for windows where there is none: starts a virtual X server (Xvfb) for the life of this object and points
     DISPLAY at it. Does nothing where DISPLAY is set already. To be made before anything looks for a display, and to
     outlive everything that has found it. */
@@ -15,5 +17,9 @@ public:
     PrivateDisplay& operator= (const PrivateDisplay&) = delete;
 
 private:
-    int server = 0;
+    [[nodiscard]] std::string startServer (int displayNumber);
+    void stopServer() noexcept;
+
+    /** The process; none is below 1. */
+    int server = -1;
 };
