@@ -26,7 +26,7 @@ endif
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help setup build demo test bits bench bench-document docs install uninstall format lint clean test-consumer package sanitize fuzz soak
+.PHONY: help test-window setup build demo test bits bench bench-document docs install uninstall format lint clean test-consumer package sanitize fuzz soak
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -49,6 +49,9 @@ demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wa
 
 test: build ## build and run all tests
 	ctest --preset release --parallel $(JOBS)
+
+test-window: build ## use the window on a private desktop with a real pointer and keyboard
+	@build/release/tests/window/window_tests
 
 test-consumer: setup ## build a small project that takes this one in by add_subdirectory (some minutes)
 	@tests/scripts/consumer_test.sh .
