@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <atomic>
 #include <bit>
 #include <cstdint>
 #include <string>
@@ -12,7 +13,8 @@ namespace juce
 {
 /** A parameter whose value is always its normalised position, 0 to 1: for the host, the settings, the window and the
     engine alike, and for choices too. What the position means is said by valueKind, and only the text follows it; each
-    reader applies its own curve. All fields but lastSeenValue are constant after construction. */
+    reader applies its own curve. All public fields but lastSeenValue are constant
+    after construction. */
 class AudioParameterFloatKestrin : public AudioParameterFloat
 {
 public:
@@ -70,6 +72,11 @@ public:
         return true;
     }
 
+    /** Counts every later setting of the value in a counter too, behind the value itself, so that a reader of many
+        parameters sees by one number whether any of them may have moved. To be called before the parameter is shared.
+        @param newCounter  must outlive the last setting */
+    void countChangesIn (std::atomic<std::uint32_t>& newCounter) noexcept { changeCounter = &newCounter; }
+
     /** Empty for a parameter that is no choice. */
     [[nodiscard]] std::vector<std::string> getChoiceTexts() const { return choiceTexts; }
 
@@ -91,6 +98,14 @@ public:
 private:
     /** stepCount - 1 of a choice with more than one step, and 0 of all else. */
     float highestIndex = 0.0f;
+
+    std::atomic<std::uint32_t>* changeCounter = nullptr;
+
+    void valueChanged (float) override
+    {
+        if (changeCounter != nullptr)
+            changeCounter->fetch_add (1, std::memory_order_release);
+    }
 
     void startAtDefault (float newDefaultValue);
 

@@ -42,7 +42,12 @@ ParameterSet::ParameterSet (juce::AudioProcessor& owner)
     for (const auto& row : parameterTable::rows)
         owner.addParameter (makeParameter (row).release());
 
-    const auto named = [&owner] (const char* id) { return find<Parameter> (owner, id); };
+    const auto named = [&] (const char* id)
+    {
+        auto* const parameter = find<Parameter> (owner, id);
+        parameter->countChangesIn (changeCount);
+        return parameter;
+    };
 
     hpFreq = named ("hp_freq");
     hpReso = named ("hp_reso");

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <atomic>
+#include <cstdint>
 
 #include "AudioParameterFloatKestrin.h"
 
@@ -17,6 +19,9 @@ public:
 
     /** Adds one parameter to the owner for each row of the table, in its order. */
     explicit ParameterSet (juce::AudioProcessor& owner);
+
+    /** A number that differs from all recent ones once any parameter but link has been set since. Any thread. */
+    [[nodiscard]] std::uint32_t getChangeCount() const noexcept { return changeCount.load (std::memory_order_acquire); }
 
     Parameter* hpFreq = nullptr;
     Parameter* hpReso = nullptr;
@@ -47,4 +52,7 @@ public:
 
     std::array<Parameter*, numSteps> seqHpf {};
     std::array<Parameter*, numSteps> seqLpf {};
+
+private:
+    std::atomic<std::uint32_t> changeCount { 0 };
 };

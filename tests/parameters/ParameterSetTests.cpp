@@ -211,6 +211,51 @@ TEST (ParameterTable, KeepsTheOddTwoThirdsOfABarThatProjectsDependOn)
     EXPECT_EQ (parameterTable::barLengths[8], 2.0f);
 }
 
+TEST (ParameterSet, CountsEverySettingOfEveryParameterButTheLink)
+{
+    MainAudioProcessor processor;
+    const auto& set = processor.parameters;
+
+    for (auto* parameter : processor.getParameters())
+    {
+        const auto before = set.getChangeCount();
+        parameter->setValue (0.25f);
+
+        EXPECT_EQ (set.getChangeCount() - before, parameter == set.link ? 0u : 1u) << parameter->getName (40);
+    }
+}
+
+TEST (ParameterSet, CountsASettingBehindTheValue)
+{
+    // The listener is told while the value stands and the count has moved.
+    struct Listener : juce::AudioProcessorParameter::Listener
+    {
+        explicit Listener (MainAudioProcessor& p) : processor (p), before (p.parameters.getChangeCount()) {}
+
+        void parameterValueChanged (int, float) override
+        {
+            seen = processor.parameters.hpFreq->get();
+            hasMoved = processor.parameters.getChangeCount() != before;
+        }
+
+        void parameterGestureChanged (int, bool) override {}
+
+        MainAudioProcessor& processor;
+        std::uint32_t before;
+        float seen = 0.0f;
+        bool hasMoved = false;
+    };
+
+    MainAudioProcessor processor;
+    Listener listener (processor);
+    processor.parameters.hpFreq->addListener (&listener);
+    processor.parameters.hpFreq->setValueNotifyingHost (0.75f);
+    processor.parameters.hpFreq->removeListener (&listener);
+
+    EXPECT_EQ (listener.seen, 0.75f);
+    EXPECT_TRUE (listener.hasMoved);
+}
+
 TEST (ParameterTable, KeepsCycleLengthsAndTheirWordsInStep)
 {
     const MainAudioProcessor processor;
