@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "Frequencer.h"
 
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -56,29 +57,37 @@ std::bitset<frequencer::numSteps> frequencer::stepsAt (double beats, float shift
     return steps;
 }
 
-frequencer::Result frequencer::evaluate (double beats, float shiftBeats, const Offsets& offsets) noexcept
+frequencer::Pattern::Pattern (const Offsets& offsets) noexcept
 {
-    Result result;
-    result.stepLit = stepsAt (beats, shiftBeats);
-
     for (std::size_t j = 0; j < numSteps; ++j)
     {
         const auto highpass = offsets.highpass[j] - 0.5f;
         const auto lowpass = offsets.lowpass[j] - 0.5f;
 
-        if (! outsideDeadBand (highpass) && ! outsideDeadBand (lowpass))
-            continue;
+        carrying[j] = outsideDeadBand (highpass) || outsideDeadBand (lowpass);
+        gains[j] = { signedSquare (highpass), signedSquare (lowpass) };
+    }
+}
 
-        result.active = true;
+frequencer::Sums frequencer::Pattern::sumsOf (std::bitset<numSteps> stepsOn) const noexcept
+{
+    Sums sums;
 
-        if (result.stepLit[j])
-        {
-            result.highpass += signedSquare (highpass);
-            result.lowpass += signedSquare (lowpass);
-        }
+    for (auto left = (stepsOn & carrying).to_ulong(); left != 0; left &= left - 1)
+    {
+        const auto& gain = gains[(std::size_t) std::countr_zero (left)];
+        sums.highpass += gain.highpass;
+        sums.lowpass += gain.lowpass;
     }
 
-    result.highpass = limitSum (result.highpass);
-    result.lowpass = limitSum (result.lowpass);
-    return result;
+    return { limitSum (sums.highpass), limitSum (sums.lowpass) };
+}
+
+frequencer::Result frequencer::evaluate (double beats, float shiftBeats, const Offsets& offsets) noexcept
+{
+    const Pattern pattern (offsets);
+    const auto steps = stepsAt (beats, shiftBeats);
+    const auto sums = pattern.sumsOf (steps);
+
+    return { steps, sums.highpass, sums.lowpass, pattern.isActive() };
 }

@@ -18,6 +18,31 @@ struct Offsets
     std::array<float, numSteps> lowpass {};
 };
 
+/** The sums of the offsets of some steps, -2 to 2. */
+struct Sums
+{
+    float highpass = 0.0f;
+    float lowpass = 0.0f;
+};
+
+/** Which steps carry an offset, and what each adds. */
+class Pattern
+{
+public:
+    explicit Pattern (const Offsets& offsets) noexcept;
+
+    /** Some step carries an offset, whether it is on or not. */
+    [[nodiscard]] bool isActive() const noexcept { return carrying.any(); }
+
+    /** What the steps that are on come to.
+        Audio thread; never allocates. */
+    [[nodiscard]] Sums sumsOf (std::bitset<numSteps> stepsOn) const noexcept;
+
+private:
+    std::bitset<numSteps> carrying;
+    std::array<Sums, numSteps> gains {};
+};
+
 /** What the steps come to at one position. */
 struct Result
 {
