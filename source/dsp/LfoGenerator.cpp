@@ -4,8 +4,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "FilterConstants.h"
-
 namespace
 {
 constexpr double oneThird = 0.333333333;
@@ -30,18 +28,10 @@ constexpr double sumLead = 0.0001;
 
 LfoGenerator::LfoGenerator() : rng (std::random_device {}()) {}
 
-float LfoGenerator::renderShape() noexcept
+float LfoGenerator::renderOtherShape() noexcept
 {
     switch (shape)
     {
-        case sine:
-            return renderSine();
-        case triangle:
-            return amplitude * triangleOf (phaseA);
-        case saw:
-            return amplitude * (1.0f - 2.0f * phaseA);
-        case square:
-            return phaseA < 0.5f ? -amplitude : amplitude;
         case randomTriangles:
             return renderRandomTriangles();
         case brownian:
@@ -53,11 +43,6 @@ float LfoGenerator::renderShape() noexcept
         default:
             return 0.0f;
     }
-}
-
-float LfoGenerator::renderSine() const noexcept
-{
-    return amplitude * std::sin ((float) ((double) (2.0f * phaseA) * pi));
 }
 
 float LfoGenerator::renderRandomTriangles() const noexcept
@@ -110,6 +95,14 @@ double LfoGenerator::drawStep() noexcept
     const auto high = (double) rng();
     const auto uniform = (low + high * twoTo32) / (twoTo32 * twoTo32);
     return uniformLow + (uniformHigh - uniformLow) * uniform;
+}
+
+void LfoGenerator::walkOrFollow() noexcept
+{
+    if (shape == brownian)
+        walk();
+    else if (followReference && (shape == reservedPulse || shape == reservedSum))
+        follow();
 }
 
 void LfoGenerator::walk() noexcept

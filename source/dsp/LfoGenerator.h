@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <cmath>
 #include <cstdint>
+#include <numbers>
 #include <random>
 
 #include "SlewValue.h"
@@ -42,22 +44,45 @@ public:
     /** The output at the present phases. For brownian and reservedSum it also hands the output slew its target. */
     [[nodiscard]] float render() noexcept { return bend (renderShape()); }
 
+    /** What the generators need of the number of ticks per second, worked out once for all of them. */
+    struct TickRate
+    {
+        explicit TickRate (float newTicksPerSecond) noexcept
+            : ticksPerSecond (newTicksPerSecond), period (1.0 / (double) ticksPerSecond),
+              outputStep (ticksPerSecond > 0.0f ? slewPerSecond / ticksPerSecond : 1.0e20f)
+        {
+        }
+
+        float ticksPerSecond;
+
+        /** Seconds; of no use if there are no ticks. */
+        double period;
+
+        /** What the output slew lets through per tick. */
+        float outputStep;
+    };
+
     /** Sets the shape and the steps per tick.
         @param rate       ticks per second
         @param frequency  Hz */
     void setRate (std::int32_t newShape, float rate, float frequency) noexcept
     {
+        setRate (newShape, TickRate (rate), frequency);
+    }
+
+    /** The same with what has been worked out before. */
+    void setRate (std::int32_t newShape, const TickRate& rate, float frequency) noexcept
+    {
         shape = newShape;
         walkStep = (float) ((double) frequency * walkPerHertz);
         outputSlew.mode = 0;
-        outputSlew.step = rate > 0.0f ? slewPerSecond / rate : 1.0e20f;
+        outputSlew.step = rate.outputStep;
 
-        if (rate > 0.0f && frequency >= 0.0f)
+        if (rate.ticksPerSecond > 0.0f && frequency >= 0.0f)
         {
-            const auto period = 1.0 / (double) rate;
-            phaseStepA = frequency / rate;
-            phaseStepB = (float) ((double) frequency * ratioB * period);
-            phaseStepC = (float) ((double) frequency * ratioC * period);
+            phaseStepA = frequency / rate.ticksPerSecond;
+            phaseStepB = (float) ((double) frequency * ratioB * rate.period);
+            phaseStepC = (float) ((double) frequency * ratioC * rate.period);
         }
         else
         {
@@ -70,19 +95,15 @@ public:
     void advance() noexcept
     {
         outputSlew.advanceLinear();
+        phaseB = wrapped (phaseB + phaseStepB);
+        phaseC = wrapped (phaseC + phaseStepC);
         phaseA += phaseStepA;
-        phaseB += phaseStepB;
-        phaseC += phaseStepC;
 
-        if (shape == brownian)
-            walk();
+        if (shape >= brownian)
+            walkOrFollow();
 
-        if (followReference && (shape == reservedPulse || shape == reservedSum))
-            follow();
-
-        for (auto* phase : { &phaseA, &phaseB, &phaseC, &referencePhase })
-            if (*phase >= 1.0f)
-                *phase -= 1.0f;
+        phaseA = wrapped (phaseA);
+        referencePhase = wrapped (referencePhase);
     }
 
     /** Back to the start of the cycle, and of the walk. */
@@ -127,8 +148,27 @@ private:
     /** What the output slew lets through per second: a brownian output is a very slow drift of its walk. */
     static constexpr float slewPerSecond = 0.01f;
 
-    [[nodiscard]] float renderShape() noexcept;
-    [[nodiscard]] float renderSine() const noexcept;
+    [[nodiscard]] static float wrapped (float phase) noexcept { return phase >= 1.0f ? phase - 1.0f : phase; }
+
+    /** The waves that songs are made of are rendered here, once per tick; the others are called. */
+    [[nodiscard]] float renderShape() noexcept
+    {
+        switch (shape)
+        {
+            case sine:
+                return amplitude * std::sin ((float) ((double) (2.0f * phaseA) * std::numbers::pi));
+            case triangle:
+                return amplitude * triangleOf (phaseA);
+            case saw:
+                return amplitude * (1.0f - 2.0f * phaseA);
+            case square:
+                return phaseA < 0.5f ? -amplitude : amplitude;
+            default:
+                return renderOtherShape();
+        }
+    }
+
+    [[nodiscard]] float renderOtherShape() noexcept;
     [[nodiscard]] float renderRandomTriangles() const noexcept;
     [[nodiscard]] float renderBrownian() noexcept;
     [[nodiscard]] float renderReservedPulse() const noexcept;
@@ -143,6 +183,7 @@ private:
 
     [[nodiscard]] float bendByPower (float x) const noexcept;
     [[nodiscard]] double drawStep() noexcept;
+    void walkOrFollow() noexcept;
     void walk() noexcept;
     void follow() noexcept;
 };

@@ -30,20 +30,20 @@ struct SlewValue
     /** One move toward the target, which is never passed. */
     void advanceLinear() noexcept
     {
-        if (target > current)
-        {
-            current += step;
+        if (current != target)
+            current = movedLinearly (current, target, step);
+    }
 
-            if (current > target)
-                current = target;
-        }
-        else if (current > target)
-        {
-            current -= step;
+    /** Where such a move leads. */
+    [[nodiscard]] static float movedLinearly (float current, float target, float step) noexcept
+    {
+        const auto above = current + step;
+        const auto below = current - step;
+        const auto raised = above > target ? target : above;
+        const auto lowered = target > below ? target : below;
+        const auto loweredIfAbove = current > target ? lowered : current;
 
-            if (target > current)
-                current = target;
-        }
+        return target > current ? raised : loweredIfAbove;
     }
 
     /** One move of the spring, which may swing past the target. */
