@@ -412,12 +412,7 @@ void ButterworthFilter::processRun (ButterworthFilter& first, ButterworthFilter&
     if (! row.isEmpty() && ! first.hasFirstOrderSection && ! second.hasFirstOrderSection)
         return row.run (samples);
 
-    std::array<StereoPair, maxRunFrames> storage;
-    const auto frames = FrameRun (storage).first (samples.size);
-
-    widen (samples.left, samples.right, frames);
-    processRun (first, second, frames);
-    narrow (frames, samples.left, samples.right);
+    processWidened (samples, [&] (FrameRun frames) { processRun (first, second, frames); });
 }
 
 void ButterworthFilter::processRun (ButterworthFilter& first, const Series& firstSeries, ButterworthFilter& second,

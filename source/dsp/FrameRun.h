@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <span>
 
@@ -32,3 +33,15 @@ struct SampleRun
 
 /** Consecutive frames during which nothing of the engine's structure changes, processed in place. */
 using FrameRun = std::span<StereoPair>;
+
+/** Widens samples, at most maxRunFrames of them, has the frames processed, and rounds them back. */
+template <typename Process>
+void processWidened (SampleRun samples, Process process) noexcept
+{
+    std::array<StereoPair, maxRunFrames> storage;
+    const auto frames = FrameRun (storage).first (samples.size);
+
+    widen (samples.left, samples.right, frames);
+    process (frames);
+    narrow (frames, samples.left, samples.right);
+}
