@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <bitset>
 #include <cmath>
 #include <cstddef>
+#include <span>
 
 #include "FilterConstants.h"
 #include "frame/PluginIdentity.h"
@@ -21,10 +23,6 @@ constexpr float lfoExpScale = 6.9077554f;
 /** ln (50): a free LFO runs from 0.02 Hz. */
 constexpr float lfoExpOffset = 3.912023f;
 
-/** A routing depth up to here does not keep the engine awake. No float lies between this one and 0.01, so that the
-    comparison is that with 0.01. */
-constexpr float routingDeadBand = 0.01f;
-
 /** Below it a resonance does not run. */
 constexpr float resonanceThreshold = 1.0e-7f;
 
@@ -34,24 +32,6 @@ constexpr double lpPeakRatio = 0.9;
 // A ladder's lowpass answers to the same amount more strongly than its highpass.
 constexpr double hpGrungeGain = 15.0;
 constexpr double lpGrungeGain = 80.0;
-
-enum FilterMode
-{
-    butterworthMode = 0,
-    ladderMode = 1
-};
-
-enum SyncMode
-{
-    wobblySync = 1,
-    drunkSync = 2,
-    tempoSync = 3
-};
-
-[[nodiscard]] float bipolar (const ParameterSet::Parameter& parameter) noexcept
-{
-    return parameter.get() * 2.0f - 1.0f;
-}
 
 [[nodiscard]] float square (float x) noexcept { return x * x; }
 
@@ -76,33 +56,54 @@ enum SyncMode
 /** What the steps of one tick hand on to each other. */
 struct MainAudioProcessor::Tick
 {
-    double rate = 0.0;
     double ppq = 0.0;
     double bpm = 0.0;
 
     /** Also when the position is exactly 0: a transport that stands at its start is the same as none. */
     bool transportAbsent = true;
 
-    /** Something is routed or programmed, so that the next frame needs a tick too. */
-    bool active = false;
-
-    float hpMod = 0.0f;
-    float lpMod = 0.0f;
-    float hpResoMod = 0.0f;
-    float lpResoMod = 0.0f;
+    /** What Frequencer and LFOs add up to. */
+    ControlReadings::Routes sums {};
 
     float hpHz = 0.0f;
     float lpHz = 0.0f;
 
-    std::array<int, ParameterSet::numLfos> lfoSync {};
-    std::array<int, ParameterSet::numLfos> lfoShape {};
-
     /** What each LFO has been routed with, and in which shape. */
     std::array<float, ParameterSet::numLfos> lfoOutput;
     std::array<std::int32_t, ParameterSet::numLfos> renderedShape;
+};
 
-    /** Beats of one tempo-locked cycle. */
-    std::array<float, ParameterSet::numLfos> lfoBeats {};
+/** What consecutive ticks share, taken out of the parameters and the slews before the first and brought back behind the
+    last. The four slews lie side by side here, so that the compiler can move all of them in one register. */
+struct MainAudioProcessor::Motion
+{
+    using Routes = ControlReadings::Routes;
+
+    void evaluateFrequencer (Tick& tick) noexcept;
+    void setSlewSteps() noexcept;
+    void setTargets (Routes sums) noexcept;
+    void advanceSlews() noexcept;
+    [[nodiscard]] bool isGliding() const noexcept;
+
+    [[nodiscard]] std::bitset<frequencer::numSteps> stepsOn() const noexcept
+    {
+        return frequencer::stepsAt (beats, readings.shiftBeats);
+    }
+
+    ControlReadings readings;
+
+    double rate;
+    LfoGenerator::TickRate tickRate;
+    Routes target, current, step {};
+
+    /** Counts the ticks that had other readings or another rate than the tick before. */
+    std::uint8_t numChanges = 0;
+
+    /** Where the transport stood at the last tick. */
+    double beats = 0.0;
+
+    /** Once the watch of a frame has found nothing, it finds nothing until some parameter is set. */
+    bool isWatchDue = true;
 };
 
 MainAudioProcessor::MainAudioProcessor()
@@ -142,30 +143,70 @@ bool MainAudioProcessor::isBusesLayoutSupported (const BusesLayout& layouts) con
 
 void MainAudioProcessor::updateControlRate()
 {
+    auto motion = beginMotion();
     Tick tick;
 
-    moveControls (tick);
+    moveControls (motion, tick);
+    endMotion (motion);
     mapSlews (tick);
-    designFilters (tick);
+    designFilters (motion, tick);
 }
 
 // Everything up to the slews. That the tick decides here whether the next frame needs another one, and not behind the design,
 // makes no difference: the decision looks at slews and routing alone.
-void MainAudioProcessor::moveControls (Tick& tick)
+void MainAudioProcessor::moveControls (Motion& motion, Tick& tick)
 {
     refreshHostSampleRate();
-    tick.rate = processingRate();
     readTransport (tick);
+    readRateAndParametersIfChanged (motion);
     resetLfosWithoutTransport (tick);
-    readLfoChoices (tick);
-    setLfoWobbleAndTempoLock (tick);
-    setSlopes();
-    evaluateFrequencer (tick);
-    advanceAndRouteLfos (tick);
-    setSlewSteps (tick);
-    setTargets (tick);
-    advanceSlews();
-    decideWhetherToStayAwake (tick);
+    setLfoWobbleAndTempoLock (motion, tick);
+    motion.evaluateFrequencer (tick);
+    advanceAndRouteLfos (motion, tick);
+    motion.setSlewSteps();
+    motion.setTargets (tick.sums);
+    motion.advanceSlews();
+    decideWhetherToStayAwake (motion);
+}
+
+MainAudioProcessor::Motion MainAudioProcessor::beginMotion() const noexcept
+{
+    const auto rate = processingRate();
+
+    return { .readings = ControlReadings (parameters, barLengths),
+             .rate = rate,
+             .tickRate = LfoGenerator::TickRate ((float) rate),
+             .target = { hpFreqSlew.target, lpFreqSlew.target, hpResoSlew.target, lpResoSlew.target },
+             .current = { hpFreqSlew.current, lpFreqSlew.current, hpResoSlew.current, lpResoSlew.current } };
+}
+
+void MainAudioProcessor::endMotion (const Motion& motion) noexcept
+{
+    constexpr std::int32_t linearMode = 1;
+    using Readings = ControlReadings;
+
+    const auto leave = [&] (SlewValue& slew, Readings::Route route)
+    {
+        slew.mode = linearMode;
+        slew.target = motion.target[route];
+        slew.current = motion.current[route];
+        slew.step = motion.step[route];
+    };
+
+    leave (hpFreqSlew, Readings::hpFreq);
+    leave (lpFreqSlew, Readings::lpFreq);
+    leave (hpResoSlew, Readings::hpReso);
+    leave (lpResoSlew, Readings::lpReso);
+
+    hpPoles = motion.readings.highpass.poles;
+    hpPeakBandwidth = motion.readings.highpass.peakBandwidth;
+    lpPoles = motion.readings.lowpass.poles;
+    lpPeakBandwidth = motion.readings.lowpass.peakBandwidth;
+
+    const auto stepsOn = motion.stepsOn();
+
+    for (size_t j = 0; j < stepLit.size(); ++j)
+        stepLit[j] = stepsOn[j];
 }
 
 void MainAudioProcessor::readTransport (Tick& tick) const
@@ -182,6 +223,20 @@ void MainAudioProcessor::readTransport (Tick& tick) const
     tick.transportAbsent = tick.ppq == 0.0;
 }
 
+void MainAudioProcessor::readRateAndParametersIfChanged (Motion& motion) const noexcept
+{
+    const auto rate = processingRate();
+
+    if (rate == motion.rate && parameters.getChangeCount() == motion.readings.changeCount)
+        return;
+
+    motion.rate = rate;
+    motion.tickRate = LfoGenerator::TickRate ((float) rate);
+    motion.readings = ControlReadings (parameters, barLengths);
+    motion.isWatchDue = true;
+    ++motion.numChanges;
+}
+
 void MainAudioProcessor::resetLfosWithoutTransport (const Tick& tick) noexcept
 {
     if (tick.transportAbsent)
@@ -189,31 +244,21 @@ void MainAudioProcessor::resetLfosWithoutTransport (const Tick& tick) noexcept
             generator.reset();
 }
 
-void MainAudioProcessor::setLfoWobbleAndTempoLock (const Tick& tick) noexcept
+void MainAudioProcessor::setLfoWobbleAndTempoLock (const Motion& motion, const Tick& tick) noexcept
 {
     for (size_t i = 0; i < lfo.size(); ++i)
     {
-        setWobble (tick, i);
+        const auto& reading = motion.readings.lfo[i];
+        setWobble (reading, motion.rate, i);
 
-        if (tick.lfoSync[i] == tempoSync)
-            lockToTempo (tick, i);
+        if (reading.sync == ControlReadings::tempoSync)
+            lockToTempo (reading, tick, i);
 
-        const auto bend = (float) ((double) bipolar (*parameters.lfoCurve[i]) * 1.7);
-        lfo[i].curveExponent = bend == 0.0f ? 1.0f : 1.0f / std::exp (bend);
+        lfo[i].curveExponent = reading.bend == 0.0f ? 1.0f : 1.0f / std::exp (reading.bend);
     }
 }
 
-void MainAudioProcessor::readLfoChoices (Tick& tick) const noexcept
-{
-    for (size_t i = 0; i < lfo.size(); ++i)
-    {
-        tick.lfoSync[i] = parameters.lfoSync[i]->getChoiceIndex();
-        tick.lfoShape[i] = parameters.lfoShape[i]->getChoiceIndex();
-        tick.lfoBeats[i] = barLengths[(size_t) parameters.lfoMode[i]->getChoiceIndex()];
-    }
-}
-
-void MainAudioProcessor::setWobble (const Tick& tick, size_t i) noexcept
+void MainAudioProcessor::setWobble (const ControlReadings::Lfo& reading, double rate, size_t i) noexcept
 {
     struct Law
     {
@@ -225,25 +270,24 @@ void MainAudioProcessor::setWobble (const Tick& tick, size_t i) noexcept
     static constexpr Law wobbly { 0.2297f, 5.7037826f, 0.01f };
     static constexpr Law drunk { 0.3297f, 5.857933f, 0.12f };
 
-    if (tick.lfoSync[i] != wobblySync && tick.lfoSync[i] != drunkSync)
+    if (reading.sync != ControlReadings::wobblySync && reading.sync != ControlReadings::drunkSync)
     {
         wobbleStep[i] = wobbleDepth[i] = 0.0f;
         return;
     }
 
-    const auto& law = tick.lfoSync[i] == wobblySync ? wobbly : drunk;
+    const auto& law = reading.sync == ControlReadings::wobblySync ? wobbly : drunk;
 
     // The two LFOs are detuned against each other: 0.055 and 0.054.
     const auto detune = (float) (i ^ 0x37u) * 0.001f;
-    const auto hertz = std::exp ((detune + law.offset) * parameters.lfoSpeed[i]->get() * law.scale - 4.6051702f);
-    wobbleStep[i] = (float) ((double) hertz / tick.rate);
+    const auto hertz = std::exp ((detune + law.offset) * reading.speed * law.scale - 4.6051702f);
+    wobbleStep[i] = (float) ((double) hertz / rate);
     wobbleDepth[i] = law.depth;
 }
 
-void MainAudioProcessor::lockToTempo (const Tick& tick, size_t i) noexcept
+void MainAudioProcessor::lockToTempo (const ControlReadings::Lfo& reading, const Tick& tick, size_t i) noexcept
 {
-    const auto beats = tick.lfoBeats[i];
-    const auto cycles = tick.ppq / (double) beats + 0.5 - (double) parameters.lfoPhase[i]->get();
+    const auto cycles = tick.ppq / (double) reading.beats + 0.5 - (double) reading.phase;
     const auto wanted = (float) (cycles - std::floor (cycles));
 
     auto distance = lfo[i].phaseA - wanted;
@@ -253,85 +297,28 @@ void MainAudioProcessor::lockToTempo (const Tick& tick, size_t i) noexcept
         distance = 1.0f - distance;
 
     // One hundredth of a beat, in cycles: nearer than that the phase runs free.
-    if (distance >= 0.01f / beats)
+    if (distance >= 0.01f / reading.beats)
         lfo[i].jumpTo (wanted);
 }
 
-void MainAudioProcessor::setSlopes() noexcept
+void MainAudioProcessor::Motion::evaluateFrequencer (Tick& tick) noexcept
 {
-    struct Slope
-    {
-        std::int32_t poles;
-        float peakBandwidth;
-    };
+    beats = tick.ppq;
 
-    // By choice index; whatever lies above the texts is a bypass like index 0.
-    static constexpr std::array<Slope, 5> slopes {
-        { { 0, 3.0f }, { 1, 2.0f }, { 2, 1.25f }, { 4, 0.707f }, { 8, 0.5f } }
-    };
+    if (! readings.pattern.isActive())
+        return;
 
-    const auto slopeOf = [] (const ParameterSet::Parameter& mode)
-    {
-        const auto index = (size_t) mode.getChoiceIndex();
-        return slopes[index < slopes.size() ? index : 0];
-    };
-
-    const auto highpass = slopeOf (*parameters.hpMode);
-    hpPoles = highpass.poles;
-    hpPeakBandwidth = highpass.peakBandwidth;
-
-    const auto lowpass = slopeOf (*parameters.lpMode);
-    lpPoles = lowpass.poles;
-    lpPeakBandwidth = lowpass.peakBandwidth;
+    const auto sums = readings.pattern.sumsOf (stepsOn());
+    tick.sums[ControlReadings::hpFreq] = sums.highpass;
+    tick.sums[ControlReadings::lpFreq] = sums.lowpass;
 }
 
-void MainAudioProcessor::evaluateFrequencer (Tick& tick) noexcept
-{
-    const auto& offset = *parameters.seqOffs;
-    const auto shiftBeats = (offset.maxValue - offset.minValue) * offset.get() + offset.minValue;
-
-    if (isFrequencerCentred())
-        return showSteps (frequencer::stepsAt (tick.ppq, shiftBeats));
-
-    frequencer::Offsets offsets;
-
-    for (size_t j = 0; j < frequencer::numSteps; ++j)
-    {
-        offsets.highpass[j] = parameters.seqHpf[j]->get();
-        offsets.lowpass[j] = parameters.seqLpf[j]->get();
-    }
-
-    const auto result = frequencer::evaluate (tick.ppq, shiftBeats, offsets);
-    showSteps (result.stepLit);
-    tick.hpMod = result.highpass;
-    tick.lpMod = result.lowpass;
-    tick.active = tick.active || result.active;
-}
-
-bool MainAudioProcessor::isFrequencerCentred() const noexcept
-{
-    // Compared as bits and all at once, which is the quickest: this is asked at every tick, and mostly answered with yes.
-    constexpr auto centre = std::bit_cast<std::uint32_t> (0.5f);
-    std::uint32_t difference = 0;
-
-    for (size_t j = 0; j < frequencer::numSteps; ++j)
-        difference |= (std::bit_cast<std::uint32_t> (parameters.seqHpf[j]->get()) ^ centre)
-                      | (std::bit_cast<std::uint32_t> (parameters.seqLpf[j]->get()) ^ centre);
-
-    return difference == 0;
-}
-
-void MainAudioProcessor::showSteps (std::bitset<frequencer::numSteps> steps) noexcept
-{
-    for (size_t j = 0; j < stepLit.size(); ++j)
-        stepLit[j] = steps[j];
-}
-
-void MainAudioProcessor::advanceAndRouteLfos (Tick& tick)
+void MainAudioProcessor::advanceAndRouteLfos (const Motion& motion, Tick& tick)
 {
     // All of LFO 1 before LFO 2: each reads the other's output, LFO 1 from before LFO 2's advance.
     for (size_t i = 0; i < lfo.size(); ++i)
     {
+        const auto& reading = motion.readings.lfo[i];
         wobblePhase[i] += wobbleStep[i];
 
         if (wobblePhase[i] >= 1.0f)
@@ -340,51 +327,25 @@ void MainAudioProcessor::advanceAndRouteLfos (Tick& tick)
         lfo[i].advance();
         tick.renderedShape[i] = lfo[i].shape;
         tick.lfoOutput[i] = lfo[i].render();
-        routeLfo (tick, i, tick.lfoOutput[i]);
 
-        auto multiplier = speedMultiplier (tick, i);
-        auto frequency = 0.0f;
+        for (size_t route = 0; route < tick.sums.size(); ++route)
+            tick.sums[route] += reading.depths[route] * tick.lfoOutput[i];
 
-        if (tick.lfoSync[i] == tempoSync)
-        {
-            multiplier = 1.0f;
-            frequency = (float) (tick.bpm / (double) tick.lfoBeats[i] * 0.016666666666666666);
-        }
-
-        configureLfo (tick, i, frequency, multiplier);
+        configureLfo (motion, tick, i, speedMultiplier (reading.depthOfOther, tick, i));
     }
 }
 
-void MainAudioProcessor::routeLfo (Tick& tick, size_t i, float output) const noexcept
+float MainAudioProcessor::speedMultiplier (float depthOfOther, const Tick& tick, size_t i) noexcept
 {
-    const auto route = [&] (const ParameterSet::Parameter& parameter, float& sum)
-    {
-        const auto depth = bipolar (parameter);
-
-        if (std::abs (depth) > routingDeadBand)
-            tick.active = true;
-
-        sum += depth * output;
-    };
-
-    route (*parameters.lfoToHpFreq[i], tick.hpMod);
-    route (*parameters.lfoToLpFreq[i], tick.lpMod);
-    route (*parameters.lfoToHpReso[i], tick.hpResoMod);
-    route (*parameters.lfoToLpReso[i], tick.lpResoMod);
-}
-
-float MainAudioProcessor::speedMultiplier (const Tick& tick, size_t i) noexcept
-{
-    const auto other = (i + 1) % lfo.size();
-    const auto depth = bipolar (*parameters.lfoToOtherLfo[other]);
     auto multiplier = 1.0f;
 
-    if (std::abs (depth) > routingDeadBand)
+    if (std::abs (depthOfOther) > routingDeadBand)
     {
         // LFO 1 still stands where this tick has rendered it, unless it has changed its shape since.
+        const auto other = (i + 1) % lfo.size();
         const auto isRendered = other < i && lfo[other].shape == tick.renderedShape[other];
         const auto output = isRendered ? tick.lfoOutput[other] : lfo[other].render();
-        multiplier = square (1.0f + output * depth * 0.5f);
+        multiplier = square (1.0f + output * depthOfOther * 0.5f);
     }
 
     if (wobbleDepth[i] > 0.01f)
@@ -396,33 +357,40 @@ float MainAudioProcessor::speedMultiplier (const Tick& tick, size_t i) noexcept
     return multiplier > 1.99f ? 1.99f : multiplier;
 }
 
-void MainAudioProcessor::configureLfo (Tick& tick, size_t i, float frequency, float multiplier)
+void MainAudioProcessor::configureLfo (const Motion& motion, const Tick& tick, size_t i, float multiplier)
 {
     constexpr auto firstUnnamedSine = 8;
-    const auto rate = (float) tick.rate;
+    const auto& reading = motion.readings.lfo[i];
+    auto frequency = 0.0f;
+
+    if (reading.sync == ControlReadings::tempoSync)
+    {
+        multiplier = 1.0f;
+        frequency = (float) (tick.bpm / (double) reading.beats * 0.016666666666666666);
+    }
 
     if (frequency == 0.0f)
-        frequency = std::exp (parameters.lfoSpeed[i]->get() * multiplier * multiplier * lfoExpScale - lfoExpOffset);
+        frequency = std::exp (reading.speed * multiplier * multiplier * lfoExpScale - lfoExpOffset);
 
     lfo[i].amplitude = 1.0f;
 
-    switch (tick.lfoShape[i])
+    switch (reading.shape)
     {
         case LfoGenerator::reservedPulse:
-            lfo[i].setRate (LfoGenerator::reservedPulse, rate, 0.0f);
-            lockLfosToBars (tick, 1.0f);
+            lfo[i].setRate (LfoGenerator::reservedPulse, motion.tickRate, 0.0f);
+            lockLfosToBars (motion, 1.0f);
             break;
         case LfoGenerator::reservedSum:
-            lfo[i].setRate (LfoGenerator::reservedSum, rate, 0.0f);
-            lockLfosToBars (tick, 16.0f);
+            lfo[i].setRate (LfoGenerator::reservedSum, motion.tickRate, 0.0f);
+            lockLfosToBars (motion, 16.0f);
             break;
         default:
-            lfo[i].setRate (tick.lfoShape[i] < firstUnnamedSine ? tick.lfoShape[i] : LfoGenerator::sine, rate,
+            lfo[i].setRate (reading.shape < firstUnnamedSine ? reading.shape : LfoGenerator::sine, motion.tickRate,
                             frequency);
     }
 }
 
-void MainAudioProcessor::lockLfosToBars (const Tick& tick, float barMultiple)
+void MainAudioProcessor::lockLfosToBars (const Motion& motion, float barMultiple)
 {
     auto* const transport = getPlayHead();
     const auto position = transport != nullptr ? transport->getPosition() : juce::nullopt;
@@ -438,7 +406,7 @@ void MainAudioProcessor::lockLfosToBars (const Tick& tick, float barMultiple)
 
     for (size_t i = 0; i < lfo.size(); ++i)
     {
-        const auto span = barMultiple * tick.lfoBeats[i];
+        const auto span = barMultiple * motion.readings.lfo[i].beats;
         const auto cycles = ppq / (double) bar / (double) span;
         const auto wanted = cycles - std::floor (cycles);
 
@@ -448,7 +416,7 @@ void MainAudioProcessor::lockLfosToBars (const Tick& tick, float barMultiple)
             lfo[i].followReference = true;
         }
 
-        const auto period = (float) tick.rate * 60.0f * bar * span / bpm;
+        const auto period = (float) motion.rate * 60.0f * bar * span / bpm;
         const auto step = inverseOrZero ((double) period);
         lfo[i].phaseStepA = (float) step;
         lfo[i].phaseStepB = (float) (step * 0.5);
@@ -456,35 +424,51 @@ void MainAudioProcessor::lockLfosToBars (const Tick& tick, float barMultiple)
     }
 }
 
-void MainAudioProcessor::setSlewSteps (const Tick& tick) noexcept
+// Against the targets of the previous tick: a new target starts to be followed one tick later.
+void MainAudioProcessor::Motion::setSlewSteps() noexcept
 {
-    constexpr std::int32_t linearMode = 1;
-    const auto timeConstant = tick.active ? 0.004f : 0.02f;
-    const auto rate = (float) tick.rate;
-
-    // Against the targets of the previous tick: a new target starts to be followed one tick later.
-    for (auto* slew : { &hpFreqSlew, &lpFreqSlew, &hpResoSlew, &lpResoSlew })
+    if (! (tickRate.ticksPerSecond > 0.0f))
     {
-        slew->mode = linearMode;
-        slew->step = rate > 0.0f ? std::abs (slew->target - slew->current) / (rate * timeConstant) : 1.0e20f;
+        step.fill (1.0e20f);
+        return;
     }
+
+    const auto ticks = tickRate.ticksPerSecond * (readings.active ? 0.004f : 0.02f);
+
+    for (size_t route = 0; route < step.size(); ++route)
+        step[route] = std::abs (target[route] - current[route]) / ticks;
 }
 
-void MainAudioProcessor::setTargets (const Tick& tick) noexcept
+void MainAudioProcessor::Motion::setTargets (Routes sums) noexcept
 {
     // Frequencies are moved by half the sum and resonances by the whole: the asymmetry is part of the sound.
-    hpFreqSlew.target = limitToUnit (tick.hpMod * 0.5f + parameters.hpFreq->get());
-    lpFreqSlew.target = limitToUnit (tick.lpMod * 0.5f + parameters.lpFreq->get());
-    hpResoSlew.target = limitToUnit (parameters.hpReso->get() + tick.hpResoMod);
-    lpResoSlew.target = limitToUnit (parameters.lpReso->get() + tick.lpResoMod);
+    static constexpr Routes scales { 0.5f, 0.5f, 1.0f, 1.0f };
+
+    for (size_t route = 0; route < target.size(); ++route)
+        target[route] = limitToUnit (sums[route] * scales[route] + readings.knobs[route]);
 }
 
-void MainAudioProcessor::advanceSlews() noexcept
+void MainAudioProcessor::Motion::advanceSlews() noexcept
 {
-    hpFreqSlew.advance();
-    lpFreqSlew.advance();
-    hpResoSlew.advance();
-    lpResoSlew.advance();
+    for (size_t route = 0; route < current.size(); ++route)
+        current[route] = SlewValue::movedLinearly (current[route], target[route], step[route]);
+}
+
+bool MainAudioProcessor::Motion::isGliding() const noexcept
+{
+    static constexpr Routes thresholds { 0.0002f, 0.0002f, 0.0003f, 0.0003f };
+    auto gliding = false;
+
+    for (size_t route = 0; route < current.size(); ++route)
+        gliding |= std::abs (target[route] - current[route]) > thresholds[route];
+
+    return gliding;
+}
+
+void MainAudioProcessor::decideWhetherToStayAwake (const Motion& motion) noexcept
+{
+    if (motion.readings.active || motion.isGliding())
+        requestControlUpdate();
 }
 
 void MainAudioProcessor::mapSlews (Tick& tick) noexcept
@@ -495,37 +479,27 @@ void MainAudioProcessor::mapSlews (Tick& tick) noexcept
     lpResonance = resonanceOf (lpResoSlew.current);
 }
 
-void MainAudioProcessor::designFilters (const Tick& tick) noexcept
+void MainAudioProcessor::designFilters (const Motion& motion, const Tick& tick) noexcept
 {
     const auto hpHz = (double) tick.hpHz;
     const auto lpHz = (double) tick.lpHz;
 
     // The family that is not selected keeps its old coefficients.
-    if (parameters.filtMode->getChoiceIndex() == ladderMode)
+    if (motion.readings.family == ControlReadings::Family::ladder)
     {
-        hpLadder->configure (hpPoles, true, hpHz, (double) hpResonance, hpGrungeGain, tick.rate);
-        lpLadder->configure (lpPoles, false, lpHz, (double) lpResonance, lpGrungeGain, tick.rate);
+        hpLadder->configure (hpPoles, true, hpHz, (double) hpResonance, hpGrungeGain, motion.rate);
+        lpLadder->configure (lpPoles, false, lpHz, (double) lpResonance, lpGrungeGain, motion.rate);
         return;
     }
 
-    hpFilter->design ((unsigned) hpPoles, true, hpHz, tick.rate);
-    lpFilter->design ((unsigned) lpPoles, false, lpHz, tick.rate);
+    hpFilter->design ((unsigned) hpPoles, true, hpHz, motion.rate);
+    lpFilter->design ((unsigned) lpPoles, false, lpHz, motion.rate);
 
     if (hpResonance > resonanceThreshold)
-        hpResonator->design (tick.rate, hpHz, (double) hpPeakBandwidth);
+        hpResonator->design (motion.rate, hpHz, (double) hpPeakBandwidth);
 
     if (lpResonance > resonanceThreshold)
-        lpResonator->design (tick.rate, lpHz * lpPeakRatio, (double) lpPeakBandwidth);
-}
-
-void MainAudioProcessor::decideWhetherToStayAwake (const Tick& tick) noexcept
-{
-    const auto isGliding = [] (const SlewValue& slew, float threshold)
-    { return std::abs (slew.target - slew.current) > threshold; };
-
-    if (tick.active || isGliding (hpFreqSlew, 0.0002f) || isGliding (hpResoSlew, 0.0003f)
-        || isGliding (lpFreqSlew, 0.0002f) || isGliding (lpResoSlew, 0.0003f))
-        requestControlUpdate();
+        lpResonator->design (motion.rate, lpHz * lpPeakRatio, (double) lpPeakBandwidth);
 }
 
 std::pair<float, float> MainAudioProcessor::processFrame (float left, float right)
@@ -535,50 +509,40 @@ std::pair<float, float> MainAudioProcessor::processFrame (float left, float righ
     return { left, right };
 }
 
-void MainAudioProcessor::watchParameters() noexcept
+bool MainAudioProcessor::watchParameters() noexcept
 {
     // Only the first that has moved is taken note of; the others are found on the following frames.
-    if (parameters.hpFreq->hasChanged() || parameters.lpFreq->hasChanged() || parameters.hpReso->hasChanged()
-        || parameters.lpReso->hasChanged())
+    const auto hasMoved = parameters.hpFreq->hasChanged() || parameters.lpFreq->hasChanged()
+                          || parameters.hpReso->hasChanged() || parameters.lpReso->hasChanged();
+
+    if (hasMoved)
         requestControlUpdate();
+
+    return hasMoved;
 }
 
 void MainAudioProcessor::runFilters (SampleRun samples) noexcept
 {
-    // An index above the two texts runs no filter at all, though the tick keeps designing for it.
-    switch (parameters.filtMode->getChoiceIndex())
+    switch (familyOf (*parameters.filtMode))
     {
-        case butterworthMode:
-            runButterworth (samples);
-            break;
-        case ladderMode:
-            runLadder (samples);
-            break;
-        default:
-            passThrough (samples);
-            break;
+        case ControlReadings::Family::butterworth:
+            return runButterworth (samples);
+        case ControlReadings::Family::ladder:
+            return runLadder (samples);
+        case ControlReadings::Family::none:
+            // The way through double precision is kept without a filter too: it flushes subnormal samples.
+            return processWidened (samples, [] (FrameRun) {});
     }
-}
-
-void MainAudioProcessor::passThrough (SampleRun samples) noexcept
-{
-    // The way through double precision is kept without a filter too: it flushes subnormal samples.
-    std::array<StereoPair, maxRunFrames> storage;
-    const auto frames = FrameRun (storage).first (samples.size);
-
-    widen (samples.left, samples.right, frames);
-    narrow (frames, samples.left, samples.right);
 }
 
 void MainAudioProcessor::runLadder (SampleRun samples) noexcept
 {
-    std::array<StereoPair, maxRunFrames> storage;
-    const auto frames = FrameRun (storage).first (samples.size);
-
-    widen (samples.left, samples.right, frames);
-    hpLadder->processRun (frames);
-    lpLadder->processRun (frames);
-    narrow (frames, samples.left, samples.right);
+    processWidened (samples,
+                    [this] (FrameRun frames)
+                    {
+                        hpLadder->processRun (frames);
+                        lpLadder->processRun (frames);
+                    });
 }
 
 void MainAudioProcessor::runButterworth (SampleRun samples) noexcept
@@ -589,64 +553,95 @@ void MainAudioProcessor::runButterworth (SampleRun samples) noexcept
     if (! hpResonates && ! lpResonates)
         return ButterworthFilter::processRun (*hpFilter, *lpFilter, samples);
 
-    std::array<StereoPair, maxRunFrames> storage;
-    std::array<float, maxRunFrames> amounts;
-    const auto frames = FrameRun (storage).first (samples.size);
-    const auto amount = std::span<const float> (amounts).first (samples.size);
-
-    widen (samples.left, samples.right, frames);
+    const auto add = [] (ResonancePeak& peak, float amount, FrameRun frames)
+    {
+        std::array<float, maxRunFrames> amounts;
+        std::fill_n (amounts.begin(), frames.size(), amount);
+        peak.addResonance (std::span<const float> (amounts).first (frames.size()), frames);
+    };
 
     // The highpass resonance is taken behind its filter, the lowpass resonance before its own: part of the sound.
-    hpFilter->processRun (frames);
+    processWidened (samples,
+                    [&] (FrameRun frames)
+                    {
+                        hpFilter->processRun (frames);
 
-    if (hpResonates)
-    {
-        amounts.fill (hpResonance);
-        hpResonator->addResonance (amount, frames);
-    }
+                        if (hpResonates)
+                            add (*hpResonator, hpResonance, frames);
 
-    if (lpResonates)
-    {
-        amounts.fill (lpResonance);
-        lpResonator->addResonance (amount, frames);
-    }
+                        if (lpResonates)
+                            add (*lpResonator, lpResonance, frames);
 
-    lpFilter->processRun (frames);
-    narrow (frames, samples.left, samples.right);
+                        lpFilter->processRun (frames);
+                    });
 }
 
-/** What has to stay the same for ticks to be gathered: everything that decides which filters run and with which order. */
+/** What decides which filters run, and how they are made. */
 struct MainAudioProcessor::Structure
 {
-    float filtMode, hpMode, lpMode;
-    double hostRate;
-
-    [[nodiscard]] bool operator== (const Structure&) const = default;
+    double rate;
+    ControlReadings::Family family;
+    ControlReadings::Slope highpass, lowpass;
 };
-
-MainAudioProcessor::Structure MainAudioProcessor::readStructure() const noexcept
-{
-    return { parameters.filtMode->get(), parameters.hpMode->get(), parameters.lpMode->get(), getSampleRate() };
-}
 
 /** What consecutive ticks have left, one entry per tick and frame. */
 struct MainAudioProcessor::TickSeries
 {
     using Values = std::array<float, maxDesigns>;
 
-    [[nodiscard]] static std::span<const float> part (const Values& values, std::size_t first,
-                                                      std::size_t count) noexcept
-    {
-        return std::span<const float> (values).subspan (first, count);
-    }
+    void add (const Motion& motion) noexcept;
+    [[nodiscard]] bool areOfOneRun (std::size_t a, std::size_t b) const noexcept;
+    [[nodiscard]] TickRun run (std::size_t first, std::size_t count) const noexcept;
 
     std::size_t size = 0;
-    double rate = 0.0;
-    int filtMode = 0;
 
-    // First the slews' positions, which mapSlews turns into hertz and amounts.
+    /** Which structure each tick had: Motion::numChanges. */
+    std::array<std::uint8_t, maxDesigns> structureOf;
+    std::array<Structure, maxDesigns + 1> structures;
+
+    std::array<ControlReadings::Routes, maxDesigns> slews;
+
+    // What mapSlews makes of the slews.
     Values hpHz, lpHz, hpResonance, lpResonance;
 };
+
+/** Some of them that run the same filters. */
+struct MainAudioProcessor::TickRun
+{
+    const Structure& structure;
+    bool hpResonates, lpResonates;
+    std::span<const float> hpHz, lpHz, hpResonance, lpResonance;
+};
+
+void MainAudioProcessor::TickSeries::add (const Motion& motion) noexcept
+{
+    const auto& readings = motion.readings;
+
+    structureOf[size] = motion.numChanges;
+    structures[motion.numChanges] = { motion.rate, readings.family, readings.highpass, readings.lowpass };
+    slews[size] = motion.current;
+    ++size;
+}
+
+bool MainAudioProcessor::TickSeries::areOfOneRun (size_t a, size_t b) const noexcept
+{
+    return (hpResonance[a] > resonanceThreshold) == (hpResonance[b] > resonanceThreshold)
+           && (lpResonance[a] > resonanceThreshold) == (lpResonance[b] > resonanceThreshold)
+           && structureOf[a] == structureOf[b];
+}
+
+MainAudioProcessor::TickRun MainAudioProcessor::TickSeries::run (size_t first, size_t count) const noexcept
+{
+    const auto part = [=] (const Values& values) { return std::span<const float> (values).subspan (first, count); };
+
+    return { structures[structureOf[first]],
+             hpResonance[first] > resonanceThreshold,
+             lpResonance[first] > resonanceThreshold,
+             part (hpHz),
+             part (lpHz),
+             part (hpResonance),
+             part (lpResonance) };
+}
 
 void MainAudioProcessor::processFrames (float* left, float* right, int numFrames)
 {
@@ -659,30 +654,20 @@ void MainAudioProcessor::processFrames (float* left, float* right, int numFrames
 size_t MainAudioProcessor::processAsleep (SampleRun samples) noexcept
 {
     const auto limit = std::min (samples.size, (size_t) framesUntilClockedUpdate());
-
-    // The watch of every frame, in as few instructions as it can be: values of the same bits have not moved, but for a NaN,
-    // which always has. Other bits end the run, and watchParameters says whether anything has moved.
-    const auto watch = [] (const ParameterSet::Parameter& parameter)
-    {
-        const auto bits = std::bit_cast<std::uint32_t> (parameter.lastSeenValue);
-        return std::pair { &parameter, std::isnan (parameter.lastSeenValue) ? ~bits : bits };
-    };
-
-    const auto isSame = [] (const auto& watched)
-    { return std::bit_cast<std::uint32_t> (watched.first->get()) == watched.second; };
-
-    const auto hpFreq = watch (*parameters.hpFreq);
-    const auto lpFreq = watch (*parameters.lpFreq);
-    const auto hpReso = watch (*parameters.hpReso);
-    const auto lpReso = watch (*parameters.lpReso);
-
+    const auto changeCount = parameters.getChangeCount();
     size_t count = 1;
 
-    while (count < limit && isSame (hpFreq) && isSame (lpFreq) && isSame (hpReso) && isSame (lpReso))
-        ++count;
+    skipClock (1);
 
-    skipClock ((int) count);
-    watchParameters();
+    // Once the watch has found nothing, it finds nothing until some parameter is set.
+    if (! watchParameters())
+    {
+        while (count < limit && parameters.getChangeCount() == changeCount)
+            ++count;
+
+        skipClock ((int) count - 1);
+    }
+
     runFilters (samples.first (count));
     return count;
 }
@@ -692,135 +677,104 @@ size_t MainAudioProcessor::processAwake (SampleRun samples)
     TickSeries ticks;
     gatherTicks (ticks, std::min (samples.size, maxDesigns));
     mapSlews (ticks);
-
-    std::array<StereoPair, maxDesigns> storage;
-    const auto frames = FrameRun (storage).first (ticks.size);
-    widen (samples.left, samples.right, frames);
-
-    if (ticks.filtMode == ladderMode)
-        runLadder (ticks, frames);
-    else
-        runButterworth (ticks, frames);
-
-    narrow (frames, samples.left, samples.right);
+    processWidened (samples.first (ticks.size), [&] (FrameRun frames) { runFilters (ticks, frames); });
     return ticks.size;
 }
 
 void MainAudioProcessor::gatherTicks (TickSeries& ticks, size_t maxTicks)
 {
-    const auto structure = readStructure();
-    ticks.filtMode = parameters.filtMode->getChoiceIndexForValue (structure.filtMode);
+    auto motion = beginMotion();
 
     do
     {
         Tick tick;
         juce::ignoreUnused (advanceClock());
-        moveControls (tick);
+        moveControls (motion, tick);
+        ticks.add (motion);
 
-        ticks.rate = tick.rate;
-        ticks.hpHz[ticks.size] = hpFreqSlew.current;
-        ticks.lpHz[ticks.size] = lpFreqSlew.current;
-        ticks.hpResonance[ticks.size] = hpResoSlew.current;
-        ticks.lpResonance[ticks.size] = lpResoSlew.current;
-        ++ticks.size;
+        if (motion.isWatchDue)
+            motion.isWatchDue = watchParameters();
+    } while (ticks.size < maxTicks && isControlUpdateDue());
 
-        watchParameters();
-    } while (ticks.size < maxTicks && isControlUpdateDue() && readStructure() == structure);
+    endMotion (motion);
 }
 
 void MainAudioProcessor::mapSlews (TickSeries& ticks) noexcept
 {
     for (size_t i = 0; i < ticks.size; ++i)
     {
-        ticks.hpHz[i] = hertzOf (ticks.hpHz[i]);
-        ticks.lpHz[i] = hertzOf (ticks.lpHz[i]);
-        ticks.hpResonance[i] = resonanceOf (ticks.hpResonance[i]);
-        ticks.lpResonance[i] = resonanceOf (ticks.lpResonance[i]);
+        ticks.hpHz[i] = hertzOf (ticks.slews[i][ControlReadings::hpFreq]);
+        ticks.lpHz[i] = hertzOf (ticks.slews[i][ControlReadings::lpFreq]);
+        ticks.hpResonance[i] = resonanceOf (ticks.slews[i][ControlReadings::hpReso]);
+        ticks.lpResonance[i] = resonanceOf (ticks.slews[i][ControlReadings::lpReso]);
     }
 
     hpResonance = ticks.hpResonance[ticks.size - 1];
     lpResonance = ticks.lpResonance[ticks.size - 1];
 }
 
-void MainAudioProcessor::runLadder (const TickSeries& ticks, FrameRun frames) noexcept
+void MainAudioProcessor::runFilters (const TickSeries& ticks, FrameRun frames) noexcept
 {
-    GrungeLadder::Series series;
-
-    hpLadder->configureSeries (hpPoles, true, TickSeries::part (ticks.hpHz, 0, ticks.size),
-                               TickSeries::part (ticks.hpResonance, 0, ticks.size), hpGrungeGain, ticks.rate, series);
-    hpLadder->processRun (series, frames);
-
-    lpLadder->configureSeries (lpPoles, false, TickSeries::part (ticks.lpHz, 0, ticks.size),
-                               TickSeries::part (ticks.lpResonance, 0, ticks.size), lpGrungeGain, ticks.rate, series);
-    lpLadder->processRun (series, frames);
-}
-
-void MainAudioProcessor::runButterworth (const TickSeries& ticks, FrameRun frames) noexcept
-{
-    const auto resonates = [&] (size_t i) {
-        return std::pair { ticks.hpResonance[i] > resonanceThreshold, ticks.lpResonance[i] > resonanceThreshold };
-    };
-
-    // A resonance that comes or goes parts the run.
     for (size_t first = 0, end = 0; first < ticks.size; first = end)
     {
         do
             ++end;
-        while (end < ticks.size && resonates (end) == resonates (first));
+        while (end < ticks.size && ticks.areOfOneRun (first, end));
 
-        runButterworth (ticks, first, end - first, ticks.filtMode == butterworthMode,
-                        frames.subspan (first, end - first));
+        const auto run = ticks.run (first, end - first);
+        const auto part = frames.subspan (first, end - first);
+
+        if (run.structure.family == ControlReadings::Family::ladder)
+            runLadder (run, part);
+        else
+            runButterworth (run, part);
     }
 }
 
-void MainAudioProcessor::runButterworth (const TickSeries& ticks, size_t first, size_t count, bool isHeard,
-                                         FrameRun frames) noexcept
+void MainAudioProcessor::runLadder (const TickRun& ticks, FrameRun frames) noexcept
+{
+    const auto& structure = ticks.structure;
+    GrungeLadder::Series series;
+
+    hpLadder->configureSeries (structure.highpass.poles, true, ticks.hpHz, ticks.hpResonance, hpGrungeGain,
+                               structure.rate, series);
+    hpLadder->processRun (series, frames);
+
+    lpLadder->configureSeries (structure.lowpass.poles, false, ticks.lpHz, ticks.lpResonance, lpGrungeGain,
+                               structure.rate, series);
+    lpLadder->processRun (series, frames);
+}
+
+void MainAudioProcessor::runButterworth (const TickRun& ticks, FrameRun frames) noexcept
 {
     ButterworthFilter::Series hpSeries, lpSeries;
     ResonancePeak::Series hpPeakSeries, lpPeakSeries;
-    std::array<double, maxDesigns> peakHz;
+    const auto& structure = ticks.structure;
 
-    const auto hpHz = TickSeries::part (ticks.hpHz, first, count);
-    const auto lpHz = TickSeries::part (ticks.lpHz, first, count);
-    const auto hpAmounts = TickSeries::part (ticks.hpResonance, first, count);
-    const auto lpAmounts = TickSeries::part (ticks.lpResonance, first, count);
-    const auto hpPeaks = hpAmounts[0] > resonanceThreshold;
-    const auto lpPeaks = lpAmounts[0] > resonanceThreshold;
+    hpFilter->designSeries ((unsigned) structure.highpass.poles, true, ticks.hpHz, structure.rate, hpSeries);
+    lpFilter->designSeries ((unsigned) structure.lowpass.poles, false, ticks.lpHz, structure.rate, lpSeries);
 
-    hpFilter->designSeries ((unsigned) hpPoles, true, hpHz, ticks.rate, hpSeries);
-    lpFilter->designSeries ((unsigned) lpPoles, false, lpHz, ticks.rate, lpSeries);
-
-    if (hpPeaks)
-    {
-        for (size_t i = 0; i < count; ++i)
-            peakHz[i] = (double) hpHz[i];
-
-        hpResonator->designSeries (ticks.rate, std::span<const double> (peakHz).first (count), (double) hpPeakBandwidth,
+    if (ticks.hpResonates)
+        hpResonator->designSeries (structure.rate, ticks.hpHz, 1.0, (double) structure.highpass.peakBandwidth,
                                    hpPeakSeries);
-    }
 
-    if (lpPeaks)
-    {
-        for (size_t i = 0; i < count; ++i)
-            peakHz[i] = (double) lpHz[i] * lpPeakRatio;
-
-        lpResonator->designSeries (ticks.rate, std::span<const double> (peakHz).first (count), (double) lpPeakBandwidth,
+    if (ticks.lpResonates)
+        lpResonator->designSeries (structure.rate, ticks.lpHz, lpPeakRatio, (double) structure.lowpass.peakBandwidth,
                                    lpPeakSeries);
-    }
 
-    if (! isHeard)
+    if (structure.family != ControlReadings::Family::butterworth)
         return;
 
-    if (! hpPeaks && ! lpPeaks)
+    if (! ticks.hpResonates && ! ticks.lpResonates)
         return ButterworthFilter::processRun (*hpFilter, hpSeries, *lpFilter, lpSeries, frames);
 
     hpFilter->processRun (hpSeries, frames);
 
-    if (hpPeaks && hpPoles > 0)
-        hpResonator->addResonance (hpPeakSeries, hpAmounts, frames);
+    if (ticks.hpResonates && structure.highpass.poles > 0)
+        hpResonator->addResonance (hpPeakSeries, ticks.hpResonance, frames);
 
-    if (lpPeaks && lpPoles > 0)
-        lpResonator->addResonance (lpPeakSeries, lpAmounts, frames);
+    if (ticks.lpResonates && structure.lowpass.poles > 0)
+        lpResonator->addResonance (lpPeakSeries, ticks.lpResonance, frames);
 
     lpFilter->processRun (lpSeries, frames);
 }

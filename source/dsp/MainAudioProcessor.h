@@ -2,15 +2,14 @@
 #pragma once
 
 #include <array>
-#include <bitset>
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "ButterworthFilter.h"
+#include "ControlReadings.h"
 #include "frame/AudioProcessorKestrin.h"
 #include "FrameRun.h"
 #include "Frequencer.h"
@@ -89,50 +88,43 @@ protected:
 
 private:
     struct Tick;
-    struct TickSeries;
+    struct Motion;
     struct Structure;
+    struct TickSeries;
+    struct TickRun;
 
     // The steps of a tick, in their order. They are inline for speed's sake: each is called from one place, per frame.
+    inline void moveControls (Motion& motion, Tick& tick);
     inline void readTransport (Tick& tick) const;
+    inline void readRateAndParametersIfChanged (Motion& motion) const noexcept;
     inline void resetLfosWithoutTransport (const Tick& tick) noexcept;
-    inline void readLfoChoices (Tick& tick) const noexcept;
-    inline void setLfoWobbleAndTempoLock (const Tick& tick) noexcept;
-    inline void setSlopes() noexcept;
-    inline void evaluateFrequencer (Tick& tick) noexcept;
-    inline void advanceAndRouteLfos (Tick& tick);
-    inline void setSlewSteps (const Tick& tick) noexcept;
-    inline void setTargets (const Tick& tick) noexcept;
-    inline void advanceSlews() noexcept;
-    inline void decideWhetherToStayAwake (const Tick& tick) noexcept;
-    inline void mapSlews (Tick& tick) noexcept;
-    inline void designFilters (const Tick& tick) noexcept;
+    inline void setLfoWobbleAndTempoLock (const Motion& motion, const Tick& tick) noexcept;
+    inline void advanceAndRouteLfos (const Motion& motion, Tick& tick);
+    inline void decideWhetherToStayAwake (const Motion& motion) noexcept;
+    void mapSlews (Tick& tick) noexcept;
+    void designFilters (const Motion& motion, const Tick& tick) noexcept;
 
-    [[nodiscard]] inline bool isFrequencerCentred() const noexcept;
-    inline void showSteps (std::bitset<frequencer::numSteps> steps) noexcept;
-    inline void setWobble (const Tick& tick, std::size_t i) noexcept;
-    inline void lockToTempo (const Tick& tick, std::size_t i) noexcept;
-    inline void routeLfo (Tick& tick, std::size_t i, float output) const noexcept;
-    [[nodiscard]] inline float speedMultiplier (const Tick& tick, std::size_t i) noexcept;
-    inline void configureLfo (Tick& tick, std::size_t i, float frequency, float multiplier);
-    inline void lockLfosToBars (const Tick& tick, float barMultiple);
+    inline void setWobble (const ControlReadings::Lfo& reading, double rate, std::size_t i) noexcept;
+    inline void lockToTempo (const ControlReadings::Lfo& reading, const Tick& tick, std::size_t i) noexcept;
+    [[nodiscard]] inline float speedMultiplier (float depthOfOther, const Tick& tick, std::size_t i) noexcept;
+    inline void configureLfo (const Motion& motion, const Tick& tick, std::size_t i, float multiplier);
+    void lockLfosToBars (const Motion& motion, float barMultiple);
 
-    inline void moveControls (Tick& tick);
-    inline void watchParameters() noexcept;
+    [[nodiscard]] Motion beginMotion() const noexcept;
+    void endMotion (const Motion& motion) noexcept;
+    bool watchParameters() noexcept;
 
     // Frames taken together: what the tick and the frame do, in another order.
     [[nodiscard]] std::size_t processAsleep (SampleRun samples) noexcept;
     [[nodiscard]] std::size_t processAwake (SampleRun samples);
-    [[nodiscard]] Structure readStructure() const noexcept;
     void gatherTicks (TickSeries& ticks, std::size_t maxTicks);
     void mapSlews (TickSeries& ticks) noexcept;
     void runFilters (SampleRun samples) noexcept;
     void runButterworth (SampleRun samples) noexcept;
     void runLadder (SampleRun samples) noexcept;
-    static void passThrough (SampleRun samples) noexcept;
-    void runButterworth (const TickSeries& ticks, FrameRun frames) noexcept;
-    void runButterworth (const TickSeries& ticks, std::size_t first, std::size_t count, bool isHeard,
-                         FrameRun frames) noexcept;
-    void runLadder (const TickSeries& ticks, FrameRun frames) noexcept;
+    void runFilters (const TickSeries& ticks, FrameRun frames) noexcept;
+    void runButterworth (const TickRun& ticks, FrameRun frames) noexcept;
+    void runLadder (const TickRun& ticks, FrameRun frames) noexcept;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (MainAudioProcessor)
 };

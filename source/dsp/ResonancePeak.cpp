@@ -92,12 +92,12 @@ void ResonancePeak::design (double sampleRate, double frequency, double bandwidt
     a2 = 1.0 - alpha * inverseAmplitude;
 }
 
-void ResonancePeak::designSeries (double sampleRate, std::span<const double> frequencies, double bandwidthOctaves,
-                                  Series& series) noexcept
+void ResonancePeak::designSeries (double sampleRate, std::span<const float> cutoffs, double ratio,
+                                  double bandwidthOctaves, Series& series) noexcept
 {
-    for (std::size_t frame = 0; frame < frequencies.size(); ++frame)
+    for (std::size_t frame = 0; frame < cutoffs.size(); ++frame)
     {
-        design (sampleRate, frequencies[frame], bandwidthOctaves);
+        design (sampleRate, (double) cutoffs[frame] * ratio, bandwidthOctaves);
         series[frame] = { b0, b1, b2, a0, a1, a2 };
     }
 }

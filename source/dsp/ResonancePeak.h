@@ -29,8 +29,9 @@ public:
     void design (double sampleRate, double frequency, double bandwidthOctaves) noexcept;
 
     /** Designs once for each frame of a run, as so many calls of design would.
-        @param frequencies  Hz, at most maxDesigns of them */
-    void designSeries (double sampleRate, std::span<const double> frequencies, double bandwidthOctaves,
+        @param cutoffs  Hz, at most maxDesigns of them
+        @param ratio    of the peak's frequency to the cutoff */
+    void designSeries (double sampleRate, std::span<const float> cutoffs, double ratio, double bandwidthOctaves,
                        Series& series) noexcept;
 
     /** Runs one frame in place; before the first design it leaves the frame and its own state alone. */

@@ -283,23 +283,24 @@ TEST (FrameRun, DesignsAResonanceForEachFrameAsOneByOne)
         auto frames = stereoNoise (run, lengths.next (maxDesigns));
         const auto input = frames;
         std::vector<float> amounts;
-        std::vector<double> frequencies;
+        std::vector<float> cutoffs;
+        const auto ratio = run % 3 == 0 ? 0.9 : 1.0;
 
-        // Now and then the same frequency again, which is no new design.
+        // Now and then the same cutoff again, which is no new design.
         for (std::size_t i = 0; i < frames.size(); ++i)
         {
             amounts.push_back (0.1f * (float) ((run + i) % 100));
-            frequencies.push_back (500.0 + 10.0 * (double) ((run + i) / 3));
+            cutoffs.push_back (500.0f + 10.0f * (float) ((run + i) / 3));
         }
 
         const auto bandwidth = run % 2 == 0 ? 0.5 : 1.25;
         ResonancePeak::Series series;
-        together.designSeries (rate, frequencies, bandwidth, series);
+        together.designSeries (rate, cutoffs, ratio, bandwidth, series);
         together.addResonance (series, amounts, frames);
 
         for (std::size_t i = 0; i < input.size(); ++i)
         {
-            oneByOne.design (rate, frequencies[i], bandwidth);
+            oneByOne.design (rate, (double) cutoffs[i] * ratio, bandwidth);
             ASSERT_TRUE (areEqual (frames[i], withResonance (oneByOne, amounts[i], input[i]))) << i;
         }
 

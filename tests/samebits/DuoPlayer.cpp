@@ -44,7 +44,12 @@ juce::Optional<juce::AudioPlayHead::PositionInfo> DuoPlayer::Host::getPosition()
 reference::Transport DuoPlayer::Host::next() const
 {
     if (script)
+    {
+        if (turn)
+            turn (queries);
+
         return script (queries++);
+    }
 
     // Nobody can ask a play head that is not there.
     if (standing.hasPlayHead)
@@ -121,6 +126,21 @@ void DuoPlayer::setTransport (TransportScript script)
     }
 
     product.setPlayHead (&productsHost);
+}
+
+void DuoPlayer::turnWhileAsked (std::function<std::optional<Turn> (std::int64_t query)> script)
+{
+    productsHost.turn = [=, this] (std::int64_t query)
+    {
+        if (const auto turn = script (query))
+            product.getParameters()[turn->index]->setValue (turn->position);
+    };
+
+    literalsHost.turn = [=, this] (std::int64_t query)
+    {
+        if (const auto turn = script (query))
+            literal.setParameter (turn->index, turn->position);
+    };
 }
 
 void DuoPlayer::setFramesSinceRequest (std::int32_t frames)

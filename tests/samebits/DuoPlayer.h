@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -40,6 +41,16 @@ public:
         for itself: an engine that asks once too often gets another answer. A play head is always there. */
     using TransportScript = std::function<reference::Transport (std::int64_t query)>;
     void setTransport (TransportScript script);
+
+    struct Turn
+    {
+        int index;
+        float position;
+    };
+
+    /** A host that turns a knob while it is asked for its transport, which is the one way to turn one in the middle of a
+        block on the audio thread itself. For a transport that follows a script. */
+    void turnWhileAsked (std::function<std::optional<Turn> (std::int64_t query)> script);
 
     /** One block. The plug-in's output replaces the input.
         @param rightOrNull  null in mono */
@@ -85,6 +96,7 @@ private:
 
         reference::Transport standing;
         TransportScript script;
+        std::function<void (std::int64_t query)> turn;
         mutable std::int64_t queries = 0;
     };
 

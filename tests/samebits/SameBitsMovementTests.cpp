@@ -4,6 +4,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "DuoPlayer.h"
@@ -347,6 +348,39 @@ TEST (SameBits, WithDepthsAroundTheDeadBandThatKeepsTheEngineAwake)
                 ASSERT_TRUE (duo.isSame()) << depth << ", route " << route << ", LFO " << lfo + 1 << "\n"
                                            << duo.difference();
             }
+}
+
+TEST (SameBitsMovement, WhenTheHostTurnsKnobsWhileItIsAskedForItsTransport)
+{
+    // Among them those that decide which filters run: a run of frames has to end in the middle.
+    constexpr std::array turned { Index::hpMode,      Index::lpMode,     Index::filtMode,   Index::hpFreq,
+                                  Index::lpReso,      Index::hpReso,     Index::lfoSpeed (0), Index::lfoCurve (1),
+                                  Index::lfoToHpf (0), Index::lfoToLpr (1), Index::seqHpf (0), Index::seqLpf (3) };
+
+    for (const bool isRouted : { true, false })
+    {
+        DuoPlayer duo;
+        duo.setSampleRate (48000.0);
+        duo.setTransport (playingFrom (1.0));
+
+        if (isRouted)
+            routeEverything (duo);
+
+        duo.turnWhileAsked (
+            [&] (std::int64_t query) -> std::optional<DuoPlayer::Turn>
+            {
+                if (query % 37 != 11)
+                    return {};
+
+                const auto turn = (std::size_t) (query / 37);
+                return DuoPlayer::Turn { turned[turn % turned.size()], 0.1f * (float) (turn % 7) };
+            });
+
+        duo.prepareToPlay();
+        duo.playNoise (20000, uneven);
+        EXPECT_TRUE (duo.isSame()) << duo.difference();
+        EXPECT_GT (duo.numTicks(), 1000);
+    }
 }
 
 TEST (SameBits, WhenAnyParameterMovesBetweenBlocks)

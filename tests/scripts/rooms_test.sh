@@ -40,7 +40,8 @@ forbid 'the frame knows nothing of parameters, sound or window' \
 files=(parameters/*.@(h|cpp))
 forbid 'the parameters know nothing of the sound or the window' "${soundHeaders[@]}" "${windowHeaders[@]}"
 
-files=(dsp/!(MainAudioProcessor*).@(h|cpp))
+# What brings parameters and sound together is the processor and its reading of the parameters.
+files=(dsp/!(MainAudioProcessor*|ControlReadings*).@(h|cpp))
 forbid 'the classes of the sound know neither frame nor parameters nor window' \
     "${frameHeaders[@]}" "${parameterHeaders[@]}" "${windowHeaders[@]}"
 
