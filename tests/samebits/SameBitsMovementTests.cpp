@@ -353,9 +353,9 @@ TEST (SameBits, WithDepthsAroundTheDeadBandThatKeepsTheEngineAwake)
 TEST (SameBitsMovement, WhenTheHostTurnsKnobsWhileItIsAskedForItsTransport)
 {
     // Among them those that decide which filters run: a run of frames has to end in the middle.
-    constexpr std::array turned { Index::hpMode,      Index::lpMode,     Index::filtMode,   Index::hpFreq,
-                                  Index::lpReso,      Index::hpReso,     Index::lfoSpeed (0), Index::lfoCurve (1),
-                                  Index::lfoToHpf (0), Index::lfoToLpr (1), Index::seqHpf (0), Index::seqLpf (3) };
+    constexpr std::array turned { Index::hpMode,       Index::lpMode,       Index::filtMode,     Index::hpFreq,
+                                  Index::lpReso,       Index::hpReso,       Index::lfoSpeed (0), Index::lfoCurve (1),
+                                  Index::lfoToHpf (0), Index::lfoToLpr (1), Index::seqHpf (0),   Index::seqLpf (3) };
 
     for (const bool isRouted : { true, false })
     {
