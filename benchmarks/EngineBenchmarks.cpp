@@ -20,12 +20,15 @@ struct Regime
     Goal goal;
 };
 
+using Sharing = JuceCascade::Sharing;
+
 struct JuceRegime
 {
     const char* name;
     int order;
     bool redesigned;
     Goal goal;
+    Sharing sharing = Sharing::oneForBothChannels;
 };
 
 const Table besideLiteralEngine { "plug-in",
@@ -99,7 +102,7 @@ int slopeOfOrder (int order)
 std::unique_ptr<Contestant> makeJuceContestant (const JuceRegime& regime)
 {
     if (regime.redesigned)
-        return std::make_unique<RedesignedJuceContestant> (regime.order);
+        return std::make_unique<RedesignedJuceContestant> (regime.order, regime.sharing);
 
     return std::make_unique<StaticJuceContestant> (regime.order);
 }
@@ -113,6 +116,9 @@ void registerBesideJuce()
         { "redesigned every frame / both cutoffs moving, 12/12", 2, true, { 1.0, 1.5 } },
         { "redesigned every frame / both cutoffs moving, 24/24", 4, true, { 1.5, 2.2 } },
         { "redesigned every frame / both cutoffs moving, 48/48", 8, true, { 2.0, 3.2 } },
+        { "the same, coefficients for each channel, 12/12", 2, true, { 1.0, 1.5 }, Sharing::oneForEach },
+        { "the same, coefficients for each channel, 24/24", 4, true, { 1.5, 2.2 }, Sharing::oneForEach },
+        { "the same, coefficients for each channel, 48/48", 8, true, { 2.0, 3.2 }, Sharing::oneForEach },
     };
 
     for (const auto& regime : regimes)

@@ -22,7 +22,7 @@ void widen (juce::AudioBuffer<double>& buffer, const Noise::Stretch& stretch)
 }
 } // namespace
 
-JuceCascade::JuceCascade (int order, double newRate)
+JuceCascade::JuceCascade (int order, double newRate, Sharing sharing)
     : rate (newRate), highpass ((size_t) order / 2), lowpass ((size_t) order / 2)
 {
     for (auto* cascade : { &highpass, &lowpass })
@@ -31,11 +31,13 @@ JuceCascade::JuceCascade (int order, double newRate)
             auto& section = (*cascade)[i];
             const auto poleAngle = juce::MathConstants<double>::pi * (2.0 * (double) i + 1.0) / (2.0 * order);
             section.q = 0.5 / std::sin (poleAngle);
-            section.coefficients = new juce::dsp::IIR::Coefficients<double> (Design::makeLowPass (rate, 1000.0, 1.0));
-
             for (auto& channel : section.channels)
             {
-                channel.coefficients = section.coefficients;
+                if (section.coefficients.empty() || sharing == Sharing::oneForEach)
+                    section.coefficients.emplace_back (
+                        new juce::dsp::IIR::Coefficients<double> (Design::makeLowPass (rate, 1000.0, 1.0)));
+
+                channel.coefficients = section.coefficients.back();
                 channel.prepare ({ rate, largestBlock, 1 });
             }
         }
@@ -45,11 +47,17 @@ JuceCascade::JuceCascade (int order, double newRate)
 
 void JuceCascade::setCutoffs (double highpassHz, double lowpassHz)
 {
-    for (auto& section : highpass)
-        *section.coefficients = Design::makeHighPass (rate, highpassHz, section.q);
+    const auto set = [] (const Section& section, const std::array<double, 6>& design)
+    {
+        for (const auto& coefficients : section.coefficients)
+            *coefficients = design;
+    };
 
-    for (auto& section : lowpass)
-        *section.coefficients = Design::makeLowPass (rate, lowpassHz, section.q);
+    for (const auto& section : highpass)
+        set (section, Design::makeHighPass (rate, highpassHz, section.q));
+
+    for (const auto& section : lowpass)
+        set (section, Design::makeLowPass (rate, lowpassHz, section.q));
 }
 
 void JuceCascade::process (juce::dsp::AudioBlock<double> block)
@@ -74,7 +82,10 @@ void JuceCascade::processFrame (double& left, double& right) noexcept
 }
 
 //======================================================================================================================
-StaticJuceContestant::StaticJuceContestant (int order) : cascade (order, hostRate) {}
+StaticJuceContestant::StaticJuceContestant (int order)
+    : cascade (order, hostRate, JuceCascade::Sharing::oneForBothChannels)
+{
+}
 
 void StaticJuceContestant::take (const Noise::Stretch& stretch) { widen (buffer, stretch); }
 
@@ -85,7 +96,10 @@ void StaticJuceContestant::run()
 }
 
 //======================================================================================================================
-RedesignedJuceContestant::RedesignedJuceContestant (int order) : cascade (order, hostRate) {}
+RedesignedJuceContestant::RedesignedJuceContestant (int order, JuceCascade::Sharing sharing)
+    : cascade (order, hostRate, sharing)
+{
+}
 
 void RedesignedJuceContestant::take (const Noise::Stretch& stretch) { widen (buffer, stretch); }
 

@@ -9,14 +9,21 @@
 #include "Contest.h"
 
 /** What one would write with JUCE's own filters: a Butterworth highpass and lowpass of order 2, 4 or 8 out of
-    juce::dsp::IIR::Filter<double>, for two channels with common coefficients.
+    juce::dsp::IIR::Filter<double>, for two channels. Each section is designed once for both; the coefficients are one object
+    for both channels' filters, or one for each.
 
     It is given every advantage: its sound arrives in double precision, static filters run a whole block at a time, and
     redesigned ones take the new coefficients in place, without an allocation. */
 class JuceCascade
 {
 public:
-    JuceCascade (int order, double newRate);
+    enum class Sharing
+    {
+        oneForBothChannels,
+        oneForEach
+    };
+
+    JuceCascade (int order, double newRate, Sharing sharing);
 
     void setCutoffs (double highpassHz, double lowpassHz);
 
@@ -28,7 +35,8 @@ public:
 private:
     struct Section
     {
-        juce::dsp::IIR::Coefficients<double>::Ptr coefficients;
+        /** One or two objects. */
+        std::vector<juce::dsp::IIR::Coefficients<double>::Ptr> coefficients;
         double q = 0.0;
         std::array<juce::dsp::IIR::Filter<double>, 2> channels;
     };
@@ -54,7 +62,7 @@ private:
 class RedesignedJuceContestant : public Contestant
 {
 public:
-    explicit RedesignedJuceContestant (int order);
+    RedesignedJuceContestant (int order, JuceCascade::Sharing sharing);
 
     void take (const Noise::Stretch& stretch) override;
     void run() override;
