@@ -31,6 +31,9 @@ bool differs (const juce::Image& now, const juce::Image& before)
     return now.getBounds() == before.getBounds() && picture::differingShare (now, before) > 0.0;
 }
 
+/** The columns of a wide window that the toggles open. */
+juce::Image columnsOf (const juce::Image& image) { return image.getClippedImage ({ 266, 0, 254, 546 }); }
+
 /** The position that stands for an offset: -1024 to 1024 are 0 to 1. */
 double positionOfOffset (double offset) { return (offset + 1024.0) / 2048.0; }
 } // namespace
@@ -145,6 +148,40 @@ TEST_F (HandsOnTheWindow, TheOffsetIsTypedAndTakenWithReturn)
         EXPECT_TRUE (window.waitForPosition ("seq_offs", positionOfOffset (offset))) << window.heard();
         window.keepPicture ("desktop-offset" + std::to_string (offset));
     }
+}
+
+TEST_F (HandsOnTheWindow, WhatIsTypedGoesToTheOffsetFieldOnlyAfterAClickOnIt)
+{
+    ModuleWindow window ({ "--set", "hp_freq=0.5" });
+    openFrequencer (window);
+    window.clickToType (places::hpReso);
+    const auto before = window.settledPicture();
+
+    // The wheel comes after the keys: once it has turned the knob they have been heard.
+    Desktop::perform ("type -- 77");
+    Desktop::perform ("key Return");
+    window.at (places::hpFreq, "click 4");
+    EXPECT_TRUE (window.waitUntil ([&] { return window.position ("hp_freq") > 0.51; })) << window.heard();
+    EXPECT_FALSE (window.position ("seq_offs").has_value()) << window.heard();
+    EXPECT_FALSE (window.position ("link").has_value()) << window.heard();
+
+    const auto after = window.settledPicture();
+    EXPECT_FALSE (differs (columnsOf (after), columnsOf (before)));
+}
+
+TEST_F (HandsOnTheWindow, WhatWasTypedIsGoneAfterAClickElsewhere)
+{
+    ModuleWindow window;
+    openFrequencer (window);
+    const auto before = window.settledPicture();
+
+    window.clickToType (places::offsetField);
+    Desktop::perform ("key ctrl+a type -- 77");
+    EXPECT_TRUE (window.waitUntil ([&] { return differs (window.picture(), before); }));
+
+    window.click (places::hpReso);
+    EXPECT_TRUE (window.waitUntil ([&] { return ! differs (window.picture(), before); }));
+    EXPECT_FALSE (window.position ("seq_offs").has_value()) << window.heard();
 }
 
 TEST_F (HandsOnTheWindow, TheTogglesOpenAndCloseTheColumns)
