@@ -33,25 +33,24 @@ bool isTicked (const juce::Image& window, ModuleWindow::Place toggle, double sca
     return false;
 }
 
-/** The window as it opens, with the columns of one kind and of the other, and closed again. */
-constexpr std::array stateNames { "opened", "lfos", "frequencer", "closed" };
-using StatePictures = std::array<juce::Image, stateNames.size()>;
-
-/** One state, how it is come to, and what tells that it is there. */
+/** One state of the window, how it is come to from the one before, and what tells that it is there. */
 struct State
 {
+    const char* name = nullptr;
     const ModuleWindow::Place* toggle = nullptr;
     ModuleWindow::Size size;
     bool showsLfos = false;
     bool showsFrequencer = false;
 };
 
-constexpr std::array<State, stateNames.size()> states {
-    State { nullptr, narrow, false, false },
-    State { &places::showLfos, wide, true, false },
-    State { &places::frequencer, wide, false, true },
-    State { &places::frequencer, narrow, false, false },
+constexpr std::array states {
+    State { "opened", nullptr, narrow, false, false },
+    State { "lfos", &places::showLfos, wide, true, false },
+    State { "frequencer", &places::frequencer, wide, false, true },
+    State { "closed", &places::frequencer, narrow, false, false },
 };
+
+using StatePictures = std::array<juce::Image, states.size()>;
 
 StatePictures picturesAt (double scale)
 {
@@ -71,7 +70,7 @@ StatePictures picturesAt (double scale)
         if (state.toggle != nullptr)
             window.click (scaled (*state.toggle, scale));
 
-        EXPECT_TRUE (window.waitForSize (scaled (state.size, scale))) << stateNames[index] << "\n" << window.heard();
+        EXPECT_TRUE (window.waitForSize (scaled (state.size, scale))) << state.name << "\n" << window.heard();
         pictures[index] = window.settledPicture (hasItsTicks);
     }
 
@@ -113,16 +112,15 @@ TEST_P (WindowScale, DrawsTheWindowWholeAndSharpInThatManyMorePixelsBeforeAndAft
     const auto small = picturesAt (1.0);
     const auto large = picturesAt (scale);
 
-    for (size_t state = 0; state < stateNames.size(); ++state)
+    for (size_t index = 0; index < states.size(); ++index)
     {
-        SCOPED_TRACE (stateNames[state]);
-        picture::keep (small[state], std::string ("desktop-scale100-") + stateNames[state]);
-        picture::keep (large[state],
-                       "desktop-scale" + std::to_string (std::lround (100.0 * scale)) + "-" + stateNames[state]);
-        ASSERT_EQ (small[state].getHeight(), narrow.height);
-        ASSERT_EQ (large[state].getHeight(), (int) std::lround (narrow.height * scale));
-        expectWhole (small[state], large[state]);
-        expectSharp (small[state], large[state], scale);
+        const std::string name (states[index].name);
+        SCOPED_TRACE (name);
+        picture::keep (large[index], "desktop-scale" + std::to_string (std::lround (100.0 * scale)) + "-" + name);
+        ASSERT_EQ (small[index].getHeight(), narrow.height);
+        ASSERT_EQ (large[index].getHeight(), (int) std::lround (narrow.height * scale));
+        expectWhole (small[index], large[index]);
+        expectSharp (small[index], large[index], scale);
     }
 }
 
