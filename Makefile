@@ -50,7 +50,7 @@ demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wa
 test: build ## build and run all tests
 	ctest --preset release --parallel $(JOBS)
 
-test-window: build ## use the window on a private desktop with a real pointer and keyboard
+test-window: build ## of the tests, only those of the window on a private desktop; leaves pictures in build/test-pictures
 	@build/release/tests/window/window_tests
 
 test-consumer: setup ## build a small project that takes this one in by add_subdirectory (some minutes)

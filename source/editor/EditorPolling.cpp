@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "MainAudioProcessorEditor.h"
+#include "WaitingEvents.h"
 
 using namespace editorTable;
 
@@ -34,6 +35,9 @@ void MainAudioProcessorEditor::timerCallback()
 
     if ((timerTicks & repaintMask) == 1)
         repaint();
+
+    // The last thing: what they say may close this window.
+    waitingEvents::handle();
 }
 
 void MainAudioProcessorEditor::refreshControls()

@@ -50,6 +50,7 @@ MainAudioProcessorEditor::MainAudioProcessorEditor (MainAudioProcessor& owner)
 
     addSwitches();
     addMainPanel();
+    keepFocusFromWhatWasNotClicked();
 
     for (auto lfo = 0; lfo < ParameterSet::numLfos; ++lfo)
         updateLfoSpeedControls (lfo);
@@ -97,6 +98,12 @@ void MainAudioProcessorEditor::addMainPanel()
     addStepColumn();
     addFrequencerColumn();
     addAndMakeVisible (mainPanel);
+}
+
+void MainAudioProcessorEditor::keepFocusFromWhatWasNotClicked()
+{
+    setWantsKeyboardFocus (true);
+    mainPanel.setWantsKeyboardFocus (true);
 }
 
 void MainAudioProcessorEditor::addFilterColumns()

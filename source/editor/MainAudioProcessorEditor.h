@@ -131,6 +131,12 @@ public:
 private:
     void addSwitches();
     void addMainPanel();
+
+    /** A knob does not want the keyboard, and JUCE looks around for somebody who does: the offset field would take what is
+        typed after a click on a knob, and keep its text whatever the host makes of it, or the link would answer the return
+        key. With these two around the knobs the search ends here, and nothing happens. */
+    void keepFocusFromWhatWasNotClicked();
+
     void addFilterColumns();
     void addLink();
     void addLfoColumn (int lfoIndex);

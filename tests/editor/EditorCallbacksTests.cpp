@@ -471,6 +471,36 @@ TEST_F (OffsetField, CommitsOnlyByReturn)
     EXPECT_EQ (field().getText(), juce::String ("0"));
 }
 
+TEST_F (OffsetField, HasTheFocusOnlyFromAClickOnItToAClickElsewhere)
+{
+    auto& knob = *knobOf (editor(), parameters.hpReso);
+    EXPECT_FALSE (field().hasKeyboardFocus (true));
+
+    window->click (knob);
+    EXPECT_FALSE (field().hasKeyboardFocus (true));
+
+    focusAndType ("77");
+    window->click (knob);
+    EXPECT_FALSE (field().hasKeyboardFocus (true));
+    EXPECT_EQ (parameters.seqOffs->get(), 0.5f);
+
+    editor().timerCallback();
+    EXPECT_EQ (field().getText(), juce::String ("0"));
+}
+
+TEST_F (OffsetField, LeavesTheReturnKeyAfterAClickOnAKnobToNobody)
+{
+    window->click (*knobOf (editor(), parameters.hpReso));
+    window->typeReturn();
+    EXPECT_FALSE (parameters.link->get());
+
+    editor().frequencerToggle.triggerClick();
+    HeadlessWindow::deliverMessages();
+    window->click (*knobOf (editor(), parameters.hpReso));
+    window->typeReturn();
+    EXPECT_FALSE (parameters.link->get());
+}
+
 //======================================================================================================================
 class ViewSwitches : public EditorCallbacks
 {

@@ -99,3 +99,24 @@ TEST_F (HostileWindow, MayBeAskedForAndNeverShown)
         EXPECT_GT (size.getWidth(), 200);
     }
 }
+
+// JUCE reads what the display has sent also where it does not handle it, and then nobody can see any more that there is
+// something to handle. A host that never says so leaves the window as alone as it is then.
+TEST_F (HostileWindow, HandlesAClickThatNobodyTellsItOf)
+{
+    constexpr int narrow = 266, wide = 520;
+    constexpr int mostRounds = 1000;
+
+    startAudio();
+    Editor editor (instance, context);
+    ASSERT_TRUE (editor.isOpen);
+    ASSERT_EQ (editor.width(), narrow);
+
+    context.watchesDisplay = false;
+    editor.click (17, 529);
+
+    for (int round = 0; round < mostRounds && editor.width() == narrow; ++round)
+        context.runMessages (10);
+
+    EXPECT_EQ (editor.width(), wide);
+}

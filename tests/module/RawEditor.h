@@ -45,6 +45,16 @@ public:
         context.runMessages (5);
     }
 
+    /** A click of the first mouse button. */
+    void click (int x, int y) const { window.click (x, y); }
+
+    [[nodiscard]] int width() const
+    {
+        Steinberg::ViewRect size;
+        view->getSize (&size);
+        return size.getWidth();
+    }
+
     bool isOpen = false;
 
 private:

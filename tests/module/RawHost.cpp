@@ -7,9 +7,12 @@
 #include <cstring>
 #include <random>
 #include <stdexcept>
+#include <string_view>
 
 #include <dlfcn.h>
 #include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace rawHost
 {
@@ -130,6 +133,22 @@ tresult Context::unregisterEventHandler (Linux::IEventHandler* handler)
 tresult Context::registerTimer (Linux::ITimerHandler*, Linux::TimerInterval) { return kNotImplemented; }
 tresult Context::unregisterTimer (Linux::ITimerHandler*) { return kNotImplemented; }
 
+namespace
+{
+bool isDisplay (Linux::FileDescriptor descriptor)
+{
+    sockaddr_un server {};
+    socklen_t size = sizeof (server);
+
+    if (getpeername (descriptor, reinterpret_cast<sockaddr*> (&server), &size) != 0 || server.sun_family != AF_UNIX)
+        return false;
+
+    // The name may begin with a zero.
+    const std::string_view name (server.sun_path, sizeof (server.sun_path));
+    return name.find ("X11-unix") != std::string_view::npos;
+}
+} // namespace
+
 void Context::runMessages (int milliseconds)
 {
     using Clock = std::chrono::steady_clock;
@@ -140,7 +159,8 @@ void Context::runMessages (int milliseconds)
         std::vector<pollfd> waiting;
 
         for (const auto& [descriptor, handler] : handlers)
-            waiting.push_back ({ descriptor, POLLIN, 0 });
+            if (watchesDisplay || ! isDisplay (descriptor))
+                waiting.push_back ({ descriptor, POLLIN, 0 });
 
         poll (waiting.data(), (nfds_t) waiting.size(), 5);
 

@@ -59,6 +59,9 @@ public:
 
     /** False: the module finds no run loop and has to help itself. */
     bool hasRunLoop = true;
+
+    /** False: nobody tells the module that the display has sent something. */
+    bool watchesDisplay = true;
     std::atomic<int> references { 0 };
 
 private:

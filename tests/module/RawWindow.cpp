@@ -5,6 +5,8 @@
 
 #include <X11/Xlib.h>
 
+#include "XDisplay.h"
+
 struct RawWindow::Connection
 {
     Display* display = nullptr;
@@ -46,3 +48,5 @@ void RawWindow::resize (int width, int height) const
     XResizeWindow (connection->display, connection->window, (unsigned int) width, (unsigned int) height);
     XSync (connection->display, False);
 }
+
+void RawWindow::click (int x, int y) const { XDisplay().click (connection->window, x, y); }

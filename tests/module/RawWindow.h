@@ -17,6 +17,9 @@ public:
 
     void resize (int width, int height) const;
 
+    /** Clicks at a pixel, in whatever window lies there. */
+    void click (int x, int y) const;
+
 private:
     struct Connection;
     Connection* connection;

@@ -7,8 +7,9 @@
 
 #include "PrivateDisplay.h"
 
-/** Nothing here takes a second on an idle machine; whoever waits longer than this waits in vain. */
-inline constexpr std::chrono::seconds patience { 15 };
+/** Nothing here takes a second on an idle machine, and a busy one may take its time; whoever waits longer than this waits
+    in vain. */
+inline constexpr std::chrono::seconds patience { 60 };
 
 /** An X server with a window manager and nothing else, for the life of this object; DISPLAY points at it. */
 class Desktop

@@ -20,18 +20,19 @@ namespace
 {
 /** How long a condition that hangs on more than the host's lines may go without another look. */
 constexpr int lookAgainMs = 20;
-
-std::string withPlace (const std::string& windowWords, ModuleWindow::Place place)
-{
-    return "mousemove " + windowWords + " " + std::to_string (place.x) + " " + std::to_string (place.y) + " ";
-}
 } // namespace
 
 ModuleWindow::ModuleWindow (const std::vector<std::string>& options)
 {
     startHost (options);
 
-    if (! waitUntil ([this] { return window != 0 && knownSize.width > 0 && picture().isValid(); }))
+    const auto isReady = [this]
+    {
+        const auto image = window != 0 ? picture() : juce::Image();
+        return isDrawn (image) && picture::hasArc (image);
+    };
+
+    if (! waitUntil (isReady))
     {
         close();
         throw HostError (("kestrin-host opens no window: " + everything).c_str());
@@ -89,19 +90,43 @@ int ModuleWindow::close()
 }
 
 //======================================================================================================================
-void ModuleWindow::dragUp (Place from, int pixels) const
+void ModuleWindow::moveTo (Place place)
 {
-    const auto inWindow = "--window " + std::to_string (window);
+    Desktop::perform ("mousemove --window " + std::to_string (window) + " " + std::to_string (place.x) + " "
+                      + std::to_string (place.y));
 
-    // The second step shows that the way from the start counts.
-    Desktop::perform (withPlace (inWindow, from) + "mousedown 1 "
-                      + withPlace (inWindow, { from.x, from.y - pixels / 5 })
-                      + withPlace (inWindow, { from.x, from.y - pixels }) + "mouseup 1");
+    if (! waitUntil ([&] { return pointer.isAt (window, place.x, place.y); }))
+        throw HostError (("the pointer does not get into the window: " + everything).c_str());
 }
 
-void ModuleWindow::at (Place place, const std::string& words) const
+bool ModuleWindow::dragUp (Place from, int pixels, const std::string& id,
+                           const std::function<double (int)>& positionAfter)
 {
-    Desktop::perform (withPlace ("--window " + std::to_string (window), place) + words);
+    auto follows = true;
+    at (from, "mousedown 1");
+
+    for (const auto way : { pixels / 5, pixels })
+    {
+        moveTo ({ from.x, from.y - way });
+        follows = follows && waitForPosition (id, positionAfter (way));
+    }
+
+    Desktop::perform ("mouseup 1");
+    return follows;
+}
+
+void ModuleWindow::at (Place place, const std::string& words)
+{
+    moveTo (place);
+    Desktop::perform (words);
+}
+
+void ModuleWindow::clickToType (Place place)
+{
+    click (place);
+
+    if (! waitUntil ([this] { return pointer.hasKeyboard(); }))
+        throw HostError ("the window does not take the keyboard");
 }
 
 //======================================================================================================================
@@ -171,7 +196,7 @@ bool ModuleWindow::waitForPosition (const std::string& id, double wanted)
 
 bool ModuleWindow::waitForSize (Size wanted)
 {
-    return waitUntil ([&] { return knownSize == wanted; });
+    return waitUntil ([&] { return knownSize == wanted && isDrawn (picture()); });
 }
 
 std::optional<double> ModuleWindow::position (const std::string& id) const
@@ -182,3 +207,28 @@ std::optional<double> ModuleWindow::position (const std::string& id) const
 
 //======================================================================================================================
 juce::Image ModuleWindow::picture() const { return picture::fromScreen (display.picture (window)); }
+
+bool ModuleWindow::isDrawn (const juce::Image& image) const
+{
+    return image.isValid() && Size { image.getWidth(), image.getHeight() } == knownSize && picture::isWhole (image);
+}
+
+juce::Image ModuleWindow::settledPicture (const std::function<bool (const juce::Image&)>& condition)
+{
+    constexpr int enoughLooks = 10;
+    juce::Image latest;
+    int numLooks = 0;
+
+    const auto hasSettled = [&]
+    {
+        const auto now = picture();
+        const auto isSame =
+            isDrawn (now) && latest.getBounds() == now.getBounds() && picture::differingShare (latest, now) == 0.0;
+
+        latest = now;
+        numLooks = isSame && (condition == nullptr || condition (now)) ? numLooks + 1 : 0;
+        return numLooks >= enoughLooks;
+    };
+
+    return waitUntil (hasSettled) ? latest : juce::Image();
+}

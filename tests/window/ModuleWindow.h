@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "Picture.h"
+#include "Pointer.h"
 
 /** The module's window, opened by kestrin-host as a process of its own on the present desktop, and what the host has been
     told since. All places are pixels of the window. */
@@ -28,8 +29,8 @@ public:
         bool operator== (const Size&) const = default;
     };
 
-    /** Comes back when the window is there.
-        @param options  more words for "kestrin-host window"
+    /** Comes back when the window is there, is drawn and shows the settings.
+        @param options  more words for "kestrin-host window"; they leave the modes as they are, which have arcs
         @throws HostError if it does not open */
     explicit ModuleWindow (const std::vector<std::string>& options = {});
     ~ModuleWindow();
@@ -44,13 +45,25 @@ public:
     //==================================================================================================================
     // What people do
 
-    /** Presses the button, moves the pointer up in two steps, lets go. */
-    void dragUp (Place from, int pixels) const;
+    /** Drags a knob that turns by the pixel, and keeps the button down until the knob has come along both times: what
+        matters is the way from the start.
+        @param position  where the knob is to be after as many pixels
+        @returns false if it does not follow */
+    [[nodiscard]] bool dragUp (Place from, int pixels, const std::string& id,
+                               const std::function<double (int)>& positionAfter);
 
-    /** Does anything with the pointer at a place. */
-    void at (Place place, const std::string& words) const;
+    /** Brings the pointer to a place.
+        @throws HostError if it does not get there */
+    void moveTo (Place place);
 
-    void click (Place place) const { at (place, "click 1"); }
+    /** Brings the pointer to a place and does anything with it there. */
+    void at (Place place, const std::string& words);
+
+    void click (Place place) { at (place, "click 1"); }
+
+    /** Clicks and comes back when what is typed goes to the window.
+        @throws HostError if the window does not take the keyboard */
+    void clickToType (Place place);
 
     //==================================================================================================================
     // What the host has heard
@@ -63,6 +76,7 @@ public:
         @returns false if it does not get there in good time */
     bool waitForPosition (const std::string& id, double position);
 
+    /** Listens until the host knows the window in this size and the screen shows all of it. */
     bool waitForSize (Size wanted);
 
     /** The position that the module told last, if it has told any. */
@@ -77,15 +91,20 @@ public:
     /** What the display shows of it. */
     [[nodiscard]] juce::Image picture() const;
 
+    /** What the display shows of it once this holds and nothing changes any more. Invalid if that does not come. */
+    [[nodiscard]] juce::Image settledPicture (const std::function<bool (const juce::Image&)>& condition = {});
+
     /** Leaves a picture for people to look at. */
-    void keepPicture (const std::string& name) const { picture::keep (picture(), name); }
+    void keepPicture (const std::string& name) { picture::keep (settledPicture(), name); }
 
 private:
     void startHost (const std::vector<std::string>& options);
+    [[nodiscard]] bool isDrawn (const juce::Image& image) const;
     void listen();
     void take (const std::string& line);
 
     XDisplay display;
+    Pointer pointer;
     int host = 0;
     int hostInput = -1;
     int hostOutput = -1;

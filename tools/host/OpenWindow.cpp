@@ -12,6 +12,7 @@
 
 #include "HostError.h"
 #include "Interrupt.h"
+#include "WaitingEvents.h"
 #include "XDisplay.h"
 
 namespace openWindow
@@ -62,17 +63,20 @@ class Frame : public juce::DocumentWindow
 {
 public:
     Frame (juce::AudioPluginInstance& instance, const Job& job)
-        : juce::DocumentWindow (instance.getName(), juce::Colours::black, closeButton), reportsSize (job.reportChanges),
-          editor (instance.createEditorIfNeeded())
+        : juce::DocumentWindow (instance.getName(), juce::Colours::black, closeButton, isOnDesktopAtOnce),
+          reportsSize (job.reportChanges), editor (instance.createEditorIfNeeded())
     {
         if (editor == nullptr)
             throw HostError ("the module has no window");
 
+        // It has its size before the window manager sees it. One that takes it over while it grows may answer the size
+        // that it had, and with this the frame would be content.
+        editor->setScaleFactor ((float) job.scale);
         setUsingNativeTitleBar (true);
         setContentNonOwned (editor.get(), true);
         centreWithSize (getWidth(), getHeight());
+        addToDesktop();
         setVisible (true);
-        editor->setScaleFactor ((float) job.scale);
 
         if (reportsSize)
             report ("window "
@@ -97,6 +101,8 @@ public:
     }
 
 private:
+    static constexpr bool isOnDesktopAtOnce = false;
+
     void closeButtonPressed() override { closed = true; }
 
     bool reportsSize;
@@ -136,6 +142,7 @@ void show (HostedModule& module, const Job& job)
     {
         interrupt::throwIfRequested();
         juce::MessageManager::getInstance()->runDispatchLoopUntil (sliceMs);
+        waitingEvents::handle();
         frame.reportSize();
     }
 }

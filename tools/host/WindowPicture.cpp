@@ -1,21 +1,29 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "WindowPicture.h"
 
+#include <algorithm>
 #include <cmath>
+#include <functional>
+#include <utility>
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
 #include "HostError.h"
 #include "Interrupt.h"
 #include "StagedFile.h"
+#include "WaitingEvents.h"
 #include "XDisplay.h"
 
 namespace windowPicture
 {
 namespace
 {
-/** A window polls its processor 30 times per second: this is a dozen polls. */
-constexpr int settleTimeMs = 400;
+/** A window polls its processor 30 times per second: this is half a dozen polls. One that shows the same before and after
+    has settled. */
+constexpr int lookAgainMs = 200;
+
+/** A window that never comes to rest is taken as it is. */
+constexpr int mostLooks = 50;
 
 /** The middle of the toggles that open the columns, and the width of the window without columns; all at scale 1. */
 constexpr juce::Point<int> lfosToggle { 17, 529 };
@@ -26,6 +34,7 @@ void letMessagesRun (int milliseconds)
 {
     interrupt::throwIfRequested();
     juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds);
+    waitingEvents::handle();
 }
 
 /** A second of silence while the song plays up to the wanted position: what the window shows of the engine is the trace
@@ -67,9 +76,8 @@ public:
         editor->setTopLeftPosition (0, 0);
         editor->addToDesktop (0);
         editor->setVisible (true);
-        letMessagesRun (settleTimeMs);
+        letMessagesRun (lookAgainMs);
         editor->setScaleFactor ((float) scale);
-        letMessagesRun (settleTimeMs);
     }
 
     [[nodiscard]] XDisplay::WindowId id() const
@@ -83,6 +91,29 @@ private:
     std::unique_ptr<juce::AudioProcessorEditor> editor;
 };
 
+/** A window that has not drawn itself yet is all of one colour. */
+bool isDrawn (const XDisplay::Pixels& pixels)
+{
+    return std::adjacent_find (pixels.colours.begin(), pixels.colours.end(), std::not_equal_to<>())
+           != pixels.colours.end();
+}
+
+[[nodiscard]] XDisplay::Pixels settledPicture (const EditorWindow& window, const XDisplay& display)
+{
+    XDisplay::Pixels latest;
+
+    for (int look = 0; look < mostLooks; ++look)
+    {
+        letMessagesRun (lookAgainMs);
+        const auto before = std::exchange (latest, display.picture (window.id()));
+
+        if (isDrawn (latest) && latest.colours == before.colours)
+            break;
+    }
+
+    return latest;
+}
+
 /** A click on the toggle of columns that are open closes them: then it takes a second one. */
 void open (Columns columns, const EditorWindow& window, const XDisplay& display, double scale)
 {
@@ -91,8 +122,9 @@ void open (Columns columns, const EditorWindow& window, const XDisplay& display,
 
     for (int attempt = 0; attempt < 2; ++attempt)
     {
+        static_cast<void> (settledPicture (window, display));
         display.click (window.id(), place.x, place.y);
-        letMessagesRun (settleTimeMs);
+        static_cast<void> (settledPicture (window, display));
 
         if (window.width() > std::lround (narrowWidth * scale))
             return;
@@ -136,6 +168,6 @@ void take (HostedModule& module, const Job& job)
     if (job.columns != Columns::asTheModuleChooses)
         open (job.columns, window, display, job.scale);
 
-    writePng (display.picture (window.id()), job.output);
+    writePng (settledPicture (window, display), job.output);
 }
 } // namespace windowPicture
