@@ -57,29 +57,35 @@ public:
 
     void obey (Script& script)
     {
-        switch (script.byte() % 10)
+        switch (script.byte() % 12)
         {
             case 0:
             case 1:
-            case 2:
                 processNoise (script);
+                break;
+            case 2:
+                processSilence (script);
                 break;
             case 3:
                 processNumbers (script);
                 break;
             case 4:
+            case 5:
                 setParameter (script);
                 break;
-            case 5:
-                setSampleRate (script);
-                break;
             case 6:
-                setTransport (script);
+                setAllParameters (script);
                 break;
             case 7:
-                setLayout (script);
+                setSampleRate (script);
                 break;
             case 8:
+                setTransport (script);
+                break;
+            case 9:
+                setLayout (script);
+                break;
+            case 10:
                 saveAndLoad (script);
                 break;
             default:
@@ -112,7 +118,7 @@ private:
 
     void processNoise (Script& script)
     {
-        juce::AudioBuffer<float> buffer (numChannels(), script.word() % 1200);
+        juce::AudioBuffer<float> buffer (numChannels(), script.byte());
         juce::Random random (script.byte());
         const auto amplitude = (float) script.byte();
 
@@ -120,6 +126,14 @@ private:
             for (int frame = 0; frame < buffer.getNumSamples(); ++frame)
                 buffer.setSample (channel, frame, amplitude * (random.nextFloat() - 0.5f));
 
+        process (buffer);
+    }
+
+    /** Long enough for the engine to fall asleep, and for its clock to come round. */
+    void processSilence (Script& script)
+    {
+        juce::AudioBuffer<float> buffer (numChannels(), script.word() % 4096);
+        buffer.clear();
         process (buffer);
     }
 
@@ -141,6 +155,16 @@ private:
         parameter.setValueNotifyingHost (script.unit());
     }
 
+    /** A patch that the bytes only number: one parameter at a time hardly ever gets to the ladder, or to a locked LFO. */
+    void setAllParameters (Script& script)
+    {
+        juce::Random random (script.word());
+
+        for (auto* const parameter : processor.getParameters())
+            parameter->setValueNotifyingHost (random.nextInt (3) == 0 ? random.nextFloat()
+                                                                      : parameter->getDefaultValue());
+    }
+
     void setSampleRate (Script& script)
     {
         constexpr std::array rates { 1234.5678, 8000.0, 44100.0, 48000.0, 96000.0, 192000.0, 1234567.8, 0.0 };
@@ -159,10 +183,18 @@ private:
         if (kind % 3 == 1)
             transport.position = juce::nullopt;
         else
-            transport.moveTo ((double) script.finite(), (double) script.finite(),
-                              { script.byte() % 33, script.byte() % 33 });
+            moveTransport (script);
 
         processor.setPlayHead (&transport);
+    }
+
+    void moveTransport (Script& script)
+    {
+        const auto beats = (double) script.finite();
+        const auto tempo = (double) script.finite();
+        const auto numerator = script.byte() % 33;
+        const auto denominator = script.byte() % 33;
+        transport.moveTo (beats, tempo, { numerator, denominator });
     }
 
     void setLayout (Script& script)

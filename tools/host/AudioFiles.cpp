@@ -14,6 +14,10 @@ void requireWholeFile (const juce::AudioFormatReader& reader, const juce::File& 
 {
     const auto bytesPerFrame = (juce::int64) (reader.numChannels * reader.bitsPerSample / 8);
 
+    if (reader.lengthInSamples < 0)
+        throw HostError (file.getFullPathName() + ": the file is damaged: its header tells of "
+                         + juce::String (reader.lengthInSamples) + " frames");
+
     if (reader.lengthInSamples * bytesPerFrame > file.getSize())
         throw HostError (file.getFullPathName() + ": the file is cut short: its header tells of "
                          + juce::String (reader.lengthInSamples) + " frames");
