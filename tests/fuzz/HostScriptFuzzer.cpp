@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 
 #include "FuzzedProcessor.h"
@@ -57,7 +58,7 @@ public:
 
     void obey (Script& script)
     {
-        switch (script.byte() % 12)
+        switch (script.byte() % 13)
         {
             case 0:
             case 1:
@@ -88,8 +89,11 @@ public:
             case 10:
                 saveAndLoad (script);
                 break;
-            default:
+            case 11:
                 editorAsks (script);
+                break;
+            default:
+                sleepForADay (script);
                 break;
         }
 
@@ -219,6 +223,12 @@ private:
     {
         processor.requestControlUpdate();
         juce::ignoreUnused (processor.lfo[(std::size_t) script.byte() % 2].render());
+    }
+
+    /** The count of frames as it is before it can count no further. */
+    void sleepForADay (Script& script)
+    {
+        processor.framesSinceRequest = std::numeric_limits<std::int32_t>::max() - script.word();
     }
 
     // The processor keeps a pointer to the transport.

@@ -54,3 +54,18 @@ TEST (DamagedSoundFile, IsRefusedWhenItsLengthIsANegativeNumber)
 
     expectRefused (bytes);
 }
+
+TEST (DamagedSoundFile, IsRefusedWhenAListHasMoreEntriesThanRoom)
+{
+    for (const auto* list : { "MARK", "COMT" })
+    {
+        juce::MemoryOutputStream bytes;
+        bytes << "FORM";
+        bytes.writeIntBigEndian (30);
+        bytes << "AIFF" << list;
+        bytes.writeIntBigEndian (10);
+        bytes.writeShortBigEndian (2);
+        bytes.writeInt64BigEndian (0);
+        expectRefused (bytes);
+    }
+}
