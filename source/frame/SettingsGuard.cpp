@@ -35,24 +35,6 @@ std::size_t utf8Length (unsigned char first) noexcept
 
 bool isContinuation (char c) noexcept { return ((unsigned char) c & 0xc0) == 0x80; }
 
-bool isUtf8 (std::string_view text) noexcept
-{
-    while (! text.empty())
-    {
-        const auto length = utf8Length ((unsigned char) text.front());
-
-        if (length == 0 || length > text.size())
-            return false;
-
-        if (const auto rest = text.substr (1, length - 1); ! std::all_of (rest.begin(), rest.end(), isContinuation))
-            return false;
-
-        text.remove_prefix (length);
-    }
-
-    return true;
-}
-
 bool isReferenceCharacter (char c) noexcept
 {
     return c == '#' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
@@ -93,6 +75,18 @@ bool hasCheapReferences (std::string_view text) noexcept
 
 /** A document type can declare entities. Settings never have one. */
 bool hasDocumentType (std::string_view text) noexcept { return text.find ("<!DOCTYPE") != std::string_view::npos; }
+
+/** The parser never gets past an instruction that stands before text in an element. Before all elements, where the header
+    is, it does no harm. */
+bool hasInstructionInElement (std::string_view text) noexcept
+{
+    auto start = text.find ('<');
+
+    while (start != std::string_view::npos && (text.substr (start + 1, 1) == "?" || text.substr (start + 1, 1) == "!"))
+        start = text.find ('<', start + 1);
+
+    return start != std::string_view::npos && text.find ("<?", start) != std::string_view::npos;
+}
 } // namespace
 
 bool isSafeToParse (std::string_view settingsText) noexcept
@@ -100,5 +94,23 @@ bool isSafeToParse (std::string_view settingsText) noexcept
     return countElements (settingsText) <= maxElements
            && std::count (settingsText.begin(), settingsText.end(), '=') <= maxAttributes
            && hasCheapReferences (settingsText) && hasWholeReferences (settingsText) && ! hasDocumentType (settingsText)
-           && isUtf8 (settingsText);
+           && ! hasInstructionInElement (settingsText) && isUtf8 (settingsText);
+}
+
+bool isUtf8 (std::string_view text) noexcept
+{
+    while (! text.empty())
+    {
+        const auto length = utf8Length ((unsigned char) text.front());
+
+        if (length == 0 || length > text.size())
+            return false;
+
+        if (const auto rest = text.substr (1, length - 1); ! std::all_of (rest.begin(), rest.end(), isContinuation))
+            return false;
+
+        text.remove_prefix (length);
+    }
+
+    return true;
 }

@@ -43,7 +43,7 @@ TEST (SettingsGuard, LetsThroughALongForeignValueAndSomeForeignElements)
 {
     EXPECT_TRUE (isSafeToParse (withValue (std::string (1 << 20, 'x'))));
     EXPECT_TRUE (isSafeToParse ("<settings>" + repeated ("<a/>", 255) + "</settings>"));
-    EXPECT_TRUE (isSafeToParse ("<settings><!-- < <? --><?pi?><a>text</a></settings>"));
+    EXPECT_TRUE (isSafeToParse ("<?xml version='1.0'?><!-- ? --><?pi?><settings><!-- < ? --><a>text</a></settings>"));
 }
 
 TEST (SettingsGuard, StopsMoreElementsThanAStackHolds)
@@ -76,6 +76,14 @@ TEST (SettingsGuard, StopsUnfinishedReferences)
 TEST (SettingsGuard, StopsDocumentTypes)
 {
     EXPECT_FALSE (isSafeToParse (R"(<!DOCTYPE s [<!ENTITY a "&a;">]><settings>&a;</settings>)"));
+}
+
+TEST (SettingsGuard, StopsInstructionsInsideAnElement)
+{
+    // The parser would begin with the instruction again and again.
+    EXPECT_FALSE (isSafeToParse ("<settings><?pi?>text</settings>"));
+    EXPECT_FALSE (isSafeToParse ("<?xml version='1.0'?> <settings><a/> <?pi?> <!-- --> text</settings>"));
+    EXPECT_FALSE (isSafeToParse ("< settings><?pi?>text</settings>"));
 }
 
 TEST (SettingsGuard, StopsWhatIsNotUtf8)

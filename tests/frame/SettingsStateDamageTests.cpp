@@ -194,6 +194,13 @@ TEST (DamagedSettings, WithEntitiesOfTheirOwnChangeNothing)
         expectUntouchedBy (settings::blockOf (text), text);
 }
 
+TEST (DamagedSettings, WithAnInstructionInsideChangeNothing)
+{
+    for (const auto* inside : { "<?pi?>text", "<?pi?> <!-- --> text", "<a/><?xml?>text", "<?pi?>" })
+        expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)" + std::string (inside) + "</settings>"),
+                           inside);
+}
+
 TEST (DamagedSettings, NestedAMillionDeepChangeNothing)
 {
     constexpr size_t depth = 1000000;

@@ -6,6 +6,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 
 #include "FuzzedProcessor.h"
@@ -57,33 +58,42 @@ public:
 
     void obey (Script& script)
     {
-        switch (script.byte() % 10)
+        switch (script.byte() % 13)
         {
             case 0:
             case 1:
-            case 2:
                 processNoise (script);
+                break;
+            case 2:
+                processSilence (script);
                 break;
             case 3:
                 processNumbers (script);
                 break;
             case 4:
+            case 5:
                 setParameter (script);
                 break;
-            case 5:
-                setSampleRate (script);
-                break;
             case 6:
-                setTransport (script);
+                setAllParameters (script);
                 break;
             case 7:
-                setLayout (script);
+                setSampleRate (script);
                 break;
             case 8:
+                setTransport (script);
+                break;
+            case 9:
+                setLayout (script);
+                break;
+            case 10:
                 saveAndLoad (script);
                 break;
-            default:
+            case 11:
                 editorAsks (script);
+                break;
+            default:
+                sleepForADay (script);
                 break;
         }
 
@@ -112,7 +122,7 @@ private:
 
     void processNoise (Script& script)
     {
-        juce::AudioBuffer<float> buffer (numChannels(), script.word() % 1200);
+        juce::AudioBuffer<float> buffer (numChannels(), script.byte());
         juce::Random random (script.byte());
         const auto amplitude = (float) script.byte();
 
@@ -120,6 +130,14 @@ private:
             for (int frame = 0; frame < buffer.getNumSamples(); ++frame)
                 buffer.setSample (channel, frame, amplitude * (random.nextFloat() - 0.5f));
 
+        process (buffer);
+    }
+
+    /** Long enough for the engine to fall asleep, and for its clock to come round. */
+    void processSilence (Script& script)
+    {
+        juce::AudioBuffer<float> buffer (numChannels(), script.word() % 4096);
+        buffer.clear();
         process (buffer);
     }
 
@@ -141,6 +159,16 @@ private:
         parameter.setValueNotifyingHost (script.unit());
     }
 
+    /** A patch that the bytes only number: one parameter at a time hardly ever gets to the ladder, or to a locked LFO. */
+    void setAllParameters (Script& script)
+    {
+        juce::Random random (script.word());
+
+        for (auto* const parameter : processor.getParameters())
+            parameter->setValueNotifyingHost (random.nextInt (3) == 0 ? random.nextFloat()
+                                                                      : parameter->getDefaultValue());
+    }
+
     void setSampleRate (Script& script)
     {
         constexpr std::array rates { 1234.5678, 8000.0, 44100.0, 48000.0, 96000.0, 192000.0, 1234567.8, 0.0 };
@@ -159,10 +187,18 @@ private:
         if (kind % 3 == 1)
             transport.position = juce::nullopt;
         else
-            transport.moveTo ((double) script.finite(), (double) script.finite(),
-                              { script.byte() % 33, script.byte() % 33 });
+            moveTransport (script);
 
         processor.setPlayHead (&transport);
+    }
+
+    void moveTransport (Script& script)
+    {
+        const auto beats = (double) script.finite();
+        const auto tempo = (double) script.finite();
+        const auto numerator = script.byte() % 33;
+        const auto denominator = script.byte() % 33;
+        transport.moveTo (beats, tempo, { numerator, denominator });
     }
 
     void setLayout (Script& script)
@@ -187,6 +223,12 @@ private:
     {
         processor.requestControlUpdate();
         juce::ignoreUnused (processor.lfo[(std::size_t) script.byte() % 2].render());
+    }
+
+    /** The count of frames as it is before it can count no further. */
+    void sleepForADay (Script& script)
+    {
+        processor.framesSinceRequest = std::numeric_limits<std::int32_t>::max() - script.word();
     }
 
     // The processor keeps a pointer to the transport.

@@ -25,6 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput (const std::uint8_t* data, std::size_t siz
     block.write (data + 1, size - 1);
     block.writeByte (0);
 
+    processor.controlUpdatePending = false;
     processor.setStateInformation (block.getData(), (int) block.getDataSize());
     require (processor.controlUpdatePending, "every load wakes the engine");
     fuzzedProcessor::requireValuesInRange (processor);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "PresetFile.h"
 
+#include <cstring>
+
 #include <gtest/gtest.h>
 
 #include "HostError.h"
@@ -148,5 +150,37 @@ TEST (Presets, ThatAreDamagedAreRefused)
             continue;
 
         EXPECT_THROW ([[maybe_unused]] const auto block = presetFile::componentBlock (cut, {}), HostError) << size;
+    }
+}
+
+TEST (Presets, OfDamagedTextAreRefused)
+{
+    ModuleUnderTest module;
+    const juce::TemporaryFile file (".xml");
+
+    // A character that is none, one that is cut off, a nesting that no stack holds, and what the XML parser never leaves.
+    for (const auto& text :
+         { juce::MemoryBlock ("<settings a=\"\xff\"/>", 17), juce::MemoryBlock ("<settings/>\xf0", 12),
+           juce::MemoryBlock (juce::String::repeatedString ("<settings>", 100000).toRawUTF8(), 1000000),
+           juce::MemoryBlock ("<settings><?pi?>text</settings>", 31) })
+    {
+        ASSERT_TRUE (file.getFile().replaceWithData (text.getData(), text.getSize()));
+        EXPECT_THROW (pluginState::loadFile (module.instance(), file.getFile()), HostError)
+            << text.toString().substring (0, 40);
+    }
+}
+
+TEST (Presets, WrittenInBytesThatAreNoCharactersAreRefused)
+{
+    const ModuleUnderTest module;
+    const juce::TemporaryFile file (".txt");
+
+    for (const auto* text : { "name = a\nabout = b\nseq2_lpf = -1\xce",
+                              "name = a\nabout = b\nseq2_lpf = -1\xce\nlp_reso = 0.5\n", "\xff\xfen", "\xf0" })
+    {
+        ASSERT_TRUE (file.getFile().replaceWithText (""));
+        ASSERT_TRUE (file.getFile().appendData (text, std::strlen (text)));
+        EXPECT_THROW ([[maybe_unused]] const auto written = presetFile::parse (module, file.getFile()), HostError)
+            << text;
     }
 }

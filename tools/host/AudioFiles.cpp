@@ -14,9 +14,24 @@ void requireWholeFile (const juce::AudioFormatReader& reader, const juce::File& 
 {
     const auto bytesPerFrame = (juce::int64) (reader.numChannels * reader.bitsPerSample / 8);
 
+    if (reader.lengthInSamples < 0)
+        throw HostError (file.getFullPathName() + ": the file is damaged: its header tells of "
+                         + juce::String (reader.lengthInSamples) + " frames");
+
     if (reader.lengthInSamples * bytesPerFrame > file.getSize())
         throw HostError (file.getFullPathName() + ": the file is cut short: its header tells of "
                          + juce::String (reader.lengthInSamples) + " frames");
+}
+
+/** JUCE's reader believes a list of marks or comments in the number of its entries, and goes on behind the list's end. */
+bool holdsItsEntries (juce::InputStream& stream, juce::int64 size)
+{
+    constexpr juce::int64 numberSize = 2, smallestEntry = 8;
+    const auto start = stream.getPosition();
+    const auto numEntries = (juce::int64) (juce::uint16) stream.readShortBigEndian();
+
+    stream.setPosition (start);
+    return size >= numberSize + numEntries * smallestEntry;
 }
 
 /** JUCE's readers take memory for as much as a chunk says that it holds: a file of a few bytes could ask for gigabytes. The
@@ -47,6 +62,9 @@ void requireWholeChunks (const juce::File& file)
             stream.setPosition (std::min (stream.getPosition() + size + size % 2, stream.getTotalLength()));
         else if (size > stream.getNumBytesRemaining())
             throw HostError (file.getFullPathName() + ": the file is damaged: a part of it is longer than the file");
+        else if (isAiff && (chunk == "MARK" || chunk == "COMT") && ! holdsItsEntries (stream, size))
+            throw HostError (file.getFullPathName()
+                             + ": the file is damaged: a list is longer than its part of the file");
         else
             stream.skipNextBytes (size + size % 2);
     }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "PluginState.h"
 
+#include <string_view>
+
+#include "frame/SettingsGuard.h"
 #include "HostError.h"
 #include "PresetFile.h"
 
@@ -16,6 +19,12 @@ const char* const wrapperTag = "VST3PluginState";
 const char* const componentTag = "IComponent";
 
 const char* const settingsTag = "settings";
+
+/** Empty if the text is none that the XML parser can be given: a settings file is as likely to be damaged as a project. */
+[[nodiscard]] juce::String parseableText (const char* data, size_t size)
+{
+    return isSafeToParse (std::string_view (data, size)) ? juce::String::fromUTF8 (data, (int) size) : juce::String();
+}
 
 [[nodiscard]] bool isSettings (const juce::String& text)
 {
@@ -72,7 +81,7 @@ juce::String settingsText (const juce::MemoryBlock& block)
     if (length <= 0 || length > available)
         return {};
 
-    return juce::String::fromUTF8 (static_cast<const char*> (block.getData()) + headerSize, length);
+    return parseableText (static_cast<const char*> (block.getData()) + headerSize, (size_t) length);
 }
 
 juce::MemoryBlock fromSettingsText (const juce::String& text)
@@ -113,7 +122,9 @@ void loadFile (juce::AudioPluginInstance& instance, const juce::File& file)
     if (const auto inBlock = settingsText (content); isSettings (inBlock))
         return apply (instance, content);
 
-    if (const auto text = content.toString(); isSettings (text))
+    const auto* characters = static_cast<const char*> (content.getData());
+
+    if (const auto text = parseableText (characters, content.getSize()); isSettings (text))
         return apply (instance, fromSettingsText (text));
 
     throw HostError (file.getFullPathName()

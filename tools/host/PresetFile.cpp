@@ -4,6 +4,7 @@
 #include <cmath>
 #include <map>
 
+#include "frame/SettingsGuard.h"
 #include "HostError.h"
 #include "PluginState.h"
 #include "ValueResolver.h"
@@ -173,6 +174,15 @@ Written parse (const HostedModule& module, const juce::File& file)
 {
     if (! file.existsAsFile())
         throw HostError (file.getFullPathName() + ": there is no such file");
+
+    juce::MemoryBlock content;
+
+    if (! file.loadFileAsData (content))
+        throw HostError (file.getFullPathName() + ": cannot be read");
+
+    // Bytes that are no characters can make a text be read beyond its end.
+    if (! isUtf8 ({ static_cast<const char*> (content.getData()), content.getSize() }))
+        throw HostError (file.getFullPathName() + ": is no UTF-8 text");
 
     juce::StringArray lines;
     file.readLines (lines);
