@@ -34,31 +34,52 @@ void requireProgram (const std::string& name)
     _exit (127);
 }
 
-/** A window manager writes on the root window that it is there, as soon as it manages windows. */
-bool hasWindowManager (Display* display)
+bool hasProperty (Display* display, Window window, Atom property)
 {
     Atom type = None;
     int format = 0;
     unsigned long numItems = 0, bytesLeft = 0;
     unsigned char* data = nullptr;
 
-    XGetWindowProperty (display, DefaultRootWindow (display), XInternAtom (display, "_NET_SUPPORTING_WM_CHECK", False),
-                        0, 1, False, AnyPropertyType, &type, &format, &numItems, &bytesLeft, &data);
+    XGetWindowProperty (display, window, property, 0, 1, False, AnyPropertyType, &type, &format, &numItems, &bytesLeft,
+                        &data);
 
     if (data != nullptr)
         XFree (data);
 
-    return numItems == 1;
+    return numItems > 0;
 }
 
+void send (Display* display, Window window, Atom message)
+{
+    XEvent event {};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = message;
+    event.xclient.format = 32;
+    XSendEvent (display, DefaultRootWindow (display), False, SubstructureRedirectMask | SubstructureNotifyMask, &event);
+}
+
+/** Asks for the size of a frame until there is an answer. A window manager says that it is there while it is still busy
+    with its start; what is asked of it at that time may stay unheard until somebody asks for something else, and be it
+    the window of a test that wants to be shown. */
 bool waitForWindowManager()
 {
     const std::unique_ptr<Display, int (*) (Display*)> display (XOpenDisplay (nullptr), XCloseDisplay);
     const auto deadline = std::chrono::steady_clock::now() + patience;
 
-    while (display != nullptr && std::chrono::steady_clock::now() < deadline)
+    if (display == nullptr)
+        return false;
+
+    const auto window = XCreateSimpleWindow (display.get(), DefaultRootWindow (display.get()), 0, 0, 1, 1, 0, 0, 0);
+    const auto question = XInternAtom (display.get(), "_NET_REQUEST_FRAME_EXTENTS", False);
+    const auto answer = XInternAtom (display.get(), "_NET_FRAME_EXTENTS", False);
+
+    while (std::chrono::steady_clock::now() < deadline)
     {
-        if (hasWindowManager (display.get()))
+        send (display.get(), window, question);
+
+        if (hasProperty (display.get(), window, answer))
             return true;
 
         std::this_thread::sleep_for (5ms);
