@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <juce_core/juce_core.h>
+
+/** A program of somebody else's, run to its end under an environment that is given in full. */
+struct Process
+{
+    std::vector<std::string> words;
+    std::vector<std::pair<std::string, std::string>> environment;
+    juce::File folder;
+    std::chrono::seconds limit { 60 };
+
+    /** Waits for the end.
+        @returns everything that it wrote to its two outputs
+        @throws HostError if it cannot be started, fails, crashes or takes longer than the limit */
+    [[nodiscard]] juce::String run() const;
+};
