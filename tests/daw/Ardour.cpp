@@ -2,16 +2,19 @@
 #include "Ardour.h"
 
 #include <cstdlib>
+#include <iostream>
 
 #include <glob.h>
 #include <unistd.h>
 
 #include "AudioFiles.h"
-#include "HostError.h"
 #include "Process.h"
 
 namespace
 {
+/** On a machine with much else to do the exporter dies in up to every third run. */
+constexpr int mostAttempts = 10;
+
 const char* const sessionName = "song";
 const char* const pluginName = "Kestrin Tamsile Filter";
 
@@ -193,17 +196,35 @@ juce::StringArray Ardour::reopen()
 
 juce::AudioBuffer<float> Ardour::render()
 {
-    const auto exporter = programs.getChildFile ("utils/" + series + "-export").getFullPathName();
     const auto rendered = file ("rendered.wav");
-    rendered.deleteFile();
 
+    for (int attempt = 1;; ++attempt)
+    {
+        rendered.deleteFile();
+
+        try
+        {
+            runExporter (rendered);
+            return readSound (rendered);
+        }
+        catch (const Process::Died& death)
+        {
+            if (attempt == mostAttempts)
+                throw;
+
+            std::cout << "[  NOTE    ] started again (" << attempt << "): " << death.what() << std::endl;
+        }
+    }
+}
+
+void Ardour::runExporter (const juce::File& rendered) const
+{
+    const auto exporter = programs.getChildFile ("utils/" + series + "-export").getFullPathName();
     const auto output = run ({ exporter.toStdString(), "-b", "float", "-o", rendered.getFullPathName().toStdString(),
                                file (sessionName).getFullPathName().toStdString(), sessionName });
 
     if (! rendered.existsAsFile())
         throw HostError ("Ardour exports nothing:\n" + output);
-
-    return readSound (rendered);
 }
 
 //======================================================================================================================

@@ -47,7 +47,8 @@ public:
         @returns one line per parameter: its index, name, lowest and highest value, default and value, between tabs */
     [[nodiscard]] juce::StringArray reopen();
 
-    /** Exports the whole session as 32-bit floats. */
+    /** Exports the whole session as 32-bit floats. Ardour's exporter now and then damages its own memory or waits for itself
+        for ever, also with no plug-in in the session: it is then started again, and that is told on the console. */
     [[nodiscard]] juce::AudioBuffer<float> render();
 
     //==================================================================================================================
@@ -69,6 +70,7 @@ public:
 
 private:
     [[nodiscard]] juce::String run (const std::vector<std::string>& words) const;
+    void runExporter (const juce::File& rendered) const;
     void runScript (const juce::String& script);
     void writeJob (const Song& song) const;
     void putSoundIntoSession (const juce::AudioBuffer<float>& sound) const;

@@ -329,11 +329,14 @@ TEST_F (InArdour, SoundsTheSameAfterASessionIsReopenedAndSaved)
     expectTheLiteralEnginesBits (song, ardour().render());
 }
 
-TEST_F (InArdour, FiltersAMonoTrackBitForBitAsTheLiteralEngine)
+// Ardour leaves the plug-in its two channels on a mono track, and gives it silence for the second.
+TEST_F (InArdour, FiltersAMonoTrackBitForBitAsTheLiteralEngineWithASilentRight)
 {
     auto song = songOf (darkAndResonant);
     song.sound = makeNoise (1);
     const auto heard = makeAndRender (song);
-    expectFilteredNoise (heard);
+
+    song.sound.setSize (2, numFrames, true, true);
     expectTheLiteralEnginesBits (song, heard);
+    EXPECT_GT (levelDb (heard, 0), -60.0);
 }

@@ -24,11 +24,9 @@ reference::Transport transportAt (int frame)
 /** The state keeps four decimals. */
 float asSaved (float position) { return juce::String (position, 4).getFloatValue(); }
 
-/** Runs silence or sound through the engine; a mono song has one channel. */
 void process (reference::Engine& engine, juce::AudioBuffer<float>& block)
 {
-    engine.process (block.getWritePointer (0), block.getNumChannels() > 1 ? block.getWritePointer (1) : nullptr,
-                    block.getNumSamples());
+    engine.process (block.getWritePointer (0), block.getWritePointer (1), block.getNumSamples());
 }
 } // namespace
 
@@ -89,7 +87,7 @@ LiteralSong::Match LiteralSong::bestMatch (const juce::AudioBuffer<float>& heard
         if (const auto numSame = countSame (engine, heard); numSame > best.numSame)
             best = { standing * blockSize + framesBeforeStart, numSame };
 
-        juce::AudioBuffer<float> silence (heard.getNumChannels(), blockSize);
+        juce::AudioBuffer<float> silence (2, blockSize);
         silence.clear();
         process (engine, silence);
     }
@@ -104,11 +102,11 @@ int LiteralSong::countSame (const reference::Engine& started, const juce::AudioB
 
     for (const auto& [first, length] : rollingBlocks (numFrames))
     {
-        juce::AudioBuffer<float> block (song.sound.getNumChannels(), length);
+        juce::AudioBuffer<float> block (2, length);
         block.clear();
         const auto numHeard = first < 0 ? 0 : juce::jmin (length, numFrames - first);
 
-        for (int channel = 0; channel < block.getNumChannels(); ++channel)
+        for (int channel = 0; channel < 2; ++channel)
             if (numHeard > 0)
                 block.copyFrom (channel, 0, song.sound, channel, first, numHeard);
 
@@ -117,9 +115,8 @@ int LiteralSong::countSame (const reference::Engine& started, const juce::AudioB
         process (engine, block);
 
         for (int frame = 0; frame < numHeard; ++frame)
-            for (int channel = 0; channel < heard.getNumChannels(); ++channel)
-                if (! juce::exactlyEqual (block.getSample (juce::jmin (channel, block.getNumChannels() - 1), frame),
-                                          heard.getSample (channel, first + frame)))
+            for (int channel = 0; channel < 2; ++channel)
+                if (! juce::exactlyEqual (block.getSample (channel, frame), heard.getSample (channel, first + frame)))
                     return first + frame;
     }
 

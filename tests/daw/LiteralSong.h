@@ -15,10 +15,12 @@
     - A song position is rounded to ticks, 1920 to the beat, and told once per block.
     - An automated parameter is set once per block, to what its lane says at the block's end, rounded to ticks. Between two
       points a lane is straight in ticks.
+    - Both channels are there, whatever the track has.
     - Everything else stands where the saved state says, which has four decimals. */
 class LiteralSong
 {
 public:
+    /** @param songToPlay  with two channels; it must live as long as this */
     explicit LiteralSong (const Ardour::Song& songToPlay);
 
     static constexpr int blockSize = 1024;
@@ -34,7 +36,7 @@ public:
         int numSame = 0;
     };
 
-    /** The number of standing blocks under which most of what was heard is the same. */
+    /** The number of standing blocks under which most of what was heard, in two channels, is the same. */
     [[nodiscard]] Match bestMatch (const juce::AudioBuffer<float>& heard) const;
 
     /** The blocks of a rolling transport that begin before the end: first frame and length. */

@@ -9,8 +9,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "HostError.h"
-
 namespace
 {
 using Clock = std::chrono::steady_clock;
@@ -82,8 +80,8 @@ juce::String Process::run() const
         {
             kill (-process, SIGKILL);
             waitpid (process, &status, 0);
-            throw HostError (juce::String (words.front()) + " was not done after " + juce::String (limit.count())
-                             + " s:\n" + tailOf (output.loadFileAsString()));
+            throw Died (juce::String (words.front()) + " was not done after " + juce::String (limit.count()) + " s:\n"
+                        + tailOf (output.loadFileAsString()));
         }
 
         std::this_thread::sleep_for (lookAgain);
@@ -92,8 +90,8 @@ juce::String Process::run() const
     const auto text = output.loadFileAsString();
 
     if (WIFSIGNALED (status))
-        throw HostError (juce::String (words.front()) + " was ended by signal " + juce::String (WTERMSIG (status))
-                         + ":\n" + tailOf (text));
+        throw Died (juce::String (words.front()) + " was ended by signal " + juce::String (WTERMSIG (status)) + ":\n"
+                    + tailOf (text));
 
     if (WEXITSTATUS (status) != 0)
         throw HostError (juce::String (words.front()) + " failed with code " + juce::String (WEXITSTATUS (status))

@@ -6,18 +6,26 @@
 #include <utility>
 #include <vector>
 
-#include <juce_core/juce_core.h>
+#include "HostError.h"
 
 /** A program of somebody else's, run to its end under an environment that is given in full. */
 struct Process
 {
+    /** It was ended by a signal, or had to be. */
+    class Died : public HostError
+    {
+    public:
+        using HostError::HostError;
+    };
+
     std::vector<std::string> words;
     std::vector<std::pair<std::string, std::string>> environment;
     juce::File folder;
-    std::chrono::seconds limit { 60 };
+    std::chrono::seconds limit { 30 };
 
     /** Waits for the end.
         @returns everything that it wrote to its two outputs
-        @throws HostError if it cannot be started, fails, crashes or takes longer than the limit */
+        @throws HostError if it cannot be started or fails
+        @throws Died if it crashes or takes longer than the limit */
     [[nodiscard]] juce::String run() const;
 };
