@@ -12,7 +12,7 @@
 
 namespace
 {
-/** On a machine with much else to do the exporter dies in up to every third run. */
+/** On a machine with much else to do the exporter fails in up to every third run. */
 constexpr int mostAttempts = 10;
 
 const char* const sessionName = "song";
@@ -200,8 +200,6 @@ juce::AudioBuffer<float> Ardour::render()
 
     for (int attempt = 1;; ++attempt)
     {
-        rendered.deleteFile();
-
         try
         {
             runExporter (rendered);
@@ -212,13 +210,14 @@ juce::AudioBuffer<float> Ardour::render()
             if (attempt == mostAttempts)
                 throw;
 
-            std::cout << "[  NOTE    ] started again (" << attempt << "): " << death.what() << std::endl;
+            std::cout << "[  NOTE    ] export started again (" << attempt << "): " << death.what() << std::endl;
         }
     }
 }
 
 void Ardour::runExporter (const juce::File& rendered) const
 {
+    rendered.deleteFile();
     const auto exporter = programs.getChildFile ("utils/" + series + "-export").getFullPathName();
     const auto output = run ({ exporter.toStdString(), "-b", "float", "-o", rendered.getFullPathName().toStdString(),
                                file (sessionName).getFullPathName().toStdString(), sessionName });

@@ -47,8 +47,10 @@ public:
         @returns one line per parameter: its index, name, lowest and highest value, default and value, between tabs */
     [[nodiscard]] juce::StringArray reopen();
 
-    /** Exports the whole session as 32-bit floats. Ardour's exporter now and then damages its own memory or waits for itself
-        for ever, also with no plug-in in the session: it is then started again, and that is told on the console. */
+    /** Exports the whole session as 32-bit floats. Ardour 7.3's exporter races with itself, also with no plug-in in the
+        session: now and then it damages its memory while it ends, or waits for itself for ever. It is then started again,
+        which is told on the console.
+        @throws HostError if it fails ten times */
     [[nodiscard]] juce::AudioBuffer<float> render();
 
     //==================================================================================================================

@@ -27,6 +27,13 @@ for route in tracks:iter () do
 	region:to_audioregion ():set_fade_out_active (false)
 	track:playlist ():add_region (region, Temporal.timepos_t (0), 1, false, 0, 0, false)
 
+	-- Another thread of Ardour's connects the track to the master, in its own time.
+	for _ = 1, 1000 do
+		if route:output ():nth (0):connected () then break end
+		ARDOUR.LuaAPI.usleep (10000)
+	end
+	assert (route:output ():nth (0):connected (), "Ardour does not connect the track")
+
 	if job.plugin then
 		local plugin = ARDOUR.LuaAPI.new_plugin (session, job.plugin, ARDOUR.PluginType.VST3, "")
 		assert (not plugin:isnil (), "Ardour does not know the plug-in")
