@@ -53,7 +53,7 @@ test: build ## build and run all tests
 test-window: build ## use the window on a private desktop with a real pointer and keyboard
 	@build/release/tests/window/window_tests
 
-test-daw: build ## try the built module in a real workstation: Ardour, without a screen
+test-daw: build ## try the built module in a real workstation, Ardour, on a private desktop
 	@scripts/setup daw
 	@build/release/tests/daw/daw_tests
 

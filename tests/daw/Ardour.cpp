@@ -84,23 +84,26 @@ Ardour::Ardour() : home (makeHome()), programs (findPrograms())
 
 Ardour::~Ardour() { home.deleteRecursively(); }
 
-juce::String Ardour::run (const std::vector<std::string>& words) const
+std::vector<std::pair<std::string, std::string>> Ardour::environment() const
 {
-    const auto data = "/usr/share/" + series.toStdString();
-    const auto configuration = "/etc/" + series.toStdString();
     const auto libraries = programs.getFullPathName().toStdString();
 
-    Process process { words, {}, home };
-    process.environment = { { "HOME", home.getFullPathName().toStdString() },
-                            { "PATH", "/usr/bin:/bin" },
-                            { "LC_ALL", "C.UTF-8" },
-                            { "LD_LIBRARY_PATH", libraries },
-                            { "ARDOUR_DATA_PATH", data },
-                            { "ARDOUR_CONFIG_PATH", configuration },
-                            { "ARDOUR_DLL_PATH", libraries },
-                            { "KESTRIN_JOB", file ("job.lua").getFullPathName().toStdString() } };
-    return process.run();
+    return { { "HOME", home.getFullPathName().toStdString() },
+             { "PATH", "/usr/bin:/bin" },
+             { "LC_ALL", "C.UTF-8" },
+             { "LD_LIBRARY_PATH", libraries },
+             { "ARDOUR_DATA_PATH", "/usr/share/" + series.toStdString() },
+             { "ARDOUR_CONFIG_PATH", "/etc/" + series.toStdString() },
+             { "ARDOUR_DLL_PATH", libraries },
+             { "KESTRIN_JOB", file ("job.lua").getFullPathName().toStdString() } };
 }
+
+juce::String Ardour::run (const std::vector<std::string>& words) const
+{
+    return Process { words, environment(), home }.run();
+}
+
+juce::File Ardour::session() const { return file (juce::String (sessionName) + "/" + sessionName + ".ardour"); }
 
 void Ardour::runScript (const juce::String& script)
 {
@@ -173,12 +176,13 @@ void Ardour::putSoundIntoSession (const juce::AudioBuffer<float>& sound) const
 /** What is exported is the session's range, which only Ardour's window sets. */
 void Ardour::setRangeOfSession (int numFrames) const
 {
-    const auto session = file (sessionName).getChildFile (juce::String (sessionName) + ".ardour");
-    const auto unitsPerSecond =
-        session.loadFileAsString().fromFirstOccurrenceOf ("superclocks-per-second=\"", false, false).getLargeIntValue();
+    const auto unitsPerSecond = session()
+                                    .loadFileAsString()
+                                    .fromFirstOccurrenceOf ("superclocks-per-second=\"", false, false)
+                                    .getLargeIntValue();
     const auto end = numFrames * unitsPerSecond / (juce::int64) sampleRate;
 
-    replaceOnce (session, "<Locations/>",
+    replaceOnce (session(), "<Locations/>",
                  "<Locations><Location id=\"90001\" name=\"session\" start=\"a0\" end=\"a" + juce::String (end)
                      + "\" flags=\"IsSessionRange\" locked=\"0\" timestamp=\"0\" cue=\"0\"/></Locations>");
 }
@@ -227,6 +231,62 @@ void Ardour::runExporter (const juce::File& rendered) const
 }
 
 //======================================================================================================================
+void Ardour::writeWindowSettings (double scale) const
+{
+    const auto folder = file (".config/" + series);
+    folder.createDirectory();
+
+    // Without this one Ardour greets a new user.
+    folder.getChildFile (".a" + series.retainCharacters ("0123456789")).create();
+
+    folder.getChildFile ("config").replaceWithText (
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Ardour>\n"
+        "<Config><Option name=\"try-autostart-engine\" value=\"1\"/><Option name=\"hide-dummy-backend\" value=\"0\"/>"
+        "</Config>\n<Extra><AudioMIDISetup><EngineStates>"
+        "<State backend=\"None (Dummy)\" driver=\"Normal Speed\" device=\"Silence\" input-device=\"\" "
+        "output-device=\"\" "
+        "sample-rate=\"48000\" buffer-size=\"1024\" n-periods=\"0\" input-latency=\"0\" output-latency=\"0\" "
+        "lm-input=\"\" lm-output=\"\" active=\"1\" use-buffered-io=\"0\" midi-option=\"1 in, 1 out, Silence\" "
+        "lru=\"1\">"
+        "<MIDIDevices/></State></EngineStates></AudioMIDISetup></Extra>\n</Ardour>\n",
+        false, false, nullptr);
+
+    // 1024 times a hundred per cent.
+    folder.getChildFile ("ui_config")
+        .replaceWithText ("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Ardour><UI><Option name=\"font-scale\" value=\""
+                              + juce::String (juce::roundToInt (scale * 102400.0)) + "\"/></UI></Ardour>\n",
+                          false, false, nullptr);
+}
+
+/** A session keeps which windows were open, by the numbers of track and processor. */
+void Ardour::leaveWindowOpen() const
+{
+    const auto text = session().loadFileAsString();
+    const auto numberBefore = [&text] (const juce::String& name)
+    {
+        return text.upToFirstOccurrenceOf ("\" name=\"" + name + "\"", false, false)
+            .fromLastOccurrenceOf (" id=\"", false, false);
+    };
+
+    replaceOnce (session(), "</Session>",
+                 "<Extra><UI><Window name=\"P-" + numberBefore ("Kestrin") + "-" + numberBefore (pluginName)
+                     + "\" visible=\"1\" x-off=\"100\" y-off=\"100\" x-size=\"-1\" y-size=\"-1\" custom-ui=\"1\"/>"
+                       "</UI></Extra></Session>");
+}
+
+int Ardour::openWindows (double scale)
+{
+    writeWindowSettings (scale);
+    leaveWindowOpen();
+
+    Process process { { "/usr/bin/ardour", "-a", "-n", file (sessionName).getFullPathName().toStdString() },
+                      environment(),
+                      home };
+    process.environment.push_back ({ "DISPLAY", std::getenv ("DISPLAY") });
+    return process.start();
+}
+
+//======================================================================================================================
 juce::String Ardour::scanResult() const
 {
     juce::String all;
@@ -239,9 +299,10 @@ juce::String Ardour::scanResult() const
 
 juce::MemoryBlock Ardour::savedPreset() const
 {
-    const auto session = file (sessionName).getChildFile (juce::String (sessionName) + ".ardour").loadFileAsString();
-    const auto text =
-        session.fromFirstOccurrenceOf ("<chunk>", false, false).upToFirstOccurrenceOf ("</chunk>", false, false);
+    const auto text = session()
+                          .loadFileAsString()
+                          .fromFirstOccurrenceOf ("<chunk>", false, false)
+                          .upToFirstOccurrenceOf ("</chunk>", false, false);
 
     juce::MemoryOutputStream bytes;
 

@@ -53,6 +53,11 @@ public:
         @throws HostError if it fails ten times */
     [[nodiscard]] juce::AudioBuffer<float> render();
 
+    /** Starts Ardour with its windows on the present display, the session in it and the plug-in's window open, at this scale of
+        its interface. Nothing is asked of anybody.
+        @returns the number of its process and of its group; whoever calls ends it */
+    [[nodiscard]] int openWindows (double scale);
+
     //==================================================================================================================
     /** What the scan found, as Ardour keeps it. */
     [[nodiscard]] juce::String scanResult() const;
@@ -71,11 +76,15 @@ public:
     void writeSound (const juce::File& file, const juce::AudioBuffer<float>& sound) const;
 
 private:
+    [[nodiscard]] std::vector<std::pair<std::string, std::string>> environment() const;
     [[nodiscard]] juce::String run (const std::vector<std::string>& words) const;
     void runExporter (const juce::File& rendered) const;
     void runScript (const juce::String& script);
     void writeJob (const Song& song) const;
     void putSoundIntoSession (const juce::AudioBuffer<float>& sound) const;
+    void writeWindowSettings (double scale) const;
+    void leaveWindowOpen() const;
+    [[nodiscard]] juce::File session() const;
     void setRangeOfSession (int numFrames) const;
 
     juce::File home, programs;

@@ -55,23 +55,28 @@ juce::String tailOf (const juce::String& output)
 }
 } // namespace
 
-juce::String Process::run() const
+int Process::start() const
 {
-    const auto output = folder.getChildFile (".output");
     std::vector<std::string> variables;
 
     for (const auto& [name, value] : environment)
         variables.push_back (name + "=" + value);
 
-    const auto deadline = Clock::now() + limit;
     const auto process = fork();
 
     if (process < 0)
         throw HostError ("cannot start " + juce::String (words.front()));
 
     if (process == 0)
-        become (words, variables, folder, output);
+        become (words, variables, folder, output());
 
+    return process;
+}
+
+juce::String Process::run() const
+{
+    const auto deadline = Clock::now() + limit;
+    const auto process = start();
     int status = 0;
 
     while (waitpid (process, &status, WNOHANG) == 0)
@@ -81,13 +86,13 @@ juce::String Process::run() const
             kill (-process, SIGKILL);
             waitpid (process, &status, 0);
             throw Died (juce::String (words.front()) + " was not done after " + juce::String (limit.count()) + " s:\n"
-                        + tailOf (output.loadFileAsString()));
+                        + tailOf (output().loadFileAsString()));
         }
 
         std::this_thread::sleep_for (lookAgain);
     }
 
-    const auto text = output.loadFileAsString();
+    const auto text = output().loadFileAsString();
 
     if (WIFSIGNALED (status))
         throw Died (juce::String (words.front()) + " was ended by signal " + juce::String (WTERMSIG (status)) + ":\n"

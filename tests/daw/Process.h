@@ -28,4 +28,12 @@ struct Process
         @throws HostError if it cannot be started or fails
         @throws Died if it crashes or takes longer than the limit */
     [[nodiscard]] juce::String run() const;
+
+    /** Starts it and comes back. Whoever does so ends it, and it ends with us.
+        @returns the number of its process and of its group
+        @throws HostError */
+    [[nodiscard]] int start() const;
+
+    /** Where its output goes. */
+    [[nodiscard]] juce::File output() const { return folder.getChildFile (".output"); }
 };
