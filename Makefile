@@ -26,7 +26,7 @@ endif
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help test-window setup build demo test bits bench bench-document docs install uninstall format lint clean test-consumer package sanitize fuzz soak
+.PHONY: help test-window test-daw setup build demo test bits bench bench-document docs install uninstall format lint clean test-consumer package sanitize fuzz soak
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -52,6 +52,10 @@ test: build ## build and run all tests
 
 test-window: build ## of the tests, only those of the window on a private desktop; leaves pictures in build/test-pictures
 	@build/release/tests/window/window_tests
+
+test-daw: build ## try the built module in a real workstation, Ardour, on a private desktop
+	@scripts/setup daw
+	@build/release/tests/daw/daw_tests
 
 test-consumer: setup ## build a small project that takes this one in by add_subdirectory (some minutes)
 	@tests/scripts/consumer_test.sh .
