@@ -22,7 +22,9 @@
 #endif
 
 #if KESTRIN_ADDRESS_SANITIZER
-#include <sanitizer/allocator_interface.h>
+// Of the sanitizer's run-time; not every compiler that has it brings the header.
+extern "C" int __sanitizer_install_malloc_and_free_hooks (void (*) (const volatile void*, std::size_t),
+                                                          void (*) (const volatile void*));
 #endif
 
 #if defined(__GLIBC__)

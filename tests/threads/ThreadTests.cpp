@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+// A host's audio thread beside its message thread. What is looked for here is seen by the thread sanitizer; without it the
+// tests still say that nothing crashes and nothing but finite sound comes out.
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <memory>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "editor/MainAudioProcessorEditor.h"
+#include "support/FakePlayHead.h"
+
+namespace
+{
+/** Plays noise with a running song on a thread of its own, and automates all parameters there as hosts do. */
+class AudioThread
+{
+public:
+    explicit AudioThread (MainAudioProcessor& processorToRun, bool shouldAutomate = false)
+        : processor (processorToRun), automates (shouldAutomate)
+    {
+        processor.setRateAndBufferSizeDetails (48000.0, numFrames);
+        processor.prepareToPlay (48000.0, numFrames);
+        processor.setPlayHead (&transport);
+        thread = std::thread ([this] { run(); });
+    }
+
+    ~AudioThread()
+    {
+        stopped = true;
+        thread.join();
+        processor.setPlayHead (nullptr);
+        EXPECT_TRUE (onlyFinite);
+    }
+
+    [[nodiscard]] bool hasPlayed (int wanted) const { return numBlocks >= wanted; }
+
+private:
+    void run()
+    {
+        juce::AudioBuffer<float> buffer (2, numFrames);
+        juce::MidiBuffer noMessages;
+        juce::Random random (1);
+
+        for (; ! stopped; ++numBlocks)
+        {
+            for (int channel = 0; channel < 2; ++channel)
+                for (int frame = 0; frame < numFrames; ++frame)
+                    buffer.setSample (channel, frame, random.nextFloat() - 0.5f);
+
+            if (automates)
+                for (auto* const parameter : processor.getParameters())
+                    parameter->setValueNotifyingHost (random.nextFloat());
+
+            transport.moveTo (numBlocks * 0.01);
+            processor.processBlock (buffer, noMessages);
+            onlyFinite = onlyFinite && std::isfinite (buffer.getMagnitude (0, numFrames));
+            std::this_thread::yield();
+        }
+    }
+
+    static constexpr int numFrames = 64;
+
+    MainAudioProcessor& processor;
+    const bool automates;
+    FakePlayHead transport;
+    std::atomic<bool> stopped { false };
+    std::atomic<int> numBlocks { 0 };
+    bool onlyFinite = true;
+    std::thread thread;
+};
+
+constexpr int enoughRounds = 100;
+constexpr int enoughBlocks = 200;
+
+template <typename Round>
+void repeatBeside (const AudioThread& audio, Round round)
+{
+    for (int number = 0; number < enoughRounds || ! audio.hasPlayed (enoughBlocks); ++number)
+        round (number);
+}
+
+/** Both LFOs and the Frequencer at work, so that every field that the window reads is written all the time. */
+void setMoving (MainAudioProcessor& processor)
+{
+    auto& parameters = processor.parameters;
+    const auto set = [] (juce::AudioProcessorParameter* parameter, float value) { parameter->setValue (value); };
+
+    set (parameters.lfoToHpFreq[0], 0.8f);
+    set (parameters.lfoToHpFreq[1], 0.3f);
+    set (parameters.seqHpf[0], 0.9f);
+    set (parameters.seqLpf[3], 0.1f);
+}
+
+class Threads : public testing::Test
+{
+protected:
+    Threads() { setMoving (processor); }
+
+    MainAudioProcessor processor;
+};
+} // namespace
+
+TEST_F (Threads, LetTheWindowPollWhileAudioRuns)
+{
+    MainAudioProcessorEditor editor (processor);
+    const AudioThread audio (processor);
+
+    repeatBeside (audio,
+                  [&] (int number)
+                  {
+                      auto& toggle = number % 2 == 0 ? editor.showLfosToggle : editor.frequencerToggle;
+                      toggle.setToggleState (! toggle.getToggleState(), juce::sendNotificationSync);
+                      editor.timerCallback();
+                  });
+}
+
+TEST_F (Threads, LetTheWindowPollWhileTheHostAutomatesEverything)
+{
+    MainAudioProcessorEditor editor (processor);
+    const AudioThread audio (processor, true);
+    repeatBeside (audio, [&] (int) { editor.timerCallback(); });
+}
+
+TEST_F (Threads, LetEveryKnobMoveWhileAudioRuns)
+{
+    MainAudioProcessorEditor editor (processor);
+    const AudioThread audio (processor);
+
+    const auto moveAll = [] (auto& self, juce::Component& parent, double value) -> void
+    {
+        for (auto* const child : parent.getChildren())
+        {
+            if (auto* const knob = dynamic_cast<juce::Slider*> (child))
+                knob->setValue (value, juce::sendNotificationSync);
+
+            self (self, *child, value);
+        }
+    };
+
+    repeatBeside (audio,
+                  [&] (int number)
+                  {
+                      moveAll (moveAll, editor, (number % 11) / 10.0);
+                      editor.timerCallback();
+                  });
+}
+
+TEST_F (Threads, LetStatesBeSavedAndLoadedWhileAudioRuns)
+{
+    juce::MemoryBlock block;
+    processor.getStateInformation (block);
+    const AudioThread audio (processor);
+
+    repeatBeside (audio,
+                  [&] (int)
+                  {
+                      processor.setStateInformation (block.getData(), (int) block.getSize());
+                      processor.getStateInformation (block);
+                  });
+}
+
+TEST_F (Threads, LetInstancesRunBesideEachOther)
+{
+    MainAudioProcessor other;
+    setMoving (other);
+
+    const AudioThread audio (processor, true), otherAudio (other, true);
+    repeatBeside (otherAudio, [&] (int) { const auto third = std::make_unique<MainAudioProcessor>(); });
+}
