@@ -8,10 +8,10 @@
 
 namespace
 {
-void expectRefused (const juce::MemoryOutputStream& bytes)
+void expectRefused (const juce::MemoryBlock& bytes, const juce::String& reason = "damaged")
 {
     const juce::TemporaryFile file (".wav");
-    ASSERT_TRUE (file.getFile().replaceWithData (bytes.getData(), bytes.getDataSize()));
+    ASSERT_TRUE (file.getFile().replaceWithData (bytes.getData(), bytes.getSize()));
 
     try
     {
@@ -20,8 +20,27 @@ void expectRefused (const juce::MemoryOutputStream& bytes)
     }
     catch (const HostError& error)
     {
-        EXPECT_TRUE (juce::String (error.what()).contains ("damaged")) << error.what();
+        EXPECT_TRUE (juce::String (error.what()).contains (reason)) << error.what();
     }
+}
+
+/** An AIFF file of two channels that has a header and nothing else. */
+[[nodiscard]] juce::MemoryBlock withHeader (int numFrames, short bitsPerSample)
+{
+    juce::MemoryOutputStream bytes;
+    bytes << "FORM";
+    bytes.writeIntBigEndian (30);
+    bytes << "AIFFCOMM";
+    bytes.writeIntBigEndian (18);
+    bytes.writeShortBigEndian (2);
+    bytes.writeIntBigEndian (numFrames);
+    bytes.writeShortBigEndian (bitsPerSample);
+
+    // 44100 as a number of ten bytes.
+    for (const auto byte : { 0x40, 0x0e, 0xac, 0x44, 0, 0, 0, 0, 0, 0 })
+        bytes.writeByte ((char) byte);
+
+    return bytes.getMemoryBlock();
 }
 } // namespace
 
@@ -34,25 +53,18 @@ TEST (DamagedSoundFile, IsRefusedWhenAPartOfItClaimsMoreThanTheFileHolds)
     bytes << "WAVEbext";
     bytes.writeInt (0x7fffff00);
     bytes << "ab";
-    expectRefused (bytes);
+    expectRefused (bytes.getMemoryBlock());
 }
 
 TEST (DamagedSoundFile, IsRefusedWhenItsLengthIsANegativeNumber)
 {
-    juce::MemoryOutputStream bytes;
-    bytes << "FORM";
-    bytes.writeIntBigEndian (32);
-    bytes << "AIFFCOMM";
-    bytes.writeIntBigEndian (18);
-    bytes.writeShortBigEndian (2);
-    bytes.writeIntBigEndian (std::numeric_limits<int>::min());
-    bytes.writeShortBigEndian (16);
+    expectRefused (withHeader (std::numeric_limits<int>::min(), 16), "damaged");
+}
 
-    // 44100 as a number of ten bytes.
-    for (const auto byte : { 0x40, 0x0e, 0xac, 0x44, 0, 0, 0, 0, 0, 0 })
-        bytes.writeByte ((char) byte);
-
-    expectRefused (bytes);
+TEST (DamagedSoundFile, IsRefusedWhenItsSamplesAreOfNoBits)
+{
+    // Any number of them would fit into any file.
+    expectRefused (withHeader (1000000, 0), "cut short");
 }
 
 TEST (DamagedSoundFile, IsRefusedWhenAListHasMoreEntriesThanRoom)
@@ -66,6 +78,20 @@ TEST (DamagedSoundFile, IsRefusedWhenAListHasMoreEntriesThanRoom)
         bytes.writeIntBigEndian (10);
         bytes.writeShortBigEndian (2);
         bytes.writeInt64BigEndian (0);
-        expectRefused (bytes);
+        expectRefused (bytes.getMemoryBlock());
+    }
+}
+
+TEST (DamagedSoundFile, IsRefusedWhenItsNotesAreNoText)
+{
+    for (const auto* notes : { "axml", "iXML" })
+    {
+        juce::MemoryOutputStream bytes;
+        bytes << "RIFF";
+        bytes.writeInt (100);
+        bytes << "WAVE" << notes;
+        bytes.writeInt (4);
+        bytes.write ("<a>\xf0", 4);
+        expectRefused (bytes.getMemoryBlock());
     }
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "frame/SettingsGuard.h"
 #include "HostError.h"
 
 namespace
@@ -12,7 +13,9 @@ constexpr unsigned int mostChannels = 2;
 /** JUCE fills what a shortened file lacks with silence; a host that renders silence without a word helps nobody. */
 void requireWholeFile (const juce::AudioFormatReader& reader, const juce::File& file)
 {
-    const auto bytesPerFrame = (juce::int64) (reader.numChannels * reader.bitsPerSample / 8);
+    // A header can claim samples of no bits, of which any number would fit.
+    const auto bytesPerFrame =
+        std::max ((juce::int64) 1, (juce::int64) (reader.numChannels * reader.bitsPerSample / 8));
 
     if (reader.lengthInSamples < 0)
         throw HostError (file.getFullPathName() + ": the file is damaged: its header tells of "
@@ -32,6 +35,17 @@ bool holdsItsEntries (juce::InputStream& stream, juce::int64 size)
 
     stream.setPosition (start);
     return size >= numberSize + numEntries * smallestEntry;
+}
+
+/** JUCE's reader parses notes that are XML, and its parser believes in its text. */
+bool holdsSafeXml (juce::InputStream& stream, juce::int64 size)
+{
+    const auto start = stream.getPosition();
+    juce::MemoryBlock text;
+
+    stream.readIntoMemoryBlock (text, (ssize_t) size);
+    stream.setPosition (start);
+    return isSafeToParse ({ static_cast<const char*> (text.getData()), text.getSize() });
 }
 
 /** JUCE's readers take memory for as much as a chunk says that it holds: a file of a few bytes could ask for gigabytes. The
@@ -65,6 +79,8 @@ void requireWholeChunks (const juce::File& file)
         else if (isAiff && (chunk == "MARK" || chunk == "COMT") && ! holdsItsEntries (stream, size))
             throw HostError (file.getFullPathName()
                              + ": the file is damaged: a list is longer than its part of the file");
+        else if ((chunk == "axml" || chunk == "iXML") && ! holdsSafeXml (stream, size))
+            throw HostError (file.getFullPathName() + ": the file is damaged: its notes are no text");
         else
             stream.skipNextBytes (size + size % 2);
     }
