@@ -9,6 +9,9 @@ VST3_DIR ?= $(HOME)/.vst3
 # How long each fuzzer runs.
 SECONDS_EACH ?= 60
 
+# What the fuzzers' chance begins with; with 0 every run tries something else.
+FUZZ_SEED ?= 0
+
 # How many things are done at once.
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
@@ -34,7 +37,7 @@ help:
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1|\2/p' Makefile | awk -F '|' '{ printf "%-18s %s\n", $$1, $$2 }'
 	@echo
 	@echo "Variables: IN=song.wav (demo), VST3_DIR=folder (install, uninstall; ~/.vst3), JOBS=number,"
-	@echo "MILLION=number and SEED=number (bits),"
+	@echo "MILLION=number and SEED=number (bits), SECONDS_EACH=number and FUZZ_SEED=number (fuzz),"
 	@echo "KESTRIN_JUCE_DIR=folder (a tree of JUCE 8.0.6 of your own)."
 
 setup: ## install what is missing and fetch JUCE; all other targets begin with this
@@ -86,7 +89,7 @@ sanitize: ## run the tests under the sanitizers and valgrind; takes most of an h
 	@scripts/sanitize
 
 fuzz: ## run each fuzzer for a minute; SECONDS_EACH=n for another time
-	@scripts/fuzz $(SECONDS_EACH)
+	@scripts/fuzz $(SECONDS_EACH) $(FUZZ_SEED)
 
 soak: ## run a day asleep and an hour awake, as fast as the machine goes
 	@scripts/soak
