@@ -93,7 +93,7 @@ private:
     struct TickSeries;
     struct TickRun;
 
-    // The steps of a tick, in their order. They are inline for speed's sake: each is called from one place, per frame.
+    // A tick up to the slews, and its steps in their order. They are inline for speed's sake: all this is done per frame.
     inline void moveControls (Motion& motion, Tick& tick);
     inline void readTransport (Tick& tick) const;
     inline void readRateAndParametersIfChanged (Motion& motion) const noexcept;
