@@ -10,8 +10,8 @@ script=$(cd "$(dirname "$1")" && pwd)/demo
 patch=$(dirname "$script")/../tools/demo/patch.txt
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/demo test XXXXXX") # the blanks are part of every test
 trap 'rm -rf "$scratch"' EXIT
-failures=0
-checks=0
+# shellcheck source=tests/scripts/checks.sh
+source "$(dirname "$0")/checks.sh"
 
 project="$scratch/a project"
 page="$project/build/demo/index.html"
@@ -48,25 +48,11 @@ run() # sound
     code=$?
 }
 
-check() # sentence, command...
-{
-    local sentence=$1
-    shift
-    checks=$((checks + 1))
-
-    if ! "$@"
-    then
-        failures=$((failures + 1))
-        printf 'FAILED: %s\n' "$sentence"
-        sed 's/^/    out: /' "$scratch/out"
-        sed 's/^/    err: /' "$scratch/err"
-    fi
-}
+outputs=("$scratch/out" "$scratch/err")
 
 succeeds() { [ "$code" = 0 ] && [ -s "$page" ]; }
 isOneLine() { [ "$code" != 0 ] && [ "$(grep -c '' "$scratch/err")" = 1 ] && grep -qF "$1" "$scratch/err"; }
 holds() { grep -qF -- "$2" "$1"; }
-never() { ! "$@"; }
 
 # The pictures are the real ones, so the page must carry two of them, two sounds, and nothing from elsewhere.
 run ''
@@ -114,5 +100,4 @@ run ''
 check 'a host that fails makes the demo fail' test "$code" != 0
 check 'its reason is shown' holds "$scratch/err" 'the host is broken'
 
-echo "$checks checks, $failures failed"
-[ "$failures" = 0 ]
+sumUp

@@ -7,16 +7,8 @@ set -uo pipefail
 shopt -s nullglob
 
 root=$(cd "$(dirname "$1")/.." && pwd)
-failures=0
-checks=0
-
-check() # what, command...
-{
-    local what=$1
-    shift
-    checks=$((checks + 1))
-    "$@" || { failures=$((failures + 1)); printf 'FAILED: %s\n' "$what"; }
-}
+# shellcheck source=tests/scripts/checks.sh
+source "$(dirname "$0")/checks.sh"
 
 refuses() { ! "$@" >/dev/null 2>&1; }
 
@@ -71,5 +63,4 @@ done
 check 'scripts/docs refuses a part that it does not know' refuses scripts/docs windws
 check 'scripts/docs explains itself' grep -q '^Usage' <(scripts/docs --help)
 
-printf '%d checks, %d failures\n' "$checks" "$failures"
-[ "$failures" = 0 ]
+sumUp

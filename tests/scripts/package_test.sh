@@ -10,29 +10,16 @@ build=$2
 host=$3
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/package test XXXXXX") # the blanks are part of every test
 trap 'rm -rf "$scratch"' EXIT
-failures=0
-checks=0
+# shellcheck source=tests/scripts/checks.sh
+source "$(dirname "$0")/checks.sh"
 bundle='Kestrin Tamsile Filter.vst3'
 name=kestrin-tamsile-filter
 export PATH="$PATH:/usr/sbin:/sbin" # dpkg looks there for its helpers
 
-check() # sentence, command...
-{
-    local sentence=$1
-    shift
-    checks=$((checks + 1))
-
-    if ! "$@"
-    then
-        failures=$((failures + 1))
-        printf 'FAILED: %s\n' "$sentence"
-        sed 's/^/    /' "$scratch/out"
-    fi
-}
+outputs=("$scratch/out")
 
 run() { "$@" >"$scratch/out" 2>&1; }
 says() { grep -qF -- "$1" "$scratch/out"; }
-never() { ! "$@"; }
 field() { dpkg-deb --field "$deb" "$1"; }
 
 # dpkg wants to be root, and does not look for scripts of the machine inside the new root.
@@ -111,5 +98,4 @@ steps 'rm' >"$scratch/out" 2>&1
 check 'the way out succeeds' test $? = 0
 check 'and leaves no file' test -z "$(filesOf "$home")"
 
-echo "$checks checks, $failures failed"
-[ "$failures" = 0 ]
+sumUp

@@ -9,8 +9,8 @@ set -uo pipefail
 setup=$1
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/setup test XXXXXX") # the blanks are part of every test
 trap 'rm -rf "$scratch"' EXIT
-failures=0
-checks=0
+# shellcheck source=tests/scripts/checks.sh
+source "$(dirname "$0")/checks.sh"
 
 #---- a machine ------------------------------------------------------------------------------------------------------
 
@@ -21,6 +21,7 @@ newMachine()
     bin="$machine/bin"
     project="$machine/a project"
     calls="$machine/calls"
+    outputs=("$machine/out" "$machine/err")
     mkdir -p "$bin" "$project/scripts" "$machine/etc/parts"
     : >"$calls"
     cp "$setup" "$project/scripts/setup"
@@ -109,26 +110,10 @@ run() # arguments of setup; KESTRIN_JUCE_DIR from $juceDir
 
 #---- what is said of it ---------------------------------------------------------------------------------------------
 
-check() # sentence, command...
-{
-    local sentence=$1
-    shift
-    checks=$((checks + 1))
-
-    if ! "$@"
-    then
-        failures=$((failures + 1))
-        printf 'FAILED in "%s": %s\n' "$case" "$sentence"
-        sed 's/^/    out: /' "$machine/out"
-        sed 's/^/    err: /' "$machine/err"
-    fi
-}
-
 succeeds() { [ "$code" = 0 ] && [ ! -s "$machine/err" ]; }
 failsWithOneLine() { [ "$code" != 0 ] && [ "$(grep -c '' "$machine/err")" = 1 ]; }
 errorNames() { local word; for word; do grep -qF -- "$word" "$machine/err" || return 1; done; }
 says() { grep -qF -- "$1" "$machine/out"; }
-never() { ! "$@"; }
 called() { grep -q -- "$1" "$calls"; }
 leavesNothingHalfFetched() { [ -z "$(find "$project/external" -mindepth 1 ! -path "$project/external/juce-8.0.6*" 2>/dev/null)" ]; }
 hasNoTree() { [ ! -e "$project/external/juce-8.0.6" ]; }
@@ -365,5 +350,4 @@ run --help
 check 'help succeeds' succeeds
 check 'help names the variable' says KESTRIN_JUCE_DIR
 
-echo "$checks checks, $failures failed"
-[ "$failures" = 0 ]
+sumUp

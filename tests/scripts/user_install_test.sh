@@ -8,8 +8,8 @@ set -uo pipefail
 script=$1
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/install test XXXXXX") # the blanks are part of every test
 trap 'rm -rf "$scratch"' EXIT
-failures=0
-checks=0
+# shellcheck source=tests/scripts/checks.sh
+source "$(dirname "$0")/checks.sh"
 bundle='Kestrin Tamsile Filter.vst3'
 
 newHome()
@@ -18,6 +18,7 @@ newHome()
     vst3="$home/.vst3"
     presets="$vst3/presets/Kestrin/Kestrin Tamsile Filter"
     build="$home/a build"
+    outputs=("$home/out")
     mkdir -p "$build/source/x_artefacts/Release/VST3/$bundle/Contents" "$build/presets/Basic sounds"
     echo module >"$build/source/x_artefacts/Release/VST3/$bundle/Contents/module.so"
     echo one >"$build/presets/Slow sweep.vstpreset"
@@ -30,22 +31,7 @@ run()
     code=$?
 }
 
-check() # sentence, command...
-{
-    local sentence=$1
-    shift
-    checks=$((checks + 1))
-
-    if ! "$@"
-    then
-        failures=$((failures + 1))
-        printf 'FAILED: %s\n' "$sentence"
-        sed 's/^/    /' "$home/out"
-    fi
-}
-
 holds() { [ "$(cat "$2" 2>/dev/null)" = "$1" ]; }
-never() { ! "$@"; }
 
 newHome
 run install "$build"
@@ -101,5 +87,4 @@ run install "$build"
 check 'a place that cannot be written to is an error' test "$code" != 0
 check 'that error is one line, too' test "$(grep -c '' "$home/out")" = 1
 
-echo "$checks checks, $failures failed"
-[ "$failures" = 0 ]
+sumUp
