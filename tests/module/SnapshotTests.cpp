@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include <set>
-
 #include <gtest/gtest.h>
 #include <juce_gui_basics/juce_gui_basics.h>
 
+#include "Colours.h"
 #include "ModuleUnderTest.h"
 
 namespace
@@ -20,18 +19,6 @@ juce::Image readPng (const juce::File& file)
 {
     juce::FileInputStream stream (file);
     return stream.openedOk() ? juce::PNGImageFormat().decodeImage (stream) : juce::Image();
-}
-
-/** Which the smoothed edges of letters and knobs bring about by the dozen. */
-size_t numColours (const juce::Image& image)
-{
-    std::set<juce::uint32> colours;
-
-    for (int y = 0; y < image.getHeight(); ++y)
-        for (int x = 0; x < image.getWidth(); ++x)
-            colours.insert (image.getPixelAt (x, y).getARGB());
-
-    return colours.size();
 }
 } // namespace
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include <set>
-
 #include <gtest/gtest.h>
 #include <juce_gui_basics/juce_gui_basics.h>
 
+#include "Colours.h"
 #include "HostProcess.h"
 
 namespace
@@ -17,17 +16,6 @@ juce::Image pictureOfWindow (const HostProcess& host, const juce::StringArray& m
     EXPECT_EQ (result.exitCode, 0) << result.errors;
     EXPECT_EQ (host.files(), juce::StringArray ("window.png"));
     return juce::ImageFileFormat::loadFrom (host.file ("window.png"));
-}
-
-size_t numColours (const juce::Image& image)
-{
-    std::set<juce::uint32> colours;
-
-    for (int y = 0; y < image.getHeight(); ++y)
-        for (int x = 0; x < image.getWidth(); ++x)
-            colours.insert (image.getPixelAt (x, y).getARGB());
-
-    return colours.size();
 }
 } // namespace
 
