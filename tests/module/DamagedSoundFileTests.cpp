@@ -61,10 +61,11 @@ TEST (DamagedSoundFile, IsRefusedWhenItsLengthIsANegativeNumber)
     expectRefused (withHeader (std::numeric_limits<int>::min(), 16), "damaged");
 }
 
-TEST (DamagedSoundFile, IsRefusedWhenItsSamplesAreOfNoBits)
+TEST (DamagedSoundFile, IsRefusedWhenItsSamplesAreOfNoBitsOrOfTwo)
 {
-    // Any number of them would fit into any file.
-    expectRefused (withHeader (1000000, 0), "cut short");
+    // Two channels of two bits are no byte: any number of them would fit into any file.
+    expectRefused (withHeader (1000000, 0), "0 bits");
+    expectRefused (withHeader (8, 2), "2 bits");
 }
 
 TEST (DamagedSoundFile, IsRefusedWhenAListHasMoreEntriesThanRoom)

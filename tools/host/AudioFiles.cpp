@@ -9,13 +9,17 @@
 namespace
 {
 constexpr unsigned int mostChannels = 2;
+constexpr unsigned int fewestBits = 8;
 
 /** JUCE fills what a shortened file lacks with silence; a host that renders silence without a word helps nobody. */
 void requireWholeFile (const juce::AudioFormatReader& reader, const juce::File& file)
 {
-    // A header can claim samples of no bits, of which any number would fit.
-    const auto bytesPerFrame =
-        std::max ((juce::int64) 1, (juce::int64) (reader.numChannels * reader.bitsPerSample / 8));
+    // JUCE's readers count the bytes of a frame, and divide by them.
+    if (reader.bitsPerSample < fewestBits)
+        throw HostError (file.getFullPathName() + ": the file is damaged, or none that can be read: it has samples of "
+                         + juce::String (reader.bitsPerSample) + " bits");
+
+    const auto bytesPerFrame = (juce::int64) (reader.numChannels * reader.bitsPerSample / 8);
 
     if (reader.lengthInSamples < 0)
         throw HostError (file.getFullPathName() + ": the file is damaged: its header tells of "
