@@ -57,7 +57,7 @@ struct Result
     bool active = false;
 };
 
-/** The steps alone, which is all there is while every offset is at its centre.
+/** The steps alone.
     @param beats       the transport's position
     @param shiftBeats  added to the position
     Audio thread; never allocates. */

@@ -2,7 +2,6 @@
 #include "MainAudioProcessor.h"
 
 #include <algorithm>
-#include <bit>
 #include <bitset>
 #include <cmath>
 #include <cstddef>
