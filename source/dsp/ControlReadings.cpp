@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "LfoGenerator.h"
+
 namespace
 {
 using Parameter = ParameterSet::Parameter;
@@ -21,20 +23,29 @@ using Parameter = ParameterSet::Parameter;
     return slopes[index < slopes.size() ? index : 0];
 }
 
+[[nodiscard]] int shapeOf (const Parameter& shape) noexcept
+{
+    constexpr auto firstUnnamedSine = 8;
+    const auto index = shape.getChoiceIndex();
+    return index < firstUnnamedSine ? index : LfoGenerator::sine;
+}
+
 [[nodiscard]] ControlReadings::Lfo lfoOf (const ParameterSet& parameters, std::size_t i,
                                           std::span<const float> barLengths) noexcept
 {
     const auto other = (i + 1) % ParameterSet::numLfos;
+    const auto depthOfOther = bipolar (*parameters.lfoToOtherLfo[other]);
 
     return { .sync = parameters.lfoSync[i]->getChoiceIndex(),
-             .shape = parameters.lfoShape[i]->getChoiceIndex(),
+             .shape = shapeOf (*parameters.lfoShape[i]),
              .beats = barLengths[(std::size_t) parameters.lfoMode[i]->getChoiceIndex()],
              .speed = parameters.lfoSpeed[i]->get(),
              .phase = parameters.lfoPhase[i]->get(),
              .bend = (float) ((double) bipolar (*parameters.lfoCurve[i]) * 1.7),
              .depths = { bipolar (*parameters.lfoToHpFreq[i]), bipolar (*parameters.lfoToLpFreq[i]),
                          bipolar (*parameters.lfoToHpReso[i]), bipolar (*parameters.lfoToLpReso[i]) },
-             .depthOfOther = bipolar (*parameters.lfoToOtherLfo[other]) };
+             .depthOfOther = depthOfOther,
+             .isMovedByOther = std::abs (depthOfOther) > routingDeadBand };
 }
 
 [[nodiscard]] frequencer::Pattern patternOf (const ParameterSet& parameters) noexcept
@@ -55,9 +66,14 @@ using Parameter = ParameterSet::Parameter;
     return (offset.maxValue - offset.minValue) * offset.get() + offset.minValue;
 }
 
-[[nodiscard]] bool isRouted (const ControlReadings::Lfo& lfo) noexcept
+[[nodiscard]] bool isReserved (int shape) noexcept
 {
-    return std::ranges::any_of (lfo.depths, [] (float depth) { return std::abs (depth) > routingDeadBand; });
+    return shape == LfoGenerator::reservedPulse || shape == LfoGenerator::reservedSum;
+}
+
+[[nodiscard]] bool isActive (const ControlReadings::Lfo& lfo) noexcept
+{
+    return std::ranges::any_of (lfo.depths.values(), [] (float depth) { return std::abs (depth) > routingDeadBand; });
 }
 } // namespace
 
@@ -81,6 +97,8 @@ ControlReadings::ControlReadings (const ParameterSet& parameters, std::span<cons
                                                       parameters.hpReso->get(), parameters.lpReso->get() },
       lfo { lfoOf (parameters, 0, barLengths), lfoOf (parameters, 1, barLengths) },
       shiftBeats (shiftOf (*parameters.seqOffs)), pattern (patternOf (parameters)),
-      active (pattern.isActive() || isRouted (lfo[0]) || isRouted (lfo[1]))
+      active (pattern.isActive() || isActive (lfo[0]) || isActive (lfo[1])),
+      areLfosCoupled (lfo[0].isMovedByOther || lfo[1].isMovedByOther),
+      followsBars (isReserved (lfo[0].shape) || isReserved (lfo[1].shape))
 {
 }

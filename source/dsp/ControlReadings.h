@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <span>
 
+#include "FloatQuad.h"
 #include "Frequencer.h"
 #include "parameters/ParameterSet.h"
 
@@ -17,17 +18,14 @@
     Audio thread only; never allocates. */
 struct ControlReadings
 {
-    /** What can be moved: the places of targets, depths and sums. */
+    /** What can be moved, by its place among the four that move together. */
     enum Route : std::size_t
     {
         hpFreq,
         lpFreq,
         hpReso,
-        lpReso,
-        numRoutes
+        lpReso
     };
-
-    using Routes = std::array<float, numRoutes>;
 
     /** Which filters run. A choice above the two families runs none, though the ticks keep designing for the first. */
     enum class Family : std::uint8_t
@@ -55,6 +53,8 @@ struct ControlReadings
     struct Lfo
     {
         int sync;
+
+        /** One of LfoGenerator's. */
         int shape;
 
         /** Beats of one tempo-locked cycle. */
@@ -66,10 +66,11 @@ struct ControlReadings
         /** What the curve stage bends by, as the exponent of e. */
         float bend;
 
-        Routes depths;
+        FloatQuad depths;
 
-        /** How deep the other LFO moves this one's speed. */
+        /** How deep the other LFO moves this one's speed, if it does. */
         float depthOfOther;
+        bool isMovedByOther;
     };
 
     /** @param barLengths  in beats, in step with the choice of lfo1_mode and lfo2_mode */
@@ -82,7 +83,7 @@ struct ControlReadings
     Slope highpass, lowpass;
 
     /** The positions of the four knobs that glide. */
-    Routes knobs;
+    FloatQuad knobs;
 
     std::array<Lfo, ParameterSet::numLfos> lfo;
     float shiftBeats;
@@ -90,6 +91,12 @@ struct ControlReadings
 
     /** Something is routed or programmed, so that every frame needs a tick. */
     bool active;
+
+    /** One LFO or both go by the other's output. */
+    bool areLfosCoupled;
+
+    /** One LFO or both have a reserved shape, which asks the transport for the bars and moves both. */
+    bool followsBars;
 };
 
 /** The family that a position of filtmode selects. */

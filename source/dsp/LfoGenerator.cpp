@@ -28,12 +28,39 @@ constexpr double sumLead = 0.0001;
 
 LfoGenerator::LfoGenerator() : rng (std::random_device {}()) {}
 
+void LfoGenerator::renderSteady (std::span<const FloatQuad::Values> phases, std::span<float> outputs) const noexcept
+{
+    // One loop per shape: the shape is looked at once.
+    const auto fill = [&] (auto outputAt)
+    {
+        for (std::size_t i = 0; i < phases.size(); ++i)
+            outputs[i] = outputAt (phases[i]);
+    };
+
+    using Values = const FloatQuad::Values&;
+
+    switch (shape)
+    {
+        case sine:
+            return fill ([] (Values at) { return sineOf (at[Phases::a]); });
+        case triangle:
+            return fill ([] (Values at) { return triangleOf (at[Phases::a]); });
+        case saw:
+            return fill ([] (Values at) { return sawOf (at[Phases::a]); });
+        case square:
+            return fill ([] (Values at) { return at[Phases::a] < 0.5f ? -1.0f : 1.0f; });
+        default:
+            return fill ([this] (Values at)
+                         { return randomTrianglesOf (at[Phases::a], at[Phases::b], at[Phases::c]); });
+    }
+}
+
 float LfoGenerator::renderOtherShape() noexcept
 {
     switch (shape)
     {
         case randomTriangles:
-            return renderRandomTriangles();
+            return randomTrianglesOf (phaseA, phaseB, phaseC);
         case brownian:
             return renderBrownian();
         case reservedPulse:
@@ -45,9 +72,9 @@ float LfoGenerator::renderOtherShape() noexcept
     }
 }
 
-float LfoGenerator::renderRandomTriangles() const noexcept
+float LfoGenerator::randomTrianglesOf (float a, float b, float c) const noexcept
 {
-    const auto sum = triangleOf (phaseB) + triangleOf (phaseA) + triangleOf (phaseC);
+    const auto sum = triangleOf (b) + triangleOf (a) + triangleOf (c);
     return (float) ((double) sum * oneThird * (double) amplitude);
 }
 

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <numbers>
 #include <random>
+#include <span>
 
+#include "FloatQuad.h"
 #include "SlewValue.h"
 
 /** A triangle of period 1 for phases 0 to 1: -1 at phase 0, +1 at 0.5. Outside that range it runs on in a straight line. */
@@ -62,6 +65,82 @@ public:
         float outputStep;
     };
 
+    /** The phases and what they move by, side by side, so that all of them move together. A row of ticks takes them out of
+        the generator and brings them back behind the last. */
+    struct Phases
+    {
+        enum Index : std::size_t
+        {
+            a,
+            b,
+            c,
+            reference
+        };
+
+        void jumpTo (float phase) noexcept { now = FloatQuad::all (phase); }
+
+        void advance() noexcept
+        {
+            const auto one = FloatQuad::all (1.0f);
+            const auto moved = now + step;
+            now = whereAtLeast (moved, one, moved - one, moved);
+        }
+
+        /** Sets the steps of one tick. A frequency below 0, or a rate that is none, stops the first phase alone: the other
+            two go on as before. */
+        void setFrequency (float frequency, const TickRate& rate) noexcept
+        {
+            if (isRunning (frequency, rate))
+                step = { stepOf (frequency, rate), stepOf (frequency, ratioB, rate), stepOf (frequency, ratioC, rate),
+                         standstill };
+            else
+                step = step.withFirst (0.0f);
+        }
+
+        /** What the reference moves by: the zero that changes no number when it is added. */
+        static constexpr float standstill = -0.0f;
+
+        FloatQuad now, step;
+    };
+
+    /** True if a tick moves nothing but the phases, and keeps the shape: then a row of ticks can be taken together, first all
+        their phases and then all their outputs. */
+    [[nodiscard]] bool isSteadyIn (std::int32_t newShape) const noexcept
+    {
+        return shape == newShape && shape >= sine && shape < brownian && amplitude == 1.0f
+               && outputSlew.current == outputSlew.target;
+    }
+
+    [[nodiscard]] Phases phases() const noexcept
+    {
+        return { { phaseA, phaseB, phaseC, referencePhase },
+                 { phaseStepA, phaseStepB, phaseStepC, Phases::standstill } };
+    }
+
+    /** Takes over where a row of steady ticks has led. */
+    void setPhases (const Phases& phases) noexcept
+    {
+        const auto now = phases.now.values();
+        const auto step = phases.step.values();
+        phaseA = now[Phases::a];
+        phaseB = now[Phases::b];
+        phaseC = now[Phases::c];
+        referencePhase = now[Phases::reference];
+        phaseStepA = step[Phases::a];
+        phaseStepB = step[Phases::b];
+        phaseStepC = step[Phases::c];
+    }
+
+    /** The curve stage, which is left out around the straight exponent. */
+    [[nodiscard]] float bend (float x) const noexcept
+    {
+        const auto exponent = (double) curveExponent;
+        return exponent > 0.99 && exponent < 1.01 ? x : bendByPower (x);
+    }
+
+    /** The present shape at other phases than the generator's own, one output for each; before the curve stage. */
+    void renderSteady (std::span<const FloatQuad::Values> phases, std::span<float> outputs) const noexcept;
+
     /** Sets the shape and the steps per tick.
         @param rate       ticks per second
         @param frequency  Hz */
@@ -78,11 +157,11 @@ public:
         outputSlew.mode = 0;
         outputSlew.step = rate.outputStep;
 
-        if (rate.ticksPerSecond > 0.0f && frequency >= 0.0f)
+        if (isRunning (frequency, rate))
         {
-            phaseStepA = frequency / rate.ticksPerSecond;
-            phaseStepB = (float) ((double) frequency * ratioB * rate.period);
-            phaseStepC = (float) ((double) frequency * ratioC * rate.period);
+            phaseStepA = stepOf (frequency, rate);
+            phaseStepB = stepOf (frequency, ratioB, rate);
+            phaseStepC = stepOf (frequency, ratioC, rate);
         }
         else
         {
@@ -148,7 +227,29 @@ private:
     /** What the output slew lets through per second: a brownian output is a very slow drift of its walk. */
     static constexpr float slewPerSecond = 0.01f;
 
+    [[nodiscard]] static bool isRunning (float frequency, const TickRate& rate) noexcept
+    {
+        return rate.ticksPerSecond > 0.0f && frequency >= 0.0f;
+    }
+
+    [[nodiscard]] static float stepOf (float frequency, const TickRate& rate) noexcept
+    {
+        return frequency / rate.ticksPerSecond;
+    }
+
+    [[nodiscard]] static float stepOf (float frequency, double ratio, const TickRate& rate) noexcept
+    {
+        return (float) ((double) frequency * ratio * rate.period);
+    }
+
     [[nodiscard]] static float wrapped (float phase) noexcept { return phase >= 1.0f ? phase - 1.0f : phase; }
+
+    [[nodiscard]] static float sineOf (float phase) noexcept
+    {
+        return std::sin ((float) ((double) (2.0f * phase) * std::numbers::pi));
+    }
+
+    [[nodiscard]] static float sawOf (float phase) noexcept { return 1.0f - 2.0f * phase; }
 
     /** The waves that songs are made of are rendered here, once per tick; the others are called. */
     [[nodiscard]] float renderShape() noexcept
@@ -156,11 +257,11 @@ private:
         switch (shape)
         {
             case sine:
-                return amplitude * std::sin ((float) ((double) (2.0f * phaseA) * std::numbers::pi));
+                return amplitude * sineOf (phaseA);
             case triangle:
                 return amplitude * triangleOf (phaseA);
             case saw:
-                return amplitude * (1.0f - 2.0f * phaseA);
+                return amplitude * sawOf (phaseA);
             case square:
                 return phaseA < 0.5f ? -amplitude : amplitude;
             default:
@@ -169,17 +270,10 @@ private:
     }
 
     [[nodiscard]] float renderOtherShape() noexcept;
-    [[nodiscard]] float renderRandomTriangles() const noexcept;
+    [[nodiscard]] float randomTrianglesOf (float a, float b, float c) const noexcept;
     [[nodiscard]] float renderBrownian() noexcept;
     [[nodiscard]] float renderReservedPulse() const noexcept;
     [[nodiscard]] float renderReservedSum() noexcept;
-
-    /** The curve stage, which is left out around the straight exponent. */
-    [[nodiscard]] float bend (float x) const noexcept
-    {
-        const auto exponent = (double) curveExponent;
-        return exponent > 0.99 && exponent < 1.01 ? x : bendByPower (x);
-    }
 
     [[nodiscard]] float bendByPower (float x) const noexcept;
     [[nodiscard]] double drawStep() noexcept;

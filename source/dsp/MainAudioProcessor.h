@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -87,38 +88,35 @@ protected:
     void processFrames (float* left, float* right, int numFrames) override;
 
 private:
-    struct Tick;
+    struct Slews;
     struct Motion;
-    struct Structure;
     struct TickSeries;
     struct TickRun;
 
-    // A tick up to the slews, and its steps in their order. They are inline for speed's sake: all this is done per frame.
-    inline void moveControls (Motion& motion, Tick& tick);
-    inline void readTransport (Tick& tick) const;
-    inline void readRateAndParametersIfChanged (Motion& motion) const noexcept;
-    inline void resetLfosWithoutTransport (const Tick& tick) noexcept;
-    inline void setLfoWobbleAndTempoLock (const Motion& motion, const Tick& tick) noexcept;
-    inline void advanceAndRouteLfos (const Motion& motion, Tick& tick);
-    inline void decideWhetherToStayAwake (const Motion& motion) noexcept;
-    void mapSlews (Tick& tick) noexcept;
-    void designFilters (const Motion& motion, const Tick& tick) noexcept;
+    bool watchParameters() noexcept;
 
-    inline void setWobble (const ControlReadings::Lfo& reading, double rate, std::size_t i) noexcept;
-    inline void lockToTempo (const ControlReadings::Lfo& reading, const Tick& tick, std::size_t i) noexcept;
-    [[nodiscard]] inline float speedMultiplier (float depthOfOther, const Tick& tick, std::size_t i) noexcept;
-    inline void configureLfo (const Motion& motion, const Tick& tick, std::size_t i, float multiplier);
+    // The ticks in rows, up to the slews.
+    [[nodiscard]] Motion beginMotion() const noexcept;
+    void endMotion (const Motion& motion, const TickSeries& ticks) noexcept;
+    void gatherTicks (Motion& motion, TickSeries& ticks, std::size_t maxTicks);
+    inline void nextTick (Motion& motion, TickSeries& ticks);
+    inline void askHost (Motion& motion, TickSeries& ticks);
+    void readAgain (Motion& motion, TickSeries& ticks);
+    void moveControls (Motion& motion, TickSeries& ticks);
+    void moveLfos (const Motion& motion, TickSeries& ticks);
+    void moveSteadyLfo (const Motion& motion, TickSeries& ticks, std::size_t firstTick, std::size_t i) noexcept;
+    void setFrequencies (const Motion& motion, const TickSeries& ticks, std::size_t firstTick, std::size_t i,
+                         std::span<float> frequencies) noexcept;
+    void moveLfosOnce (const Motion& motion, TickSeries& ticks, std::size_t tick);
+    void moveWobble (const ControlReadings::Lfo& reading, double rate, std::size_t i) noexcept;
+    void configureLfo (const Motion& motion, std::size_t i, float frequency);
     void lockLfosToBars (const Motion& motion, float barMultiple);
 
-    [[nodiscard]] Motion beginMotion() const noexcept;
-    void endMotion (const Motion& motion) noexcept;
-    bool watchParameters() noexcept;
+    void designFilters (const TickSeries& ticks) noexcept;
 
     // Frames taken together: what the tick and the frame do, in another order.
     [[nodiscard]] std::size_t processAsleep (SampleRun samples) noexcept;
     [[nodiscard]] std::size_t processAwake (SampleRun samples);
-    void gatherTicks (TickSeries& ticks, std::size_t maxTicks);
-    void mapSlews (TickSeries& ticks) noexcept;
     void runFilters (SampleRun samples) noexcept;
     void runButterworth (SampleRun samples) noexcept;
     void runLadder (SampleRun samples) noexcept;

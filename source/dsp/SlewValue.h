@@ -30,20 +30,16 @@ struct SlewValue
     /** One move toward the target, which is never passed. */
     void advanceLinear() noexcept
     {
-        if (current != target)
-            current = movedLinearly (current, target, step);
-    }
-
-    /** Where such a move leads. */
-    [[nodiscard]] static float movedLinearly (float current, float target, float step) noexcept
-    {
-        const auto above = current + step;
-        const auto below = current - step;
-        const auto raised = above > target ? target : above;
-        const auto lowered = target > below ? target : below;
-        const auto loweredIfAbove = current > target ? lowered : current;
-
-        return target > current ? raised : loweredIfAbove;
+        if (target > current)
+        {
+            const auto above = current + step;
+            current = above > target ? target : above;
+        }
+        else if (current > target)
+        {
+            const auto below = current - step;
+            current = target > below ? target : below;
+        }
     }
 
     /** One move of the spring, which may swing past the target. */

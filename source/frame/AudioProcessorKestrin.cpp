@@ -17,10 +17,6 @@ constexpr size_t stateScratchBytes = 65536;
 /** Frames of one run of the sample loop at the most; a longer block is processed in several runs. */
 constexpr int maxFramesPerRun = 524288;
 
-// A rate outside these bounds is taken for a host that has not made up its mind.
-constexpr double lowestImplausibleRate = 999.0;
-constexpr double highestImplausibleRate = 10000000001.0;
-
 /** True if no magnitude is above the bound that both channels have in common. Nearly every block is like that, and as bits,
     where a NaN is above every number, it is soon seen. */
 [[nodiscard]] bool areWithinBounds (const float* samples, int count) noexcept
@@ -99,14 +95,6 @@ void AudioProcessorKestrin::prepareToPlay (double, int maximumExpectedSamplesPer
 }
 
 void AudioProcessorKestrin::beginBlock (AudioBuffer<float>&, int) {}
-
-void AudioProcessorKestrin::refreshHostSampleRate() noexcept
-{
-    const auto rate = getSampleRate();
-
-    if (rate > lowestImplausibleRate && rate < highestImplausibleRate)
-        hostSampleRate = rate;
-}
 
 void AudioProcessorKestrin::processBlock (AudioBuffer<float>& buffer, MidiBuffer&)
 {

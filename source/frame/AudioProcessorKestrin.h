@@ -67,7 +67,13 @@ public:
     }
 
     /** Takes the host's sample rate over if it is plausible, and otherwise keeps the last one that was. */
-    void refreshHostSampleRate() noexcept;
+    void refreshHostSampleRate() noexcept
+    {
+        const auto rate = getSampleRate();
+
+        if (rate > lowestImplausibleRate && rate < highestImplausibleRate)
+            hostSampleRate = rate;
+    }
 
     /** Frames per second of the internal loop. */
     [[nodiscard]] double processingRate() const noexcept { return (double) oversamplingFactor * hostSampleRate; }
@@ -148,6 +154,10 @@ private:
     void runFrames (const FramePointers& frames, int numFrames);
 
     static constexpr std::uint32_t controlCounterMask = 0xffff;
+
+    // A rate outside these bounds is taken for a host that has not made up its mind.
+    static constexpr double lowestImplausibleRate = 999.0;
+    static constexpr double highestImplausibleRate = 10000000001.0;
 
     std::uint32_t controlCounter = 0;
     int oversamplerBlockSize = 32768;

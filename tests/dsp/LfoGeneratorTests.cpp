@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <random>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -564,4 +566,74 @@ TEST (LfoGenerator, TakesExtremeArgumentsWithoutFault)
             EXPECT_EQ (generator.shape, shape);
             EXPECT_FALSE (generator.walkValue > 1.0f || generator.walkValue < -1.0f);
         }
+}
+
+TEST (LfoGenerator, TakesARowOfSteadyTicksAsItTakesSingleOnes)
+{
+    const auto noNumber = std::numeric_limits<float>::quiet_NaN();
+
+    // Standing still, backward and unknown among them: the steps of the second and third phase then stay.
+    const std::array frequencies { 0.1f, 20.0f, 30000.0f, 0.0f, -5.0f, 7000.0f, noNumber, 90000.0f, 440.0f, 12000.0f };
+
+    for (const auto ticksPerSecond : { rate, 0.0f })
+        for (const std::int32_t shape : { LfoGenerator::sine, LfoGenerator::triangle, LfoGenerator::saw,
+                                          LfoGenerator::square, LfoGenerator::randomTriangles })
+        {
+            const LfoGenerator::TickRate tickRate (ticksPerSecond);
+            auto single = generatorOf (shape, 0.3f);
+            single.referencePhase = 2.75f;
+            single.setRate (shape, tickRate, 1000.0f);
+            ASSERT_TRUE (single.isSteadyIn (shape));
+
+            auto inRow = single;
+            auto phases = inRow.phases();
+            std::vector<FloatQuad::Values> passed;
+            std::vector<float> expected;
+
+            for (const auto frequency : frequencies)
+            {
+                single.advance();
+                expected.push_back (single.render());
+                single.setRate (shape, tickRate, frequency);
+
+                phases.advance();
+                passed.push_back (phases.now.values());
+                phases.setFrequency (frequency, tickRate);
+            }
+
+            std::vector<float> outputs (passed.size());
+            inRow.setPhases (phases);
+            inRow.renderSteady (passed, outputs);
+
+            EXPECT_EQ (outputs, expected) << "shape " << shape;
+            EXPECT_EQ (inRow.phaseA, single.phaseA);
+            EXPECT_EQ (inRow.phaseB, single.phaseB);
+            EXPECT_EQ (inRow.phaseC, single.phaseC);
+            EXPECT_EQ (inRow.referencePhase, single.referencePhase);
+            EXPECT_EQ (inRow.phaseStepA, single.phaseStepA);
+            EXPECT_EQ (inRow.phaseStepB, single.phaseStepB);
+            EXPECT_EQ (inRow.phaseStepC, single.phaseStepC);
+        }
+}
+
+TEST (LfoGenerator, IsNotSteadyWhileATickChangesMoreThanItsPhases)
+{
+    EXPECT_TRUE (generatorOf (LfoGenerator::saw).isSteadyIn (LfoGenerator::saw));
+    EXPECT_FALSE (generatorOf (LfoGenerator::saw).isSteadyIn (LfoGenerator::sine));
+
+    // They walk, follow and glide.
+    for (const std::int32_t shape : { LfoGenerator::brownian, LfoGenerator::reservedPulse, LfoGenerator::reservedSum })
+        EXPECT_FALSE (generatorOf (shape).isSteadyIn (shape)) << shape;
+
+    // Neither of these has a wave.
+    EXPECT_FALSE (generatorOf (-1).isSteadyIn (-1));
+    EXPECT_FALSE (generatorOf (8).isSteadyIn (8));
+
+    auto quiet = generatorOf (LfoGenerator::sine);
+    quiet.amplitude = 0.5f;
+    EXPECT_FALSE (quiet.isSteadyIn (LfoGenerator::sine));
+
+    auto gliding = generatorOf (LfoGenerator::sine);
+    gliding.outputSlew.target = 0.1f;
+    EXPECT_FALSE (gliding.isSteadyIn (LfoGenerator::sine));
 }
