@@ -313,7 +313,10 @@ bool MainAudioProcessor::Slews::areGliding() const noexcept
 void MainAudioProcessor::moveLfos (const Motion& motion, TickSeries& ticks)
 {
     const auto& readings = motion.readings;
-    const auto mayBeInRow = ! readings.areLfosCoupled && ! readings.followsBars;
+
+    // One tick alone would not pay for the way into a row and out of it.
+    const auto isRow = ticks.size - ticks.numMoved > 1;
+    const auto mayBeInRow = isRow && ! readings.areLfosCoupled && ! readings.followsBars;
 
     for (auto tick = ticks.numMoved; tick < ticks.size; ++tick)
     {

@@ -95,7 +95,7 @@ private:
 
     bool watchParameters() noexcept;
 
-    // The ticks in rows, up to the slews.
+    // The ticks in rows, up to the slews. What every tick goes through by itself is inline for speed's sake.
     [[nodiscard]] Motion beginMotion() const noexcept;
     void endMotion (const Motion& motion, const TickSeries& ticks) noexcept;
     void gatherTicks (Motion& motion, TickSeries& ticks, std::size_t maxTicks);
@@ -103,13 +103,13 @@ private:
     inline void askHost (Motion& motion, TickSeries& ticks);
     void readAgain (Motion& motion, TickSeries& ticks);
     void moveControls (Motion& motion, TickSeries& ticks);
-    void moveLfos (const Motion& motion, TickSeries& ticks);
+    inline void moveLfos (const Motion& motion, TickSeries& ticks);
     void moveSteadyLfo (const Motion& motion, TickSeries& ticks, std::size_t firstTick, std::size_t i) noexcept;
     void setFrequencies (const Motion& motion, const TickSeries& ticks, std::size_t firstTick, std::size_t i,
                          std::span<float> frequencies) noexcept;
-    void moveLfosOnce (const Motion& motion, TickSeries& ticks, std::size_t tick);
-    void moveWobble (const ControlReadings::Lfo& reading, double rate, std::size_t i) noexcept;
-    void configureLfo (const Motion& motion, std::size_t i, float frequency);
+    inline void moveLfosOnce (const Motion& motion, TickSeries& ticks, std::size_t tick);
+    inline void moveWobble (const ControlReadings::Lfo& reading, double rate, std::size_t i) noexcept;
+    inline void configureLfo (const Motion& motion, std::size_t i, float frequency);
     void lockLfosToBars (const Motion& motion, float barMultiple);
 
     void designFilters (const TickSeries& ticks) noexcept;
