@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: AGPL-3.0-or-later
-# Builds and runs a project that takes this one in by add_subdirectory and does nothing else for it. Compiles all of JUCE,
-# so it is no part of the ordinary tests.
+# Builds and runs a project that takes this one in by add_subdirectory and does nothing else for it, and then asks for its
+# tests as well, without kestrin-host. Compiles all of JUCE, so it is no part of the ordinary tests.
 #
 #   consumer_test.sh <this repository>
 set -euo pipefail
@@ -60,3 +60,10 @@ fi
 said=$("$scratch/build/consumer")
 printf '%s\n' "$said"
 [ "$said" = 'Kestrin Tamsile Filter: 55 parameters' ] || { echo 'FAILED: other words were expected' >&2; exit 1; }
+
+if ! cmake -S "$scratch" -B "$scratch/build" -DKESTRIN_BUILD_TESTS=ON >"$scratch/log" 2>&1
+then
+    tail -n 40 "$scratch/log" >&2
+    echo 'FAILED: there are no tests without kestrin-host' >&2
+    exit 1
+fi
