@@ -42,13 +42,14 @@ namespace
 thread_local bool watching = false;
 thread_local AudioThreadWatch::Counts counted;
 
-void noteAllocation() noexcept
+// Where nothing is counted nobody calls these two.
+[[maybe_unused]] void noteAllocation() noexcept
 {
     if (watching)
         ++counted.allocations;
 }
 
-void noteRelease (const volatile void* memory) noexcept
+[[maybe_unused]] void noteRelease (const volatile void* memory) noexcept
 {
     if (watching && memory != nullptr)
         ++counted.releases;
