@@ -214,8 +214,9 @@ void DuoPlayer::playNoise (int numFrames, std::span<const int> blockSizes)
     for (size_t block = 0; numFrames > 0 && isSame(); ++block)
     {
         const auto size = std::min (blockSizes[block % blockSizes.size()], numFrames);
-        left.resize ((size_t) size);
-        right.resize ((size_t) size);
+        // A block of no frames has buffers, too.
+        left.resize ((size_t) std::max (size, 1));
+        right.resize (left.size());
 
         for (size_t n = 0; n < (size_t) size; ++n)
         {
