@@ -77,6 +77,7 @@ void routeSteadyLfo (const Readings::Lfo& reading, LfoGenerator& generator, std:
     }
     else
     {
+        // Computed for each tick, as every exponential is.
         for (size_t n = 0; n < passed.size(); ++n)
         {
             generator.curveExponent = curveExponentOf (reading);
