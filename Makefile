@@ -85,7 +85,7 @@ package: build ## make the Debian package and the archive, in build/package
 	@scripts/setup package
 	@scripts/package build/release build/package
 
-sanitize: ## run the tests under the sanitizers and valgrind; takes most of an hour
+sanitize: ## run the tests under the sanitizers and valgrind; takes more than an hour the first time
 	@scripts/sanitize
 
 fuzz: ## run each fuzzer for a minute; SECONDS_EACH=n for another time
