@@ -54,17 +54,17 @@ test: build ## build and run all tests
 	ctest --preset release --parallel $(JOBS)
 
 test-window: build ## of the tests, only those of the window on a private desktop; leaves pictures in build/test-pictures
-	@build/release/tests/window/window_tests
+	@build/release/tests/system/window/window_tests
 
 test-daw: build ## try the built module in a real workstation, Ardour, on a private desktop
 	@scripts/setup daw
-	@build/release/tests/daw/daw_tests
+	@build/release/tests/system/daw/daw_tests
 
 test-consumer: setup ## build a small project that takes this one in by add_subdirectory (some minutes)
-	@tests/scripts/consumer_test.sh .
+	@tests/system/scripts/consumer_test.sh .
 
 bits: build ## play MILLION (50) million frames of random sessions into plug-in and literal engine, and compare every bit
-	build/release/tests/samebits/bit_soak --million $(MILLION) --seed $(SEED)
+	build/release/tests/bitexact/bit_soak --million $(MILLION) --seed $(SEED)
 
 bench: setup ## measure speed, load times and memory, and print the tables
 	@scripts/bench

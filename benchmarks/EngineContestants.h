@@ -7,7 +7,7 @@
 #include "Contest.h"
 #include "dsp/MainAudioProcessor.h"
 #include "Patch.h"
-#include "ReferenceEngine.h"
+#include "reference/ReferenceEngine.h"
 
 /** How a host runs an engine. */
 struct Running

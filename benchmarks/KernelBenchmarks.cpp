@@ -5,16 +5,16 @@
 #include <string>
 #include <utility>
 
-#include "ButterworthFilter.h"
 #include "Contest.h"
-#include "FrameRun.h"
-#include "Frequencer.h"
-#include "GrungeLadder.h"
-#include "LfoGenerator.h"
-#include "ReferenceFilters.h"
-#include "ReferenceLfo.h"
+#include "dsp/filters/ButterworthFilter.h"
+#include "dsp/filters/GrungeLadder.h"
+#include "dsp/filters/ResonancePeak.h"
+#include "dsp/modulation/Frequencer.h"
+#include "dsp/modulation/LfoGenerator.h"
+#include "dsp/simd/FrameRun.h"
+#include "reference/ReferenceFilters.h"
+#include "reference/ReferenceLfo.h"
 #include "Registration.h"
-#include "ResonancePeak.h"
 
 namespace
 {

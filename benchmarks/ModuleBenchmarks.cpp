@@ -14,10 +14,10 @@
 #include <unistd.h>
 #endif
 
-#include "HostError.h"
-#include "ModuleLoader.h"
-#include "PrivateDisplay.h"
-#include "XDisplay.h"
+#include "host/HostError.h"
+#include "host/ModuleLoader.h"
+#include "host/PrivateDisplay.h"
+#include "host/XDisplay.h"
 
 namespace
 {

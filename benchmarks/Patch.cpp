@@ -3,7 +3,7 @@
 
 #include <initializer_list>
 
-#include "ReferenceEngine.h"
+#include "reference/ReferenceEngine.h"
 
 namespace
 {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "MainAudioProcessor.h"
+#include "dsp/MainAudioProcessor.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <span>
 
-#include "ControlTicks.h"
+#include "dsp/engine/ControlTicks.h"
 #include "frame/PluginIdentity.h"
 #include "parameters/ParameterTable.h"
 

@@ -9,16 +9,16 @@
 #include <utility>
 #include <vector>
 
-#include "ButterworthFilter.h"
-#include "ControlReadings.h"
+#include "dsp/engine/ControlReadings.h"
+#include "dsp/filters/ButterworthFilter.h"
+#include "dsp/filters/GrungeLadder.h"
+#include "dsp/filters/ResonancePeak.h"
+#include "dsp/modulation/Frequencer.h"
+#include "dsp/modulation/LfoGenerator.h"
+#include "dsp/modulation/SlewValue.h"
+#include "dsp/simd/FrameRun.h"
 #include "frame/AudioProcessorKestrin.h"
-#include "FrameRun.h"
-#include "Frequencer.h"
-#include "GrungeLadder.h"
-#include "LfoGenerator.h"
 #include "parameters/ParameterSet.h"
-#include "ResonancePeak.h"
-#include "SlewValue.h"
 
 /** The plug-in: a highpass and a lowpass in series, in two families, moved by two LFOs and the Frequencer.
 

@@ -6,7 +6,7 @@
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
-#include "KestrinLookAndFeel.h"
+#include "editor/KestrinLookAndFeel.h"
 #include "parameters/ParameterSet.h"
 
 /** Everything that stands in the window, one row per control, or per pair where two columns are alike. The layout is

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "InterfaceFont.h"
+#include "editor/InterfaceFont.h"
 
 #include <algorithm>
 #include <array>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "KestrinLookAndFeel.h"
+#include "editor/KestrinLookAndFeel.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "InterfaceFont.h"
+#include "editor/InterfaceFont.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "MainAudioProcessorEditor.h"
+#include "editor/MainAudioProcessorEditor.h"
 
 #include <algorithm>
 #include <cmath>

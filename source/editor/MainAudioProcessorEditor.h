@@ -6,9 +6,9 @@
 #include <juce_audio_processors/juce_audio_processors.h>
 
 #include "dsp/MainAudioProcessor.h"
-#include "EditorTable.h"
-#include "KestrinLookAndFeel.h"
-#include "ParameterSlider.h"
+#include "editor/EditorTable.h"
+#include "editor/KestrinLookAndFeel.h"
+#include "editor/ParameterSlider.h"
 
 /** The plug-in's window: 266 or 520 by 546 pixels, and nothing in between.
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ParameterSlider.h"
+#include "editor/ParameterSlider.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "AudioProcessorKestrin.h"
+#include "frame/AudioProcessorKestrin.h"
 
 #include <algorithm>
 #include <array>

@@ -13,7 +13,7 @@
 #include <juce_audio_processors/juce_audio_processors.h>
 #include <juce_dsp/juce_dsp.h>
 
-#include "LongBlocks.h"
+#include "frame/LongBlocks.h"
 
 namespace juce
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "HostPath.h"
+#include "frame/HostPath.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "LongBlocks.h"
+#include "frame/LongBlocks.h"
 
 #include <algorithm>
 #include <array>

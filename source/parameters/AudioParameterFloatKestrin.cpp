@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "AudioParameterFloatKestrin.h"
+#include "parameters/AudioParameterFloatKestrin.h"
 
 #include <array>
 #include <cmath>
 #include <limits>
 #include <utility>
 
-#include "ValueText.h"
+#include "parameters/ValueText.h"
 
 namespace juce
 {

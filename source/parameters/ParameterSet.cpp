@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ParameterSet.h"
+#include "parameters/ParameterSet.h"
 
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "ParameterTable.h"
+#include "parameters/ParameterTable.h"
 
 namespace
 {

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "AudioParameterFloatKestrin.h"
+#include "parameters/AudioParameterFloatKestrin.h"
 
 /** Makes the 55 parameters, hands them to the processor, which owns them, and keeps a name for each.
     The pointers are never null and live as long as the processor. */

@@ -4,7 +4,7 @@
 #include <array>
 #include <span>
 
-#include "AudioParameterFloatKestrin.h"
+#include "parameters/AudioParameterFloatKestrin.h"
 
 /** The 55 parameters, one row each, in the order in which the host sees them. The list is frozen: projects store the ids,
     the order and, for a choice, the positions that follow from its number of steps. */

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ValueText.h"
+#include "parameters/ValueText.h"
 
 #include <array>
 #include <charconv>
@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <limits>
 
-#include "AudioParameterFloatKestrin.h"
+#include "parameters/AudioParameterFloatKestrin.h"
 
 namespace
 {

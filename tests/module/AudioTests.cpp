@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include <gtest/gtest.h>
 
-#include "BlockSizes.h"
-#include "ModuleUnderTest.h"
+#include "host/BlockSizes.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "Automation.h"
+#include "host/Automation.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "HostError.h"
-#include "ModuleUnderTest.h"
+#include "host/HostError.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

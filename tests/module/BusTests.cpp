@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include <gtest/gtest.h>
 
-#include "ModuleUnderTest.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <juce_audio_formats/juce_audio_formats.h>
 
-#include "HostProcess.h"
-#include "ModuleUnderTest.h"
+#include "module/HostProcess.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

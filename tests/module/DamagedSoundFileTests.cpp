@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "AudioFiles.h"
-#include "HostError.h"
+#include "host/AudioFiles.h"
+#include "host/HostError.h"
 
 namespace
 {

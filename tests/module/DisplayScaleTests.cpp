@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "DisplayScale.h"
+#include "host/DisplayScale.h"
 
 #include <cmath>
 
 #include <gtest/gtest.h>
 
-#include "HostError.h"
-#include "ModuleUnderTest.h"
-#include "ValueResolver.h"
+#include "host/HostError.h"
+#include "host/ValueResolver.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

@@ -3,9 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "LoadPreset.h"
-#include "ModuleUnderTest.h"
-#include "PluginState.h"
+#include "host/PluginState.h"
+#include "module/LoadPreset.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "HostProcess.h"
+#include "module/HostProcess.h"
 
 #include <csignal>
 #include <vector>
@@ -8,8 +8,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "AudioFiles.h"
-#include "ModuleUnderTest.h"
+#include "host/AudioFiles.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

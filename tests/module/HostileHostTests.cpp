@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 #include <xmmintrin.h>
 
-#include "RawHost.h"
+#include "module/RawHost.h"
 
 namespace
 {

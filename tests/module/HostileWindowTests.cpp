@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "RawEditor.h"
+#include "module/RawEditor.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ModuleIdentity.h"
+#include "host/ModuleIdentity.h"
 
 #include <gtest/gtest.h>
 
-#include "ModuleUnderTest.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-#include "HostedModule.h"
+#include "host/HostedModule.h"
 
 /** Loads a preset as a DAW does: through the interface of the hosting side that takes a preset's bytes. */
 [[nodiscard]] inline bool loadPreset (HostedModule& module, const juce::MemoryBlock& preset)

@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "RawEditor.h"
+#include "module/RawEditor.h"
 #include "support/AudioThreadWatch.h"
 
 namespace

@@ -3,7 +3,7 @@
 
 #include <vector>
 
-#include "HostedModule.h"
+#include "host/HostedModule.h"
 
 /** A fresh instance of the built module, with what the tests do to it. */
 class ModuleUnderTest : public HostedModule

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "DisplayScale.h"
-#include "ModuleUnderTest.h"
+#include "host/DisplayScale.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "PresetFile.h"
+#include "host/PresetFile.h"
 
 #include <cstring>
 
 #include <gtest/gtest.h>
 
-#include "HostError.h"
-#include "HostProcess.h"
-#include "LoadPreset.h"
-#include "ModuleUnderTest.h"
-#include "PluginState.h"
+#include "host/HostError.h"
+#include "host/PluginState.h"
+#include "module/HostProcess.h"
+#include "module/LoadPreset.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-#include "PrivateDisplay.h"
-#include "RawHost.h"
-#include "RawWindow.h"
+#include "host/PrivateDisplay.h"
+#include "module/RawHost.h"
+#include "module/RawWindow.h"
 
 namespace rawHost
 {

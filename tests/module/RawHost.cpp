@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "RawHost.h"
+#include "module/RawHost.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "RawWindow.h"
+#include "module/RawWindow.h"
 
 #include <stdexcept>
 
 #include <X11/Xlib.h>
 
-#include "XDisplay.h"
+#include "host/XDisplay.h"
 
 struct RawWindow::Connection
 {

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include <gtest/gtest.h>
 
-#include "ModuleUnderTest.h"
-#include "ReferenceEngine.h"
-#include "Transport.h"
+#include "host/Transport.h"
+#include "module/ModuleUnderTest.h"
+#include "reference/ReferenceEngine.h"
 
 namespace
 {

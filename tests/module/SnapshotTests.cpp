@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <juce_gui_basics/juce_gui_basics.h>
 
-#include "Colours.h"
-#include "ModuleUnderTest.h"
+#include "module/Colours.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

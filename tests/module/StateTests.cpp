@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include <gtest/gtest.h>
 
-#include "HostError.h"
-#include "ModuleUnderTest.h"
-#include "PluginState.h"
+#include "host/HostError.h"
+#include "host/PluginState.h"
+#include "module/ModuleUnderTest.h"
 
 namespace
 {

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <juce_gui_basics/juce_gui_basics.h>
 
-#include "Colours.h"
-#include "HostProcess.h"
+#include "module/Colours.h"
+#include "module/HostProcess.h"
 
 namespace
 {

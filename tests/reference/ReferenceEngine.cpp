@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ReferenceEngine.h"
+#include "reference/ReferenceEngine.h"
 
 #include <cmath>
 #include <limits>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-#include "ReferenceFilters.h"
-#include "ReferenceLfo.h"
-#include "ReferenceParameters.h"
-#include "ReferenceText.h"
+#include "reference/ReferenceFilters.h"
+#include "reference/ReferenceLfo.h"
+#include "reference/ReferenceParameters.h"
+#include "reference/ReferenceText.h"
 
 #include <array>
 #include <cstdint>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 // Facts that were worked out by hand, so that an error which both engines share does not go unnoticed.
-#include "ReferenceEngine.h"
+#include "reference/ReferenceEngine.h"
 
 #include <bit>
 #include <cmath>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ReferenceFilters.h"
+#include "reference/ReferenceFilters.h"
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ReferenceLfo.h"
+#include "reference/ReferenceLfo.h"
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ReferenceParameters.h"
+#include "reference/ReferenceParameters.h"
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ReferenceText.h"
+#include "reference/ReferenceText.h"
 
 #include <cmath>
 #include <cstdio>

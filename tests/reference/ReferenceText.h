@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-#include "ReferenceParameters.h"
+#include "reference/ReferenceParameters.h"
 
 namespace reference
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "AudioThreadWatch.h"
+#include "support/AudioThreadWatch.h"
 
 #include <cstddef>
 #include <cstdlib>

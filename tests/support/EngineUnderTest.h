@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "dsp/MainAudioProcessor.h"
-#include "FakePlayHead.h"
+#include "support/FakePlayHead.h"
 
 /** The plug-in as a host holds it: with a rate, perhaps with a transport, and its parameters by their ids. */
 class EngineUnderTest

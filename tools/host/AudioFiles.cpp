@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "AudioFiles.h"
+#include "host/AudioFiles.h"
 
 #include <algorithm>
 
-#include "frame/SettingsGuard.h"
-#include "HostError.h"
+#include "common/SettingsGuard.h"
+#include "host/HostError.h"
 
 namespace
 {

@@ -5,7 +5,7 @@
 
 #include <juce_audio_formats/juce_audio_formats.h>
 
-#include "StagedFile.h"
+#include "host/StagedFile.h"
 
 /** Reads a WAV or AIFF file of one or two channels piece by piece, as one or two channels of float. */
 class AudioSource

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "Automation.h"
+#include "host/Automation.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
 
-#include "HostError.h"
-#include "ValueResolver.h"
+#include "host/HostError.h"
+#include "host/ValueResolver.h"
 
 namespace
 {

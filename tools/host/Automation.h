@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "ParameterList.h"
+#include "host/ParameterList.h"
 
 /** Moves of parameters over the time of a file. A lane holds the points of one parameter: before the first one it says
     nothing, between two points the position runs straight from one to the other, behind the last one it stays. Two points

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "CommandLine.h"
+#include "host/CommandLine.h"
 
 #include <charconv>
 #include <cmath>
@@ -10,19 +10,19 @@
 #include <CLI/CLI.hpp>
 #include <juce_gui_basics/juce_gui_basics.h>
 
-#include "HostError.h"
-#include "ModuleIdentity.h"
-#include "ModuleLoader.h"
-#include "OpenWindow.h"
-#include "ParameterReport.h"
-#include "PluginState.h"
-#include "PresetFile.h"
-#include "PrivateDisplay.h"
-#include "ProgressBar.h"
-#include "Render.h"
-#include "StagedFile.h"
-#include "ValueResolver.h"
-#include "WindowPicture.h"
+#include "host/HostError.h"
+#include "host/ModuleIdentity.h"
+#include "host/ModuleLoader.h"
+#include "host/OpenWindow.h"
+#include "host/ParameterReport.h"
+#include "host/PluginState.h"
+#include "host/PresetFile.h"
+#include "host/PrivateDisplay.h"
+#include "host/ProgressBar.h"
+#include "host/Render.h"
+#include "host/StagedFile.h"
+#include "host/ValueResolver.h"
+#include "host/WindowPicture.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "DisplayScale.h"
+#include "host/DisplayScale.h"
 
 #include <cmath>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "HostedModule.h"
+#include "host/HostedModule.h"
 
-#include "ModuleLoader.h"
+#include "host/ModuleLoader.h"
 
 HostedModule::HostedModule (const juce::File& module) : plugin (moduleLoader::load (module)), list (*plugin) {}
 

@@ -3,7 +3,7 @@
 
 #include <memory>
 
-#include "ParameterList.h"
+#include "host/ParameterList.h"
 
 /** One instance of a module with its list of parameters. Message thread only. */
 class HostedModule

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "Interrupt.h"
+#include "host/Interrupt.h"
 
 #include <csignal>
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ModuleIdentity.h"
+#include "host/ModuleIdentity.h"
 
 #include <algorithm>
 #include <iterator>
 
 #include <pluginterfaces/base/ipluginbase.h>
 
-#include "HostError.h"
-#include "ModuleLoader.h"
+#include "host/HostError.h"
+#include "host/ModuleLoader.h"
 
 namespace
 {

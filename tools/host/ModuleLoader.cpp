@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ModuleLoader.h"
+#include "host/ModuleLoader.h"
 
 #include <sys/utsname.h>
 
-#include "HostError.h"
+#include "host/HostError.h"
 
 namespace moduleLoader
 {

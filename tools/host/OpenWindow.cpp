@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "OpenWindow.h"
+#include "host/OpenWindow.h"
 
 #include <array>
 #include <iostream>
@@ -10,10 +10,10 @@
 #include <poll.h>
 #include <unistd.h>
 
-#include "HostError.h"
-#include "Interrupt.h"
-#include "WaitingEvents.h"
-#include "XDisplay.h"
+#include "common/PendingX11Events.h"
+#include "host/HostError.h"
+#include "host/Interrupt.h"
+#include "host/XDisplay.h"
 
 namespace openWindow
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-#include "HostedModule.h"
+#include "host/HostedModule.h"
 
 /** A module's own window on the desktop, for people and for programs that act like them. */
 namespace openWindow

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ParameterList.h"
+#include "host/ParameterList.h"
 
 #include <algorithm>
 #include <map>
 
-#include "HostError.h"
-#include "PluginState.h"
+#include "host/HostError.h"
+#include "host/PluginState.h"
 
 namespace
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ParameterReport.h"
+#include "host/ParameterReport.h"
 
-#include "DisplayScale.h"
+#include "host/DisplayScale.h"
 
 namespace parameterReport
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-#include "ParameterList.h"
+#include "host/ParameterList.h"
 
 /** The list of a module's parameters, as its host sees them. */
 namespace parameterReport

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "PluginState.h"
+#include "host/PluginState.h"
 
 #include <string_view>
 
-#include "frame/SettingsGuard.h"
-#include "HostError.h"
-#include "PresetFile.h"
+#include "common/SettingsGuard.h"
+#include "host/HostError.h"
+#include "host/PresetFile.h"
 
 namespace pluginState
 {

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "PresetFile.h"
+#include "host/PresetFile.h"
 
 #include <cmath>
 #include <map>
 
-#include "frame/SettingsGuard.h"
-#include "HostError.h"
-#include "PluginState.h"
-#include "ValueResolver.h"
+#include "common/SettingsGuard.h"
+#include "host/HostError.h"
+#include "host/PluginState.h"
+#include "host/ValueResolver.h"
 
 namespace presetFile
 {

@@ -5,7 +5,7 @@
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
-#include "HostedModule.h"
+#include "host/HostedModule.h"
 
 /** Presets as VST3 hosts load them (.vstpreset), and as people write them.
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "PrivateDisplay.h"
+#include "host/PrivateDisplay.h"
 
 #include <csignal>
 #include <cstdlib>
@@ -10,7 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "HostError.h"
+#include "host/HostError.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ProgressBar.h"
+#include "host/ProgressBar.h"
 
 #include <cmath>
 #include <cstdio>

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "Render.h"
+#include "host/Render.h"
 
 #include <algorithm>
 
-#include "AudioFiles.h"
-#include "HostError.h"
-#include "Interrupt.h"
-#include "PluginState.h"
+#include "host/AudioFiles.h"
+#include "host/HostError.h"
+#include "host/Interrupt.h"
+#include "host/PluginState.h"
 
 namespace render
 {

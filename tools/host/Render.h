@@ -5,10 +5,10 @@
 #include <optional>
 #include <vector>
 
-#include "Automation.h"
-#include "BlockSizes.h"
-#include "HostedModule.h"
-#include "Transport.h"
+#include "host/Automation.h"
+#include "host/BlockSizes.h"
+#include "host/HostedModule.h"
+#include "host/Transport.h"
 
 /** Sends a file through a module, in blocks, faster than real time. */
 namespace render

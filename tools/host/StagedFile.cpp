@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "StagedFile.h"
+#include "host/StagedFile.h"
 
 #include <filesystem>
 #include <system_error>
 
-#include "HostError.h"
+#include "host/HostError.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "Transport.h"
+#include "host/Transport.h"
 
 #include <cmath>
 

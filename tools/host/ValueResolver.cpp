@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ValueResolver.h"
+#include "host/ValueResolver.h"
 
 #include <charconv>
 
-#include "DisplayScale.h"
-#include "HostError.h"
+#include "host/DisplayScale.h"
+#include "host/HostError.h"
 
 namespace valueResolver
 {

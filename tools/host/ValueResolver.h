@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-#include "ParameterList.h"
+#include "host/ParameterList.h"
 
 /** From what people write to the position that a host sends. */
 namespace valueResolver

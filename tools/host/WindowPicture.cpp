@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "WindowPicture.h"
+#include "host/WindowPicture.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,11 +8,11 @@
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
-#include "HostError.h"
-#include "Interrupt.h"
-#include "StagedFile.h"
-#include "WaitingEvents.h"
-#include "XDisplay.h"
+#include "common/PendingX11Events.h"
+#include "host/HostError.h"
+#include "host/Interrupt.h"
+#include "host/StagedFile.h"
+#include "host/XDisplay.h"
 
 namespace windowPicture
 {

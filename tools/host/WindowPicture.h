@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-#include "HostedModule.h"
-#include "Transport.h"
+#include "host/HostedModule.h"
+#include "host/Transport.h"
 
 /** Pictures of a module's own window, as a user of a DAW sees it. */
 namespace windowPicture

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "XDisplay.h"
+#include "host/XDisplay.h"
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include <iostream>
 
-#include "CommandLine.h"
-#include "HostError.h"
-#include "Interrupt.h"
+#include "host/CommandLine.h"
+#include "host/HostError.h"
+#include "host/Interrupt.h"
 
 namespace
 {

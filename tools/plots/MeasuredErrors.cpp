@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "MeasuredErrors.h"
+#include "plots/MeasuredErrors.h"
 
 #include <algorithm>
 #include <array>
@@ -15,13 +15,13 @@
 #include <string>
 #include <vector>
 
-#include "ButterworthFilter.h"
-#include "FilterConstants.h"
-#include "Frequencer.h"
-#include "GrungeLadder.h"
-#include "LfoGenerator.h"
-#include "ResonancePeak.h"
-#include "SlewValue.h"
+#include "dsp/filters/ButterworthFilter.h"
+#include "dsp/filters/FilterConstants.h"
+#include "dsp/filters/GrungeLadder.h"
+#include "dsp/filters/ResonancePeak.h"
+#include "dsp/modulation/Frequencer.h"
+#include "dsp/modulation/LfoGenerator.h"
+#include "dsp/modulation/SlewValue.h"
 
 namespace
 {

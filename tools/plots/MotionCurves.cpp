@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "MotionCurves.h"
+#include "plots/MotionCurves.h"
 
 #include <array>
 #include <cmath>
 #include <ostream>
 
-#include "Frequencer.h"
-#include "LfoGenerator.h"
+#include "dsp/modulation/Frequencer.h"
+#include "dsp/modulation/LfoGenerator.h"
 
 namespace
 {

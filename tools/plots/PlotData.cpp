@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "MeasuredErrors.h"
-#include "MotionCurves.h"
-#include "ProbeSignal.h"
+#include "plots/MeasuredErrors.h"
+#include "plots/MotionCurves.h"
+#include "plots/ProbeSignal.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "ProbeSignal.h"
+#include "plots/ProbeSignal.h"
 
 #include <algorithm>
 #include <array>

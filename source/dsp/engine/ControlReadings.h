@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "dsp/modulation/Frequencer.h"
+#include "dsp/simd/FloatQuad.h"
+#include "parameters/ParameterSet.h"
+
+/** What the parameters say, in the terms of the control tick.
+
+    A tick looks at about fifty parameters, which lie all over the memory, and taking them one by one would cost more than
+    all that the tick computes of them. So ticks that follow each other share one reading until ParameterSet's count of
+    changes has moved on. Nothing that depends on time, rate or transport is kept here, and no exponential is.
+    Audio thread only; never allocates. */
+struct ControlReadings
+{
+    /** What can be moved, by its place among the four that move together. */
+    enum Route : std::size_t
+    {
+        hpFreq,
+        lpFreq,
+        hpReso,
+        lpReso
+    };
+
+    /** Which filters run. A choice above the two families runs none, though the ticks keep designing for the first. */
+    enum class Family : std::uint8_t
+    {
+        butterworth,
+        ladder,
+        none
+    };
+
+    enum Sync
+    {
+        wobblySync = 1,
+        drunkSync = 2,
+        tempoSync = 3
+    };
+
+    struct Slope
+    {
+        std::int32_t poles;
+        float peakBandwidth;
+
+        [[nodiscard]] bool operator== (const Slope&) const = default;
+    };
+
+    struct Lfo
+    {
+        int sync;
+
+        /** One of LfoGenerator's. */
+        int shape;
+
+        /** Beats of one tempo-locked cycle. */
+        float beats;
+
+        float speed;
+        float phase;
+
+        /** What the curve stage bends by, as the exponent of e. */
+        float bend;
+
+        FloatQuad depths;
+
+        /** How deep the other LFO moves this one's speed, if it does. */
+        float depthOfOther;
+        bool isMovedByOther;
+    };
+
+    /** @param barLengths  in beats, in step with the choice of lfo1_mode and lfo2_mode */
+    ControlReadings (const ParameterSet& parameters, std::span<const float> barLengths) noexcept;
+
+    /** The count of changes before anything was read: if it has moved on, so may have a parameter. */
+    std::uint32_t changeCount;
+
+    Family family;
+    Slope highpass, lowpass;
+
+    /** The positions of the four knobs that glide. */
+    FloatQuad knobs;
+
+    std::array<Lfo, ParameterSet::numLfos> lfo;
+    float shiftBeats;
+    frequencer::Pattern pattern;
+
+    /** Something is routed or programmed, so that every frame needs a tick. */
+    bool active;
+
+    /** One LFO or both go by the other's output. */
+    bool areLfosCoupled;
+
+    /** One LFO or both have a reserved shape, which asks the transport for the bars and moves both. */
+    bool followsBars;
+};
+
+/** The family that a position of filtmode selects. */
+[[nodiscard]] ControlReadings::Family familyOf (const ParameterSet::Parameter& filtMode) noexcept;
+
+/** A routing depth up to here counts as none. No float lies between this one and 0.01, so that the comparison is that with
+    0.01. */
+inline constexpr float routingDeadBand = 0.01f;

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "system/daw/LiteralSong.h"
+
+#include <array>
+#include <cmath>
+
+namespace
+{
+constexpr double ticksPerBeat = 1920.0;
+constexpr double framesPerBeat = Ardour::sampleRate / 2.0; // at 120 beats per minute
+constexpr int mostStandingBlocks = 1000;
+
+double ticksAt (int frame) { return std::round (frame * ticksPerBeat / framesPerBeat); }
+
+reference::Transport transportAt (int frame)
+{
+    reference::Transport transport;
+    transport.hasPlayHead = true;
+    transport.hasPosition = true;
+    transport.ppqPosition = ticksAt (frame) / ticksPerBeat;
+    return transport;
+}
+
+/** The state keeps four decimals. */
+float asSaved (float position) { return juce::String (position, 4).getFloatValue(); }
+
+void process (reference::Engine& engine, juce::AudioBuffer<float>& block)
+{
+    engine.process (block.getWritePointer (0), block.getWritePointer (1), block.getNumSamples());
+}
+} // namespace
+
+LiteralSong::LiteralSong (const Ardour::Song& songToPlay) : song (songToPlay) {}
+
+std::vector<std::pair<int, int>> LiteralSong::rollingBlocks (int numFrames)
+{
+    std::vector<std::pair<int, int>> blocks { { -framesBeforeStart, framesBeforeStart }, { 0, firstBlock } };
+
+    for (int frame = firstBlock; frame < numFrames; frame += blockSize)
+        blocks.push_back ({ frame, blockSize });
+
+    return blocks;
+}
+
+float LiteralSong::positionAtEnd (const std::vector<Ardour::Point>& lane, int endFrame)
+{
+    const auto tick = ticksAt (endFrame);
+
+    for (size_t i = 1; i < lane.size(); ++i)
+    {
+        const auto& from = lane[i - 1];
+        const auto& to = lane[i];
+
+        if (tick < ticksAt (to.frame))
+            return (float) (from.position
+                            + (to.position - from.position) * juce::jmax (0.0, tick - ticksAt (from.frame))
+                                  / (ticksAt (to.frame) - ticksAt (from.frame)));
+    }
+
+    return (float) lane.back().position;
+}
+
+void LiteralSong::automate (reference::Engine& engine, int endFrame) const
+{
+    for (const auto& [index, lane] : song.lanes)
+        engine.setParameter (index, positionAtEnd (lane, endFrame));
+}
+
+LiteralSong::Match LiteralSong::bestMatch (const juce::AudioBuffer<float>& heard) const
+{
+    reference::Engine engine;
+    engine.setSampleRate (Ardour::sampleRate);
+    engine.prepareToPlay();
+    engine.transport = [] { return transportAt (firstBlock); };
+
+    for (int index = 0; index < reference::Index::count; ++index)
+        engine.setParameter (index, asSaved (engine.getParameter (index)));
+
+    for (const auto& [index, position] : song.positions)
+        engine.setParameter (index, asSaved (position));
+
+    automate (engine, firstBlock);
+    Match best;
+
+    for (int standing = 0; standing < mostStandingBlocks && best.numSame < heard.getNumSamples(); ++standing)
+    {
+        if (const auto numSame = countSame (engine, heard); numSame > best.numSame)
+            best = { standing * blockSize + framesBeforeStart, numSame };
+
+        juce::AudioBuffer<float> silence (2, blockSize);
+        silence.clear();
+        process (engine, silence);
+    }
+
+    return best;
+}
+
+int LiteralSong::countSame (const reference::Engine& started, const juce::AudioBuffer<float>& heard) const
+{
+    auto engine = started;
+    const auto numFrames = heard.getNumSamples();
+
+    for (const auto& [first, length] : rollingBlocks (numFrames))
+    {
+        juce::AudioBuffer<float> block (2, length);
+        block.clear();
+        const auto numHeard = first < 0 ? 0 : juce::jmin (length, numFrames - first);
+
+        for (int channel = 0; channel < 2; ++channel)
+            if (numHeard > 0)
+                block.copyFrom (channel, 0, song.sound, channel, first, numHeard);
+
+        engine.transport = [frame = first] { return transportAt (frame); };
+        automate (engine, first + length);
+        process (engine, block);
+
+        for (int frame = 0; frame < numHeard; ++frame)
+            for (int channel = 0; channel < 2; ++channel)
+                if (! juce::exactlyEqual (block.getSample (channel, frame), heard.getSample (channel, first + frame)))
+                    return first + frame;
+    }
+
+    return numFrames;
+}

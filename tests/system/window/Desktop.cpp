@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "system/window/Desktop.h"
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <thread>
+
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <X11/Xlib.h>
+
+#include "host/HostError.h"
+
+namespace
+{
+using namespace std::chrono_literals;
+
+void requireProgram (const std::string& name)
+{
+    if (std::system (("command -v " + name + " >/dev/null").c_str()) != 0)
+        throw HostError (("the tests of the window need " + name + ": run scripts/setup").c_str());
+}
+
+[[noreturn]] void becomeWindowManager()
+{
+    // Whatever becomes of this program, no window manager is left behind.
+    prctl (PR_SET_PDEATHSIG, SIGTERM);
+    std::freopen ("/dev/null", "w", stderr);
+    execlp ("openbox", "openbox", "--sm-disable", "--config-file", KESTRIN_OPENBOX_CONFIGURATION,
+            static_cast<char*> (nullptr));
+    _exit (127);
+}
+
+bool hasProperty (Display* display, Window window, Atom property)
+{
+    Atom type = None;
+    int format = 0;
+    unsigned long numItems = 0, bytesLeft = 0;
+    unsigned char* data = nullptr;
+
+    XGetWindowProperty (display, window, property, 0, 1, False, AnyPropertyType, &type, &format, &numItems, &bytesLeft,
+                        &data);
+
+    if (data != nullptr)
+        XFree (data);
+
+    return numItems > 0;
+}
+
+void send (Display* display, Window window, Atom message)
+{
+    XEvent event {};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = message;
+    event.xclient.format = 32;
+    XSendEvent (display, DefaultRootWindow (display), False, SubstructureRedirectMask | SubstructureNotifyMask, &event);
+}
+
+/** Asks for the size of a frame until there is an answer. A window manager says that it is there while it is still busy
+    with its start; what is asked of it at that time may stay unheard until somebody asks for something else, and be it
+    the window of a test that wants to be shown. */
+bool waitForWindowManager()
+{
+    const std::unique_ptr<Display, int (*) (Display*)> display (XOpenDisplay (nullptr), XCloseDisplay);
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+
+    if (display == nullptr)
+        return false;
+
+    const auto window = XCreateSimpleWindow (display.get(), DefaultRootWindow (display.get()), 0, 0, 1, 1, 0, 0, 0);
+    const auto question = XInternAtom (display.get(), "_NET_REQUEST_FRAME_EXTENTS", False);
+    const auto answer = XInternAtom (display.get(), "_NET_FRAME_EXTENTS", False);
+
+    while (std::chrono::steady_clock::now() < deadline)
+    {
+        send (display.get(), window, question);
+
+        if (hasProperty (display.get(), window, answer))
+            return true;
+
+        std::this_thread::sleep_for (5ms);
+    }
+
+    return false;
+}
+} // namespace
+
+Desktop::Desktop()
+{
+    for (const auto* program : { "Xvfb", "openbox", "xdotool" })
+        requireProgram (program);
+
+    // Never the desktop of whoever runs the tests.
+    unsetenv ("DISPLAY");
+    display.emplace();
+    windowManager = fork();
+
+    if (windowManager == 0)
+        becomeWindowManager();
+
+    if (windowManager < 0 || ! waitForWindowManager())
+        throw HostError ("openbox does not start");
+}
+
+Desktop::~Desktop()
+{
+    if (windowManager > 0)
+    {
+        kill (windowManager, SIGTERM);
+        waitpid (windowManager, nullptr, 0);
+    }
+
+    // The next desktop is a new one.
+    unsetenv ("DISPLAY");
+}
+
+void Desktop::perform (const std::string& words)
+{
+    if (std::system (("xdotool " + words).c_str()) != 0)
+        throw HostError (("xdotool fails: " + words).c_str());
+}

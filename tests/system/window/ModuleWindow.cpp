@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "system/window/ModuleWindow.h"
+
+#include <array>
+#include <cmath>
+#include <csignal>
+#include <cstdlib>
+#include <sstream>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "host/HostError.h"
+#include "system/window/Desktop.h"
+
+namespace
+{
+/** How long a condition that hangs on more than the host's lines may go without another look. */
+constexpr int lookAgainMs = 20;
+} // namespace
+
+ModuleWindow::ModuleWindow (const std::vector<std::string>& options)
+{
+    startHost (options);
+
+    const auto isReady = [this]
+    {
+        const auto image = window != 0 ? picture() : juce::Image();
+        return isDrawn (image) && picture::hasArc (image);
+    };
+
+    if (! waitUntil (isReady))
+    {
+        close();
+        throw HostError (("kestrin-host opens no window: " + everything).c_str());
+    }
+}
+
+ModuleWindow::~ModuleWindow() { close(); }
+
+void ModuleWindow::startHost (const std::vector<std::string>& options)
+{
+    std::vector<std::string> words { KESTRIN_HOST, "window", "--keep-open", "--report-changes" };
+    words.insert (words.end(), options.begin(), options.end());
+
+    std::vector<char*> pointers;
+
+    for (auto& word : words)
+        pointers.push_back (word.data());
+
+    pointers.push_back (nullptr);
+
+    std::array<int, 2> input {}, output {};
+
+    if (pipe2 (input.data(), O_CLOEXEC) != 0 || pipe2 (output.data(), O_CLOEXEC) != 0)
+        throw HostError ("no pipes");
+
+    host = fork();
+
+    if (host == 0)
+    {
+        prctl (PR_SET_PDEATHSIG, SIGTERM);
+        dup2 (input[0], STDIN_FILENO);
+        dup2 (output[1], STDOUT_FILENO);
+        setenv ("KESTRIN_PLUGIN", KESTRIN_MODULE, 1);
+        execv (pointers.front(), pointers.data());
+        _exit (127);
+    }
+
+    ::close (input[0]);
+    ::close (output[1]);
+    hostInput = input[1];
+    hostOutput = output[0];
+}
+
+int ModuleWindow::close()
+{
+    if (host <= 0)
+        return -1;
+
+    int status = 0;
+    ::close (hostInput);
+    waitpid (host, &status, 0);
+    ::close (hostOutput);
+    host = 0;
+    return WIFEXITED (status) ? WEXITSTATUS (status) : 128 + WTERMSIG (status);
+}
+
+//======================================================================================================================
+void ModuleWindow::moveTo (Place place)
+{
+    Desktop::perform ("mousemove --window " + std::to_string (window) + " " + std::to_string (place.x) + " "
+                      + std::to_string (place.y));
+
+    if (! waitUntil ([&] { return pointer.isAt (window, place.x, place.y); }))
+        throw HostError (("the pointer does not get into the window: " + everything).c_str());
+}
+
+bool ModuleWindow::dragUp (Place from, int pixels, const std::string& id,
+                           const std::function<double (int)>& positionAfter)
+{
+    auto follows = true;
+    at (from, "mousedown 1");
+
+    for (const auto way : { pixels / 5, pixels })
+    {
+        moveTo ({ from.x, from.y - way });
+        follows = follows && waitForPosition (id, positionAfter (way));
+    }
+
+    Desktop::perform ("mouseup 1");
+    return follows;
+}
+
+void ModuleWindow::at (Place place, const std::string& words)
+{
+    moveTo (place);
+    Desktop::perform (words);
+}
+
+void ModuleWindow::clickToType (Place place)
+{
+    click (place);
+
+    if (! waitUntil ([this] { return pointer.hasKeyboard(); }))
+        throw HostError ("the window does not take the keyboard");
+}
+
+//======================================================================================================================
+void ModuleWindow::listen()
+{
+    std::array<char, 4096> bytes {};
+    pollfd output { hostOutput, POLLIN, 0 };
+
+    if (poll (&output, 1, lookAgainMs) != 1)
+        return;
+
+    const auto numBytes = read (hostOutput, bytes.data(), bytes.size());
+
+    if (numBytes <= 0)
+        throw HostError (("kestrin-host has ended: " + everything).c_str());
+
+    everything.append (bytes.data(), (size_t) numBytes);
+    unfinishedLine.append (bytes.data(), (size_t) numBytes);
+
+    for (auto end = unfinishedLine.find ('\n'); end != std::string::npos; end = unfinishedLine.find ('\n'))
+    {
+        take (unfinishedLine.substr (0, end));
+        unfinishedLine.erase (0, end + 1);
+    }
+}
+
+void ModuleWindow::take (const std::string& line)
+{
+    std::istringstream words (line);
+    std::string first;
+    words >> first;
+
+    if (first == "window")
+        words >> window;
+    else if (first == "size")
+        words >> knownSize.width >> knownSize.height;
+    else
+        words >> positions[first];
+}
+
+bool ModuleWindow::waitUntil (const std::function<bool()>& condition)
+{
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+
+    while (! condition())
+    {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+
+        listen();
+    }
+
+    return true;
+}
+
+bool ModuleWindow::waitForPosition (const std::string& id, double wanted)
+{
+    constexpr double precision = 2.0e-6;
+
+    return waitUntil (
+        [&]
+        {
+            const auto known = position (id);
+            return known.has_value() && std::abs (*known - wanted) < precision;
+        });
+}
+
+bool ModuleWindow::waitForSize (Size wanted)
+{
+    return waitUntil ([&] { return knownSize == wanted && isDrawn (picture()); });
+}
+
+std::optional<double> ModuleWindow::position (const std::string& id) const
+{
+    const auto found = positions.find (id);
+    return found == positions.end() ? std::nullopt : std::optional (found->second);
+}
+
+//======================================================================================================================
+juce::Image ModuleWindow::picture() const { return picture::fromScreen (display.picture (window)); }
+
+bool ModuleWindow::isDrawn (const juce::Image& image) const
+{
+    return image.isValid() && Size { image.getWidth(), image.getHeight() } == knownSize && picture::isWhole (image);
+}
+
+juce::Image ModuleWindow::settledPicture (const std::function<bool (const juce::Image&)>& condition)
+{
+    constexpr int enoughLooks = 10;
+    juce::Image latest;
+    int numLooks = 0;
+
+    const auto hasSettled = [&]
+    {
+        const auto now = picture();
+        const auto isSame =
+            isDrawn (now) && latest.getBounds() == now.getBounds() && picture::differingShare (latest, now) == 0.0;
+
+        latest = now;
+        numLooks = isSame && (condition == nullptr || condition (now)) ? numLooks + 1 : 0;
+        return numLooks >= enoughLooks;
+    };
+
+    return waitUntil (hasSettled) ? latest : juce::Image();
+}
