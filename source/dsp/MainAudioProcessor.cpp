@@ -4,23 +4,34 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <span>
+#include <utility>
 
-#include "dsp/engine/ControlTicks.h"
+#include "dsp/engine/SlewBank.h"
 #include "frame/PluginIdentity.h"
 #include "parameters/ParameterTable.h"
 
 namespace
 {
-/** Below it a resonance does not run. */
-constexpr float resonanceThreshold = 1.0e-7f;
+// The frequency map: ln (1000) and ln (20) as floats, 0 to 1 becoming 20 Hz to 20 kHz.
+constexpr float freqExpScale = 6.907754898071289f;
+constexpr float freqExpOffset = 2.995732307434082f;
 
-/** The lowpass peaks a tenth below its cutoff, the highpass on it. */
-constexpr double lpPeakRatio = 0.9;
+/** What the slews come to: cutoffs in hertz, and ten times the sixth power of the resonances. */
+inline void mapToHertzAndAmounts (FloatQuad slewed, TickBatch& ticks, std::size_t tick) noexcept
+{
+    using Snapshot = ParameterSnapshot;
 
-// A ladder's lowpass answers to the same amount more strongly than its highpass.
-constexpr double hpGrungeGain = 15.0;
-constexpr double lpGrungeGain = 80.0;
+    const auto exponents = (slewed * FloatQuad::all (freqExpScale) + FloatQuad::all (freqExpOffset)).values();
+    ticks.hpHz[tick] = (double) std::exp (exponents[Snapshot::hpFreq]);
+    ticks.lpHz[tick] = (double) std::exp (exponents[Snapshot::lpFreq]);
+
+    const auto cubes = slewed * slewed * slewed;
+    const auto amounts = (cubes * cubes * FloatQuad::all (10.0f)).values();
+    ticks.hpResonance[tick] = amounts[Snapshot::hpReso];
+    ticks.lpResonance[tick] = amounts[Snapshot::lpReso];
+    ticks.hpResonates |= ResonancePeak::isAudible (amounts[Snapshot::hpReso]);
+    ticks.lpResonates |= ResonancePeak::isAudible (amounts[Snapshot::lpReso]);
+}
 } // namespace
 
 MainAudioProcessor::MainAudioProcessor()
@@ -32,8 +43,10 @@ MainAudioProcessor::MainAudioProcessor()
       hpFilter (std::make_unique<ButterworthFilter>()), lpFilter (std::make_unique<ButterworthFilter>()),
       hpLadder (std::make_unique<GrungeLadder>()), lpLadder (std::make_unique<GrungeLadder>()),
       hpResonator (std::make_unique<ResonancePeak>()), lpResonator (std::make_unique<ResonancePeak>()),
-      parameters (*this)
+      parameters (*this), snapshot (parameters, barLengths), lfos (lfo, wobblePhase, wobbleStep, wobbleDepth),
+      filters (*hpFilter, *lpFilter, *hpResonator, *lpResonator, *hpLadder, *lpLadder)
 {
+    static_assert (maxFramesTogether <= (int) maxBlockFrames, "a block of the frame's fits into one of the engine's");
     requestControlUpdate();
 }
 
@@ -58,238 +71,229 @@ bool MainAudioProcessor::isBusesLayoutSupported (const BusesLayout& layouts) con
     return output == layouts.getMainInputChannelSet();
 }
 
-void MainAudioProcessor::designFilters (const TickSeries& ticks) noexcept
+void MainAudioProcessor::updateControlRate()
 {
-    const auto& stretch = ticks.stretches[ticks.numStretches - 1];
-    const auto hpHz = (double) ticks.hpHz[ticks.size - 1];
-    const auto lpHz = (double) ticks.lpHz[ticks.size - 1];
+    TickBatch tick (snapshot, processingRate(), 1);
+    updateControlRate (tick);
+}
 
-    // The family that is not selected keeps its old coefficients.
-    if (stretch.family == ControlReadings::Family::ladder)
-    {
-        hpLadder->configure (hpPoles, true, hpHz, (double) hpResonance, hpGrungeGain, stretch.rate);
-        lpLadder->configure (lpPoles, false, lpHz, (double) lpResonance, lpGrungeGain, stretch.rate);
+/** A tick: its steps in their order, each for all ticks of a batch before the next step. Every tick goes through here. */
+void MainAudioProcessor::updateControlRate (TickBatch& ticks)
+{
+    collectTicks (ticks);
+
+    if (! ticks.hasPending())
         return;
+
+    lfos.lockToTempo (ticks);
+    takeSlopes (ticks);
+    addFrequencer (ticks);
+    lfos.advanceAndRoute (ticks, getPlayHead());
+
+    SlewBank slews (hpFreqSlew, lpFreqSlew, hpResoSlew, lpResoSlew, ticks.tickRate.ticksPerSecond, snapshot);
+
+    for (auto tick = ticks.firstPending; tick < ticks.size; ++tick)
+    {
+        slews.setSteps();
+        slews.setTargets (ticks.modulation[tick]);
+        slews.advance();
+        mapToHertzAndAmounts (slews.values(), ticks, tick);
     }
 
-    hpFilter->design ((unsigned) hpPoles, true, hpHz, stretch.rate);
-    lpFilter->design ((unsigned) lpPoles, false, lpHz, stretch.rate);
+    takeAmounts (ticks);
 
-    if (hpResonance > resonanceThreshold)
-        hpResonator->design (stretch.rate, hpHz, (double) hpPeakBandwidth);
+    slews.keepIn (hpFreqSlew, lpFreqSlew, hpResoSlew, lpResoSlew);
+    filters.design (ticks);
+    ticks.firstPending = ticks.size;
 
-    if (lpResonance > resonanceThreshold)
-        lpResonator->design (stretch.rate, lpHz * lpPeakRatio, (double) lpPeakBandwidth);
+    // A tick that can be batched has asked for the next one when it was collected.
+    if (! snapshot.canBeBatched() && (snapshot.active || slews.areGliding()))
+        requestControlUpdate();
+}
+
+// Rate and transport. They are asked for each tick in its place on the clock, and the host may turn a knob when it is asked.
+void MainAudioProcessor::collectTicks (TickBatch& ticks)
+{
+    auto goesOn =
+        begunTick ? collect (ticks, *std::exchange (begunTick, std::nullopt)) : collect (ticks, queryTransport());
+
+    while (goesOn)
+    {
+        watchParameters();
+        juce::ignoreUnused (advanceClock());
+        goesOn = collect (ticks, queryTransport());
+    }
+}
+
+/** Adds a tick to the batch.
+    @returns true if the next one may follow */
+bool MainAudioProcessor::collect (TickBatch& ticks, SongPosition position)
+{
+    if (parameters.getChangeCount() != snapshot.changeCount || processingRate() != ticks.rate)
+    {
+        // The ticks before this one have the old snapshot.
+        if (! ticks.isEmpty())
+        {
+            begunTick = position;
+            return false;
+        }
+
+        snapshot = ParameterSnapshot (parameters, barLengths);
+        ticks.setRate (processingRate());
+    }
+
+    ticks.add (position);
+
+    // Whether there is a next tick is the last step of a tick, and has to be known here if the batch is to go on. With
+    // something routed it is known: then no tick is the last, whatever becomes of the slews.
+    if (! snapshot.canBeBatched())
+        return false;
+
+    requestControlUpdate();
+    return ! ticks.isFull();
+}
+
+SongPosition MainAudioProcessor::queryTransport()
+{
+    refreshHostSampleRate();
+
+    auto* const transport = getPlayHead();
+    const auto position = transport != nullptr ? transport->getPosition() : juce::nullopt;
+
+    if (! position.hasValue())
+        return {};
+
+    return { position->getPpqPosition().orFallback (0.0), position->getBpm().orFallback (120.0) };
+}
+
+void MainAudioProcessor::takeSlopes (const TickBatch& ticks) noexcept
+{
+    hpPoles = ticks.snapshot.highpass.poles;
+    hpPeakBandwidth = ticks.snapshot.highpass.peakBandwidth;
+    lpPoles = ticks.snapshot.lowpass.poles;
+    lpPeakBandwidth = ticks.snapshot.lowpass.peakBandwidth;
+}
+
+void MainAudioProcessor::addFrequencer (TickBatch& ticks) noexcept
+{
+    const auto& pattern = ticks.snapshot.pattern;
+    const auto stepsAt = [&] (std::size_t tick)
+    { return frequencer::stepsAt (ticks.beats[tick], ticks.snapshot.shiftBeats); };
+
+    for (auto tick = ticks.firstPending; tick < ticks.size; ++tick)
+    {
+        const auto sums = pattern.isActive() ? pattern.sumsOf (stepsAt (tick)) : frequencer::Sums {};
+        ticks.modulation[tick] = { sums.highpass, sums.lowpass, 0.0f, 0.0f };
+    }
+
+    const auto stepsOn = stepsAt (ticks.size - 1);
+
+    for (std::size_t j = 0; j < stepLit.size(); ++j)
+        stepLit[j] = stepsOn[j];
+}
+
+void MainAudioProcessor::takeAmounts (const TickBatch& ticks) noexcept
+{
+    hpResonance = ticks.hpResonance[ticks.size - 1];
+    lpResonance = ticks.lpResonance[ticks.size - 1];
 }
 
 std::pair<float, float> MainAudioProcessor::processFrame (float left, float right)
 {
     watchParameters();
-    runFilters (SampleRun { &left, &right, 1 });
+    processAsDesigned ({ &left, &right, 1 });
     return { left, right };
 }
 
+// What the host has set is seen without waiting for the next tick. Only the first parameter that has moved is taken note of;
+// the others are found on the following frames. A look that finds nothing holds until some parameter is set.
 bool MainAudioProcessor::watchParameters() noexcept
 {
-    // Only the first that has moved is taken note of; the others are found on the following frames.
+    const auto count = parameters.getChangeCount();
+
+    if (count == unchangedSince)
+        return false;
+
     const auto hasMoved = parameters.hpFreq->hasChanged() || parameters.lpFreq->hasChanged()
                           || parameters.hpReso->hasChanged() || parameters.lpReso->hasChanged();
 
     if (hasMoved)
         requestControlUpdate();
+    else
+        unchangedSince = count;
 
     return hasMoved;
 }
 
-void MainAudioProcessor::runFilters (SampleRun samples) noexcept
-{
-    switch (familyOf (*parameters.filtMode))
-    {
-        case ControlReadings::Family::butterworth:
-            return runButterworth (samples);
-        case ControlReadings::Family::ladder:
-            return runLadder (samples);
-        case ControlReadings::Family::none:
-            // The way through double precision is kept without a filter too: it flushes subnormal samples.
-            return processWidened (samples, [] (FrameRun) {});
-    }
-}
-
-void MainAudioProcessor::runLadder (SampleRun samples) noexcept
-{
-    processWidened (samples,
-                    [this] (FrameRun frames)
-                    {
-                        hpLadder->processRun (frames);
-                        lpLadder->processRun (frames);
-                    });
-}
-
-void MainAudioProcessor::runButterworth (SampleRun samples) noexcept
-{
-    const auto hpResonates = hpResonance > resonanceThreshold && hpPoles > 0;
-    const auto lpResonates = lpResonance > resonanceThreshold && lpPoles > 0;
-
-    if (! hpResonates && ! lpResonates)
-        return ButterworthFilter::processRun (*hpFilter, *lpFilter, samples);
-
-    const auto add = [] (ResonancePeak& peak, float amount, FrameRun frames)
-    {
-        std::array<float, maxRunFrames> amounts;
-        std::fill_n (amounts.begin(), frames.size(), amount);
-        peak.addResonance (std::span<const float> (amounts).first (frames.size()), frames);
-    };
-
-    // The highpass resonance is taken behind its filter, the lowpass resonance before its own: part of the sound.
-    processWidened (samples,
-                    [&] (FrameRun frames)
-                    {
-                        hpFilter->processRun (frames);
-
-                        if (hpResonates)
-                            add (*hpResonator, hpResonance, frames);
-
-                        if (lpResonates)
-                            add (*lpResonator, lpResonance, frames);
-
-                        lpFilter->processRun (frames);
-                    });
-}
-
-/** Ticks that run the same filters. */
-struct MainAudioProcessor::TickRun
-{
-    TickRun (const TickSeries& ticks, const TickSeries::Stretch& ticksStretch, size_t first, size_t end) noexcept
-        : stretch (ticksStretch), hpResonates (ticks.hpResonance[first] > resonanceThreshold),
-          lpResonates (ticks.lpResonance[first] > resonanceThreshold)
-    {
-        size = 1;
-
-        while (first + size < end && (ticks.hpResonance[first + size] > resonanceThreshold) == hpResonates
-               && (ticks.lpResonance[first + size] > resonanceThreshold) == lpResonates)
-            ++size;
-
-        const auto part = [=, this] (const TickSeries::Values& values)
-        { return std::span<const float> (values).subspan (first, size); };
-
-        hpHz = part (ticks.hpHz);
-        lpHz = part (ticks.lpHz);
-        hpResonance = part (ticks.hpResonance);
-        lpResonance = part (ticks.lpResonance);
-    }
-
-    const TickSeries::Stretch& stretch;
-    bool hpResonates, lpResonates;
-    size_t size;
-    std::span<const float> hpHz, lpHz, hpResonance, lpResonance;
-};
-
 void MainAudioProcessor::processFrames (float* left, float* right, int numFrames)
 {
-    SampleRun samples { left, right, (size_t) numFrames };
+    SampleBlock samples { left, right, (std::size_t) numFrames };
 
     while (samples.size > 0)
         samples = samples.after (isControlUpdateDue() ? processAwake (samples) : processAsleep (samples));
 }
 
-size_t MainAudioProcessor::processAsleep (SampleRun samples) noexcept
+/** Frames without a tick: the filters stand.
+    @returns how many have been processed */
+std::size_t MainAudioProcessor::processAsleep (SampleBlock samples) noexcept
 {
-    const auto limit = std::min (samples.size, (size_t) framesUntilClockedUpdate());
-    const auto changeCount = parameters.getChangeCount();
-    size_t count = 1;
-
     skipClock (1);
 
-    // Once the watch has found nothing, it finds nothing until some parameter is set.
-    if (! watchParameters())
-    {
-        while (count < limit && parameters.getChangeCount() == changeCount)
-            ++count;
+    // Once the watch has found nothing, the next frames need no look of their own.
+    const auto limit = std::min (samples.size, (std::size_t) framesUntilClockedUpdate() + 1);
+    const auto count = watchParameters() ? 1 : limit;
 
-        skipClock ((int) count - 1);
-    }
-
-    runFilters (samples.first (count));
+    skipClock ((int) count - 1);
+    processAsDesigned (samples.first (count));
     return count;
 }
 
-size_t MainAudioProcessor::processAwake (SampleRun samples)
+/** Frames with a tick each.
+    @returns how many have been processed */
+std::size_t MainAudioProcessor::processAwake (SampleBlock samples)
 {
-    auto motion = beginMotion();
-    TickSeries ticks (motion);
+    auto numProcessed = std::size_t { 0 };
 
-    gatherTicks (motion, ticks, std::min (samples.size, maxDesigns));
-    endMotion (motion, ticks);
-    processWidened (samples.first (ticks.size), [&] (FrameRun frames) { runFilters (ticks, frames); });
-    return ticks.size;
-}
+    juce::ignoreUnused (advanceClock());
 
-void MainAudioProcessor::runFilters (const TickSeries& ticks, FrameRun frames) noexcept
-{
-    size_t first = 0;
-
-    for (size_t i = 0; i < ticks.numStretches; ++i)
+    do
     {
-        const auto end = ticks.endOfStretch (i);
+        const auto rest = samples.after (numProcessed);
+        TickBatch ticks (snapshot, processingRate(), std::min (rest.size, TickBatch::maxTicks));
 
-        while (first < end)
-        {
-            const TickRun run (ticks, ticks.stretches[i], first, end);
-            const auto part = frames.subspan (first, run.size);
-            first += run.size;
+        do
+            updateControlRate (ticks);
+        while (goesOn (ticks));
 
-            if (run.stretch.family == ControlReadings::Family::ladder)
-                runLadder (run, part);
-            else
-                runButterworth (run, part);
-        }
-    }
+        filters.process (ticks, rest.first (ticks.size));
+        numProcessed += ticks.size;
+    } while (begunTick);
+
+    return numProcessed;
 }
 
-void MainAudioProcessor::runLadder (const TickRun& ticks, FrameRun frames) noexcept
+/** Begins the next frame's tick if it belongs to the batch. */
+bool MainAudioProcessor::goesOn (const TickBatch& ticks) noexcept
 {
-    const auto& stretch = ticks.stretch;
-    GrungeLadder::Series series;
+    // The next tick has begun already, with another snapshot.
+    if (begunTick)
+        return false;
 
-    hpLadder->configureSeries (stretch.highpass.poles, true, ticks.hpHz, ticks.hpResonance, hpGrungeGain, stretch.rate,
-                               series);
-    hpLadder->processRun (series, frames);
+    watchParameters();
 
-    lpLadder->configureSeries (stretch.lowpass.poles, false, ticks.lpHz, ticks.lpResonance, lpGrungeGain, stretch.rate,
-                               series);
-    lpLadder->processRun (series, frames);
+    if (ticks.isFull() || ! isControlUpdateDue())
+        return false;
+
+    juce::ignoreUnused (advanceClock());
+    return true;
 }
 
-void MainAudioProcessor::runButterworth (const TickRun& ticks, FrameRun frames) noexcept
+void MainAudioProcessor::processAsDesigned (SampleBlock samples) noexcept
 {
-    ButterworthFilter::Series hpSeries, lpSeries;
-    ResonancePeak::Series hpPeakSeries, lpPeakSeries;
-    const auto& stretch = ticks.stretch;
-
-    hpFilter->designSeries ((unsigned) stretch.highpass.poles, true, ticks.hpHz, stretch.rate, hpSeries);
-    lpFilter->designSeries ((unsigned) stretch.lowpass.poles, false, ticks.lpHz, stretch.rate, lpSeries);
-
-    if (ticks.hpResonates)
-        hpResonator->designSeries (stretch.rate, ticks.hpHz, 1.0, (double) stretch.highpass.peakBandwidth,
-                                   hpPeakSeries);
-
-    if (ticks.lpResonates)
-        lpResonator->designSeries (stretch.rate, ticks.lpHz, lpPeakRatio, (double) stretch.lowpass.peakBandwidth,
-                                   lpPeakSeries);
-
-    if (stretch.family != ControlReadings::Family::butterworth)
-        return;
-
-    if (! ticks.hpResonates && ! ticks.lpResonates)
-        return ButterworthFilter::processRun (*hpFilter, hpSeries, *lpFilter, lpSeries, frames);
-
-    hpFilter->processRun (hpSeries, frames);
-
-    if (ticks.hpResonates && stretch.highpass.poles > 0)
-        hpResonator->addResonance (hpPeakSeries, ticks.hpResonance, frames);
-
-    if (ticks.lpResonates && stretch.lowpass.poles > 0)
-        lpResonator->addResonance (lpPeakSeries, ticks.lpResonance, frames);
-
-    lpFilter->processRun (lpSeries, frames);
+    filters.process ({ familyOf (*parameters.filtMode),
+                       hpPoles > 0 && ResonancePeak::isAudible (hpResonance),
+                       lpPoles > 0 && ResonancePeak::isAudible (lpResonance),
+                       { &hpResonance, 1 },
+                       { &lpResonance, 1 } },
+                     samples);
 }

@@ -2,30 +2,35 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <span>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "dsp/engine/ControlReadings.h"
+#include "dsp/engine/FilterChain.h"
+#include "dsp/engine/LfoBank.h"
+#include "dsp/engine/ParameterSnapshot.h"
+#include "dsp/engine/TickBatch.h"
 #include "dsp/filters/ButterworthFilter.h"
 #include "dsp/filters/GrungeLadder.h"
 #include "dsp/filters/ResonancePeak.h"
-#include "dsp/modulation/Frequencer.h"
 #include "dsp/modulation/LfoGenerator.h"
 #include "dsp/modulation/SlewValue.h"
-#include "dsp/simd/FrameRun.h"
 #include "frame/AudioProcessorKestrin.h"
 #include "parameters/ParameterSet.h"
 
 /** The plug-in: a highpass and a lowpass in series, in two families, moved by two LFOs and the Frequencer.
 
-    The control side (updateControlRate, one call of which is a tick) reads transport and parameters and designs the
-    filters; the audio side (processFrame) only runs them. While anything moves there is one tick per frame, and one per
-    65536 frames otherwise. The public fields are what the window shows and what the tests look at; they are written on
-    the audio thread. */
+    The control side reads transport and parameters and designs the filters: updateControlRate, which is a tick. The audio side
+    only runs the filters: FilterChain::process. While anything moves there is one tick per frame, and one per 65536 frames
+    otherwise. Frames come through processFrames. Awake, the ticks of up to 64 frames are computed as a batch, step by step,
+    and then the frames run through the filters, each with the coefficients of its own tick; asleep, up to 512 frames run
+    through filters that stand. The virtual operations updateControlRate and processFrame do the same to one frame.
+
+    The public fields are what the window shows and what the tests look at; they are written on the audio thread. */
 class MainAudioProcessor : public juce::AudioProcessorKestrin
 {
 public:
@@ -88,41 +93,32 @@ protected:
     void processFrames (float* left, float* right, int numFrames) override;
 
 private:
-    struct Slews;
-    struct Motion;
-    struct TickSeries;
-    struct TickRun;
+    // The tick, step by step.
+    void updateControlRate (TickBatch& ticks);
+    void collectTicks (TickBatch& ticks);
+    [[nodiscard]] bool collect (TickBatch& ticks, SongPosition position);
+    [[nodiscard]] SongPosition queryTransport();
+    void takeSlopes (const TickBatch& ticks) noexcept;
+    void addFrequencer (TickBatch& ticks) noexcept;
+    void takeAmounts (const TickBatch& ticks) noexcept;
 
+    // The frames, asleep and awake.
+    [[nodiscard]] std::size_t processAsleep (SampleBlock samples) noexcept;
+    [[nodiscard]] std::size_t processAwake (SampleBlock samples);
+    [[nodiscard]] bool goesOn (const TickBatch& ticks) noexcept;
+    void processAsDesigned (SampleBlock samples) noexcept;
     bool watchParameters() noexcept;
 
-    // The ticks in rows, up to the slews. What every tick goes through by itself is inline for speed's sake.
-    [[nodiscard]] Motion beginMotion() const noexcept;
-    void endMotion (const Motion& motion, const TickSeries& ticks) noexcept;
-    void gatherTicks (Motion& motion, TickSeries& ticks, std::size_t maxTicks);
-    inline void nextTick (Motion& motion, TickSeries& ticks);
-    inline void askHost (Motion& motion, TickSeries& ticks);
-    void readAgain (Motion& motion, TickSeries& ticks);
-    void moveControls (Motion& motion, TickSeries& ticks);
-    inline void moveLfos (const Motion& motion, TickSeries& ticks);
-    void moveSteadyLfo (const Motion& motion, TickSeries& ticks, std::size_t firstTick, std::size_t i) noexcept;
-    void setFrequencies (const Motion& motion, const TickSeries& ticks, std::size_t firstTick, std::size_t i,
-                         std::span<float> frequencies) noexcept;
-    inline void moveLfosOnce (const Motion& motion, TickSeries& ticks, std::size_t tick);
-    inline void moveWobble (const ControlReadings::Lfo& reading, double rate, std::size_t i) noexcept;
-    inline void configureLfo (const Motion& motion, std::size_t i, float frequency);
-    void lockLfosToBars (const Motion& motion, float barMultiple);
+    ParameterSnapshot snapshot;
 
-    void designFilters (const TickSeries& ticks) noexcept;
+    /** The count of changes at which the watch has last found nothing. */
+    std::optional<std::uint32_t> unchangedSince;
 
-    // Frames taken together: what the tick and the frame do, in another order.
-    [[nodiscard]] std::size_t processAsleep (SampleRun samples) noexcept;
-    [[nodiscard]] std::size_t processAwake (SampleRun samples);
-    void runFilters (SampleRun samples) noexcept;
-    void runButterworth (SampleRun samples) noexcept;
-    void runLadder (SampleRun samples) noexcept;
-    void runFilters (const TickSeries& ticks, FrameRun frames) noexcept;
-    void runButterworth (const TickRun& ticks, FrameRun frames) noexcept;
-    void runLadder (const TickRun& ticks, FrameRun frames) noexcept;
+    /** A tick that has asked the transport, and goes by a newer snapshot than the batch before it. */
+    std::optional<SongPosition> begunTick;
+
+    LfoBank lfos;
+    FilterChain filters;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (MainAudioProcessor)
 };

@@ -1,18 +1,19 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "dsp/filters/GrungeLadder.h"
 
+#include <cassert>
 #include <cmath>
 #include <type_traits>
 #include <utility>
 
 #include "dsp/filters/FilterConstants.h"
-#include "dsp/simd/SkewedStages.h"
+#include "dsp/simd/StagePipeline.h"
 
 namespace
 {
 /** One frame through one lowpass stage; y is its state. The memory carries the non-linearity, so that the filter drags
     behind large signals. */
-[[nodiscard]] StereoPair runLowpassStage (const GrungeLadder::Coefficients& c, StereoPair& y, StereoPair x) noexcept
+[[nodiscard]] StereoPair processLowpassStage (const GrungeLadder::Coefficients& c, StereoPair& y, StereoPair x) noexcept
 {
     const auto one = StereoPair::both (1.0);
     const auto input = StereoPair::both (c.inputCoefficient);
@@ -24,7 +25,8 @@ namespace
 }
 
 /** No mirror image of the lowpass: the state stays linear, and only the output is modulated. */
-[[nodiscard]] StereoPair runHighpassStage (const GrungeLadder::Coefficients& c, StereoPair& y, StereoPair x) noexcept
+[[nodiscard]] StereoPair processHighpassStage (const GrungeLadder::Coefficients& c, StereoPair& y,
+                                               StereoPair x) noexcept
 {
     const auto one = StereoPair::both (1.0);
     const auto pole = StereoPair::both (c.poleCoefficient);
@@ -35,30 +37,30 @@ namespace
     return x - (e * prediction + (one - e) * x);
 }
 
-/** The stages of a ladder on their way through a run of frames.
+/** The stages of a pipeline.
     @tparam perFrame  each frame has coefficients of its own */
 template <std::size_t numStages, bool isHighpass, bool perFrame>
-class StageRow
+class LadderStages
 {
 public:
     template <std::size_t... i>
-    StageRow (std::span<const StereoPair> newState, const GrungeLadder::Coefficients* newCoefficients,
-              FrameRun frameRun, std::index_sequence<i...>) noexcept
+    LadderStages (std::span<const StereoPair> newState, const GrungeLadder::Coefficients* newCoefficients,
+                  StereoBlock block, std::index_sequence<i...>) noexcept
         : coefficients (newCoefficients), fixedCoefficients (*newCoefficients),
-          frames (frameRun.data()), state { newState[i]... }
+          frames (block.data()), state { newState[i]... }
     {
     }
 
     template <std::size_t i>
-    void run (std::size_t frame) noexcept
+    void process (std::size_t frame) noexcept
     {
         const auto c = perFrame ? coefficients[frame] : fixedCoefficients;
         const auto x = frames[frame];
-        frames[frame] = isHighpass ? runHighpassStage (c, state[i], x) : runLowpassStage (c, state[i], x);
+        frames[frame] = isHighpass ? processHighpassStage (c, state[i], x) : processLowpassStage (c, state[i], x);
     }
 
     template <std::size_t... i>
-    void storeState (std::span<StereoPair> newState, std::index_sequence<i...>) const noexcept
+    void keepState (std::span<StereoPair> newState, std::index_sequence<i...>) const noexcept
     {
         ((newState[i] = state[i]), ...);
     }
@@ -72,44 +74,44 @@ private:
 
 /** Runs so many stages from the first one on, and sets the first one behind them. */
 template <std::size_t numStages, bool perFrame>
-void runStages (GrungeLadder& ladder, std::size_t& first, const GrungeLadder::Coefficients* coefficients,
-                FrameRun frames) noexcept
+void processStages (GrungeLadder& ladder, std::size_t& first, const GrungeLadder::Coefficients* coefficients,
+                    StereoBlock frames) noexcept
 {
     const auto state = std::span<StereoPair> (ladder.state).subspan (first, numStages);
 
-    const auto run = [&] (auto isHighpass)
+    const auto process = [&] (auto isHighpass)
     {
         constexpr auto all = std::make_index_sequence<numStages> {};
 
-        StageRow<numStages, isHighpass, perFrame> stages (state, coefficients, frames, all);
-        runSkewed<numStages> (frames.size(), stages);
-        stages.storeState (state, all);
+        LadderStages<numStages, isHighpass, perFrame> stages (state, coefficients, frames, all);
+        StagePipeline<numStages>::process (stages, frames.size());
+        stages.keepState (state, all);
     };
 
     if (ladder.isHighpass)
-        run (std::true_type {});
+        process (std::true_type {});
     else
-        run (std::false_type {});
+        process (std::false_type {});
 
     first += numStages;
 }
 
 template <bool perFrame>
-void runLadder (GrungeLadder& ladder, const GrungeLadder::Coefficients* coefficients, FrameRun frames) noexcept
+void processLadder (GrungeLadder& ladder, const GrungeLadder::Coefficients* coefficients, StereoBlock frames) noexcept
 {
     std::size_t first = 0;
 
     if (ladder.numStages >= 8)
-        return runStages<8, perFrame> (ladder, first, coefficients, frames);
+        return processStages<8, perFrame> (ladder, first, coefficients, frames);
 
     if ((ladder.numStages & 4) != 0)
-        runStages<4, perFrame> (ladder, first, coefficients, frames);
+        processStages<4, perFrame> (ladder, first, coefficients, frames);
 
     if ((ladder.numStages & 2) != 0)
-        runStages<2, perFrame> (ladder, first, coefficients, frames);
+        processStages<2, perFrame> (ladder, first, coefficients, frames);
 
     if ((ladder.numStages & 1) != 0)
-        runStages<1, perFrame> (ladder, first, coefficients, frames);
+        processStages<1, perFrame> (ladder, first, coefficients, frames);
 }
 
 [[nodiscard]] GrungeLadder::Coefficients configureStage (double cutoff, double resonance, double grungeGain,
@@ -127,6 +129,8 @@ void runLadder (GrungeLadder& ladder, const GrungeLadder::Coefficients* coeffici
 void GrungeLadder::configure (int stages, bool highpass, double cutoff, double resonance, double grungeGain,
                               double newSampleRate) noexcept
 {
+    assert (stages >= 0 && stages <= (int) maxStages);
+
     isHighpass = highpass;
     numStages = stages;
     sampleRate = newSampleRate;
@@ -144,32 +148,37 @@ void GrungeLadder::configure (int stages, bool highpass, double cutoff, double r
     grunge = configured.grunge;
 }
 
-void GrungeLadder::configureSeries (int stages, bool highpass, std::span<const float> cutoffs,
-                                    std::span<const float> resonances, double grungeGain, double newSampleRate,
-                                    Series& series) noexcept
+void GrungeLadder::configureSeries (int stages, bool highpass, std::span<const double> cutoffs,
+                                    std::span<const float> resonances, std::size_t first, double grungeGain,
+                                    double newSampleRate, Series& series) noexcept
 {
-    for (std::size_t frame = 0; frame < cutoffs.size(); ++frame)
-        series[frame] = configureStage ((double) cutoffs[frame], (double) resonances[frame], grungeGain, newSampleRate);
+    assert (cutoffs.size() <= maxBatchFrames);
+
+    if (first == cutoffs.size())
+        return;
+
+    for (auto frame = first; frame < cutoffs.size(); ++frame)
+        series[frame] = configureStage (cutoffs[frame], (double) resonances[frame], grungeGain, newSampleRate);
 
     const auto last = cutoffs.size() - 1;
-    configure (stages, highpass, (double) cutoffs[last], (double) resonances[last], grungeGain, newSampleRate);
+    configure (stages, highpass, cutoffs[last], (double) resonances[last], grungeGain, newSampleRate);
 }
 
 void GrungeLadder::process (double& left, double& right) noexcept
 {
     StereoPair frame (left, right);
-    processRun (FrameRun (&frame, 1));
+    process (StereoBlock (&frame, 1));
     left = frame.left();
     right = frame.right();
 }
 
-void GrungeLadder::processRun (FrameRun frames) noexcept
+void GrungeLadder::process (StereoBlock frames) noexcept
 {
     const Coefficients coefficients { poleCoefficient, inputCoefficient, grunge };
-    runLadder<false> (*this, &coefficients, frames);
+    processLadder<false> (*this, &coefficients, frames);
 }
 
-void GrungeLadder::processRun (const Series& series, FrameRun frames) noexcept
+void GrungeLadder::process (const Series& series, StereoBlock frames) noexcept
 {
-    runLadder<true> (*this, series.data(), frames);
+    processLadder<true> (*this, series.data(), frames);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "dsp/filters/ResonancePeak.h"
 
+#include <cassert>
 #include <cmath>
 #include <cstddef>
 
@@ -46,7 +47,7 @@ struct Normalised
     StereoPair b0, b1, b2, a1, a2;
 };
 
-[[nodiscard]] StereoPair runSection (const Normalised& c, ResonancePeak::DelayLine& line, StereoPair x) noexcept
+[[nodiscard]] StereoPair processSection (const Normalised& c, ResonancePeak::DelayLine& line, StereoPair x) noexcept
 {
     const auto y = c.b0 * x + c.b1 * line.input1 + c.b2 * line.input2 - c.a1 * line.output1 - c.a2 * line.output2;
     line = { x, line.input1, y, line.output1 };
@@ -54,17 +55,20 @@ struct Normalised
 }
 
 /** What the section would add to each frame, times the frame's amount, and of that the sine.
-    @param runFrame  gives the section's output for a frame's number and value */
-template <typename RunFrame>
-void addSaturatedExcess (RunFrame runFrame, std::span<const float> amounts, FrameRun frames) noexcept
+    @param process      gives the section's output for a frame's number and value
+    @param amountOf     gives a frame's amount */
+template <typename Process, typename AmountOf>
+void addSaturatedExcess (Process process, AmountOf amountOf, StereoBlock frames) noexcept
 {
-    std::array<StereoPair, maxRunFrames> excess;
+    std::array<StereoPair, maxBlockFrames> excess;
 
     for (std::size_t i = 0; i < frames.size(); ++i)
-        excess[i] = (runFrame (i, frames[i]) - frames[i]) * StereoPair::both ((double) amounts[i]);
+        if (const auto amount = amountOf (i); ResonancePeak::isAudible (amount))
+            excess[i] = (process (i, frames[i]) - frames[i]) * StereoPair::both ((double) amount);
 
     for (std::size_t i = 0; i < frames.size(); ++i)
-        frames[i] = frames[i] + StereoPair (saturate (excess[i].left()), saturate (excess[i].right()));
+        if (ResonancePeak::isAudible (amountOf (i)))
+            frames[i] = frames[i] + StereoPair (saturate (excess[i].left()), saturate (excess[i].right()));
 }
 } // namespace
 
@@ -92,12 +96,17 @@ void ResonancePeak::design (double sampleRate, double frequency, double bandwidt
     a2 = 1.0 - alpha * inverseAmplitude;
 }
 
-void ResonancePeak::designSeries (double sampleRate, std::span<const float> cutoffs, double ratio,
-                                  double bandwidthOctaves, Series& series) noexcept
+void ResonancePeak::designSeries (double sampleRate, std::span<const double> cutoffs, std::size_t first, double ratio,
+                                  double bandwidthOctaves, std::span<const float> amounts, Series& series) noexcept
 {
-    for (std::size_t frame = 0; frame < cutoffs.size(); ++frame)
+    assert (cutoffs.size() <= maxBatchFrames);
+
+    for (auto frame = first; frame < cutoffs.size(); ++frame)
     {
-        design (sampleRate, (double) cutoffs[frame] * ratio, bandwidthOctaves);
+        if (! isAudible (amounts[frame]))
+            continue;
+
+        design (sampleRate, cutoffs[frame] * ratio, bandwidthOctaves);
         series[frame] = { b0, b1, b2, a0, a1, a2 };
     }
 }
@@ -107,26 +116,29 @@ void ResonancePeak::process (double& left, double& right) noexcept
     if (! designed)
         return;
 
-    const auto y = runSection (Normalised ({ b0, b1, b2, a0, a1, a2 }), delayLine, StereoPair (left, right));
+    const auto y = processSection (Normalised ({ b0, b1, b2, a0, a1, a2 }), delayLine, StereoPair (left, right));
     left = y.left();
     right = y.right();
 }
 
-void ResonancePeak::addResonance (std::span<const float> amounts, FrameRun frames) noexcept
+void ResonancePeak::addResonance (float amount, StereoBlock frames) noexcept
 {
+    const auto amountOf = [amount] (std::size_t) { return amount; };
+
     if (! designed)
-        return addSaturatedExcess ([] (std::size_t, StereoPair x) { return x; }, amounts, frames);
+        return addSaturatedExcess ([] (std::size_t, StereoPair x) { return x; }, amountOf, frames);
 
     const Normalised normalised ({ b0, b1, b2, a0, a1, a2 });
     auto line = delayLine;
-    addSaturatedExcess ([&] (std::size_t, StereoPair x) { return runSection (normalised, line, x); }, amounts, frames);
+    addSaturatedExcess ([&] (std::size_t, StereoPair x) { return processSection (normalised, line, x); }, amountOf,
+                        frames);
     delayLine = line;
 }
 
-void ResonancePeak::addResonance (const Series& series, std::span<const float> amounts, FrameRun frames) noexcept
+void ResonancePeak::addResonance (const Series& series, std::span<const float> amounts, StereoBlock frames) noexcept
 {
     auto line = delayLine;
-    addSaturatedExcess ([&] (std::size_t i, StereoPair x) { return runSection (Normalised (series[i]), line, x); },
-                        amounts, frames);
+    addSaturatedExcess ([&] (std::size_t i, StereoPair x) { return processSection (Normalised (series[i]), line, x); },
+                        [=] (std::size_t i) { return amounts[i]; }, frames);
     delayLine = line;
 }

@@ -6,8 +6,6 @@
 
 namespace
 {
-constexpr double oneThird = 0.333333333;
-
 // The reserved shapes look ahead of the phase by this much.
 constexpr double pulseLead = 0.06;
 constexpr double sumLead = 0.0001;
@@ -23,59 +21,47 @@ constexpr double sumLead = 0.0001;
     return 1.0 - q;
 }
 
+/** A phase that is drawn to the reference, faster the farther it is; beyond half a cycle it is pushed away. */
+[[nodiscard]] float followed (float phase, float reference, float step) noexcept
+{
+    auto distance = std::abs (reference - phase);
+
+    if (distance >= 0.5f)
+        distance = -distance;
+
+    if (reference > phase)
+    {
+        const auto moved = phase + distance * step;
+        return moved > reference ? reference : moved;
+    }
+
+    if (phase > reference)
+    {
+        const auto moved = phase - distance * step;
+        return reference > moved ? reference : moved;
+    }
+
+    return phase;
+}
+
 [[nodiscard]] double fraction (double x) noexcept { return x - std::floor (x); }
 } // namespace
 
 LfoGenerator::LfoGenerator() : rng (std::random_device {}()) {}
 
-void LfoGenerator::renderSteady (std::span<const FloatQuad::Values> phases, std::span<float> outputs) const noexcept
-{
-    // One loop per shape: the shape is looked at once.
-    const auto fill = [&] (auto outputAt)
-    {
-        for (std::size_t i = 0; i < phases.size(); ++i)
-            outputs[i] = outputAt (phases[i]);
-    };
-
-    using Values = const FloatQuad::Values&;
-
-    switch (shape)
-    {
-        case sine:
-            return fill ([] (Values at) { return sineOf (at[Phases::a]); });
-        case triangle:
-            return fill ([] (Values at) { return triangleOf (at[Phases::a]); });
-        case saw:
-            return fill ([] (Values at) { return sawOf (at[Phases::a]); });
-        case square:
-            return fill ([] (Values at) { return at[Phases::a] < 0.5f ? -1.0f : 1.0f; });
-        default:
-            return fill ([this] (Values at)
-                         { return randomTrianglesOf (at[Phases::a], at[Phases::b], at[Phases::c]); });
-    }
-}
-
-float LfoGenerator::renderOtherShape() noexcept
+float LfoGenerator::renderOtherShape (float phase) noexcept
 {
     switch (shape)
     {
-        case randomTriangles:
-            return randomTrianglesOf (phaseA, phaseB, phaseC);
         case brownian:
             return renderBrownian();
         case reservedPulse:
-            return renderReservedPulse();
+            return renderReservedPulse (phase);
         case reservedSum:
-            return renderReservedSum();
+            return renderReservedSum (phase);
         default:
             return 0.0f;
     }
-}
-
-float LfoGenerator::randomTrianglesOf (float a, float b, float c) const noexcept
-{
-    const auto sum = triangleOf (b) + triangleOf (a) + triangleOf (c);
-    return (float) ((double) sum * oneThird * (double) amplitude);
 }
 
 float LfoGenerator::renderBrownian() noexcept
@@ -84,16 +70,16 @@ float LfoGenerator::renderBrownian() noexcept
     return outputSlew.current;
 }
 
-float LfoGenerator::renderReservedPulse() const noexcept
+float LfoGenerator::renderReservedPulse (float phase) const noexcept
 {
-    const auto y = remainderOfCycle (phaseA, pulseLead);
+    const auto y = remainderOfCycle (phase, pulseLead);
     const auto cube = y * y * y;
     return amplitude * triangleOf ((float) (cube * cube));
 }
 
-float LfoGenerator::renderReservedSum() noexcept
+float LfoGenerator::renderReservedSum (float phase) noexcept
 {
-    const auto y = remainderOfCycle (phaseA, sumLead);
+    const auto y = remainderOfCycle (phase, sumLead);
     auto sum = 0.0;
 
     for (int k = 1; k <= 128; k *= 2)
@@ -103,7 +89,7 @@ float LfoGenerator::renderReservedSum() noexcept
     return outputSlew.current;
 }
 
-float LfoGenerator::bendByPower (float x) const noexcept
+float LfoGenerator::bent (float x) const noexcept
 {
     const auto u = (float) std::clamp (((double) x + 1.0) * 0.5, 0.0, 1.0);
 
@@ -124,46 +110,20 @@ double LfoGenerator::drawStep() noexcept
     return uniformLow + (uniformHigh - uniformLow) * uniform;
 }
 
-void LfoGenerator::walkOrFollow() noexcept
+void LfoGenerator::walkOrFollow (Phases& moved) noexcept
 {
+    auto now = moved.now.values();
+
     if (shape == brownian)
-        walk();
-    else if (followReference && (shape == reservedPulse || shape == reservedSum))
-        follow();
-}
-
-void LfoGenerator::walk() noexcept
-{
-    const auto moved = (float) ((double) walkValue + (double) walkStep * drawStep());
-    walkValue = std::clamp (moved, -1.0f, 1.0f);
-    referencePhase += phaseStepA;
-}
-
-void LfoGenerator::follow() noexcept
-{
-    auto distance = std::abs (referencePhase - phaseA);
-
-    if (distance >= 0.5f)
-        distance = -distance;
-
-    if (referencePhase > phaseA)
     {
-        phaseA += distance * phaseStepA;
-
-        if (phaseA > referencePhase)
-            phaseA = referencePhase;
+        const auto walked = (float) ((double) walkValue + (double) walkStep * drawStep());
+        walkValue = std::clamp (walked, -1.0f, 1.0f);
+        now[Phases::reference] += moved.step.values()[Phases::a];
     }
-    else if (phaseA > referencePhase)
+    else if (followReference && isReserved (shape))
     {
-        phaseA -= distance * phaseStepA;
-
-        if (referencePhase > phaseA)
-            phaseA = referencePhase;
+        now[Phases::a] = followed (now[Phases::a], now[Phases::reference], moved.step.values()[Phases::a]);
     }
-}
 
-void LfoGenerator::jumpTo (float phase) noexcept
-{
-    referencePhase = phaseA = phaseB = phaseC = phase;
-    walkValue = 0.0f;
+    moved.now = FloatQuad (now);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +10,7 @@
 #include <span>
 
 #include "dsp/modulation/SlewValue.h"
-#include "dsp/simd/FloatQuad.h"
+#include "dsp/simd/Lanes.h"
 
 /** A triangle of period 1 for phases 0 to 1: -1 at phase 0, +1 at 0.5. Outside that range it runs on in a straight line. */
 [[nodiscard]] inline float triangleOf (float phase) noexcept
@@ -20,8 +21,9 @@
 
 /** One low-frequency oscillator with one bipolar output, -1 to 1, bowed by a curve stage.
 
-    It stands still by itself: the control tick sets its rate, advances it and reads it, in this order of members or in
-    pieces of its own. The fields are open to the tick, and to the window, which shows the output as a dot.
+    It stands still by itself: the control tick advances it, reads it and sets its rate. The fields are open to the tick, and
+    to the window, which shows the output as a dot. What a tick does to one generator is written for one tick and for ticks
+    in a row alike.
     Audio thread, but for render, which the window calls too. Never allocates after construction. */
 class LfoGenerator
 {
@@ -41,11 +43,11 @@ public:
         reservedSum = 7
     };
 
-    /** Seeds the walk from the system: no two generators walk alike. */
-    LfoGenerator();
-
-    /** The output at the present phases. For brownian and reservedSum it also hands the output slew its target. */
-    [[nodiscard]] float render() noexcept { return bend (renderShape()); }
+    /** True for the shapes that run locked to the bars. */
+    [[nodiscard]] static constexpr bool isReserved (std::int32_t shape) noexcept
+    {
+        return shape == reservedPulse || shape == reservedSum;
+    }
 
     /** What the generators need of the number of ticks per second, worked out once for all of them. */
     struct TickRate
@@ -65,131 +67,164 @@ public:
         float outputStep;
     };
 
-    /** The phases and what they move by, side by side, so that all of them move together. A row of ticks takes them out of
+    /** The phases and what they move by, side by side, so that all of them move together. A batch of ticks takes them out of
         the generator and brings them back behind the last. */
     struct Phases
     {
+        /** In the order of the generator's fields, which the processor then moves in one go. */
         enum Index : std::size_t
         {
+            reference,
             a,
             b,
-            c,
-            reference
+            c
         };
 
-        void jumpTo (float phase) noexcept { now = FloatQuad::all (phase); }
+        using Values = FloatQuad::Values;
 
+        /** One step, and the wrap: whatever is at least 1 loses 1, once. */
         void advance() noexcept
         {
+            now = now + step;
+            wrap();
+        }
+
+        void wrap() noexcept
+        {
             const auto one = FloatQuad::all (1.0f);
-            const auto moved = now + step;
-            now = whereAtLeast (moved, one, moved - one, moved);
+            now = whereAtLeast (now, one, now - one, now);
         }
 
         /** Sets the steps of one tick. A frequency below 0, or a rate that is none, stops the first phase alone: the other
             two go on as before. */
         void setFrequency (float frequency, const TickRate& rate) noexcept
         {
-            if (isRunning (frequency, rate))
-                step = { stepOf (frequency, rate), stepOf (frequency, ratioB, rate), stepOf (frequency, ratioC, rate),
-                         standstill };
-            else
-                step = step.withFirst (0.0f);
-        }
+            const auto isRunning = rate.ticksPerSecond > 0.0f && frequency >= 0.0f;
 
-        /** What the reference moves by: the zero that changes no number when it is added. */
-        static constexpr float standstill = -0.0f;
+            if (isRunning)
+                step = { standstill, frequency / rate.ticksPerSecond,
+                         (float) ((double) frequency * ratioB * rate.period),
+                         (float) ((double) frequency * ratioC * rate.period) };
+            else
+                step = step.with<a> (0.0f);
+        }
 
         FloatQuad now, step;
     };
 
-    /** True if a tick moves nothing but the phases, and keeps the shape: then a row of ticks can be taken together, first all
-        their phases and then all their outputs. */
+    /** Seeds the walk from the system: no two generators walk alike. */
+    LfoGenerator();
+
+    /** The output at the present phases. For brownian and reservedSum it also hands the output slew its target. */
+    [[nodiscard]] float render() noexcept
+    {
+        const std::array<Phases::Values, 1> here { { { referencePhase, phaseA, phaseB, phaseC } } };
+        std::array<float, 1> output;
+        render<1> (here, output);
+        return output[0];
+    }
+
+    /** The outputs at other phases than the generator's own, one for each; for more than one the generator must be steady.
+        @tparam extent  the number of phases, if it is known */
+    template <std::size_t extent>
+    void render (std::span<const Phases::Values, extent> phases, std::span<float, extent> outputs) noexcept
+    {
+        renderShape<extent> (phases, outputs);
+
+        // Left out around the straight exponent.
+        if (const auto exponent = (double) curveExponent; exponent > 0.99 && exponent < 1.01)
+            return;
+
+        for (auto& output : outputs)
+            output = bent (output);
+    }
+
+    /** True if a tick moves nothing but the phases, and keeps the shape: then ticks can be taken together, first all their
+        phases and then all their outputs. */
     [[nodiscard]] bool isSteadyIn (std::int32_t newShape) const noexcept
     {
-        return shape == newShape && shape >= sine && shape < brownian && amplitude == 1.0f
-               && outputSlew.current == outputSlew.target;
+        return shape == newShape && shape >= sine && shape < brownian && outputSlew.current == outputSlew.target;
     }
 
     [[nodiscard]] Phases phases() const noexcept
     {
-        return { { phaseA, phaseB, phaseC, referencePhase },
-                 { phaseStepA, phaseStepB, phaseStepC, Phases::standstill } };
+        return { { referencePhase, phaseA, phaseB, phaseC }, { standstill, phaseStepA, phaseStepB, phaseStepC } };
     }
 
-    /** Takes over where a row of steady ticks has led. */
+    /** Takes over where ticks have led. */
     void setPhases (const Phases& phases) noexcept
     {
         const auto now = phases.now.values();
-        const auto step = phases.step.values();
+        referencePhase = now[Phases::reference];
         phaseA = now[Phases::a];
         phaseB = now[Phases::b];
         phaseC = now[Phases::c];
-        referencePhase = now[Phases::reference];
+
+        const auto step = phases.step.values();
         phaseStepA = step[Phases::a];
         phaseStepB = step[Phases::b];
         phaseStepC = step[Phases::c];
     }
 
-    /** The curve stage, which is left out around the straight exponent. */
-    [[nodiscard]] float bend (float x) const noexcept
+    /** Moves the phases, the walk and the output slew on by one tick. */
+    void advance() noexcept
     {
-        const auto exponent = (double) curveExponent;
-        return exponent > 0.99 && exponent < 1.01 ? x : bendByPower (x);
+        auto moved = phases();
+        advance (moved);
+        setPhases (moved);
     }
 
-    /** The present shape at other phases than the generator's own, one output for each; before the curve stage. */
-    void renderSteady (std::span<const FloatQuad::Values> phases, std::span<float> outputs) const noexcept;
+    /** The same for phases that have been taken out. */
+    void advance (Phases& moved) noexcept
+    {
+        outputSlew.advanceLinear();
+
+        if (shape < brownian)
+            return moved.advance();
+
+        moved.now = moved.now + moved.step;
+        walkOrFollow (moved);
+        moved.wrap();
+    }
 
     /** Sets the shape and the steps per tick.
         @param rate       ticks per second
         @param frequency  Hz */
     void setRate (std::int32_t newShape, float rate, float frequency) noexcept
     {
-        setRate (newShape, TickRate (rate), frequency);
+        const TickRate tickRate (rate);
+        auto moved = phases();
+        moved.setFrequency (frequency, tickRate);
+        setPhases (moved);
+        setShape (newShape, tickRate, frequency);
     }
 
-    /** The same with what has been worked out before. */
-    void setRate (std::int32_t newShape, const TickRate& rate, float frequency) noexcept
+    /** Sets what goes with a rate besides the steps of the phases: the shape, and the steps of walk and output slew. */
+    void setShape (std::int32_t newShape, const TickRate& rate, float frequency) noexcept
     {
         shape = newShape;
         walkStep = (float) ((double) frequency * walkPerHertz);
         outputSlew.mode = 0;
         outputSlew.step = rate.outputStep;
-
-        if (isRunning (frequency, rate))
-        {
-            phaseStepA = stepOf (frequency, rate);
-            phaseStepB = stepOf (frequency, ratioB, rate);
-            phaseStepC = stepOf (frequency, ratioC, rate);
-        }
-        else
-        {
-            // The other two steps stay as they are.
-            phaseStepA = 0.0f;
-        }
-    }
-
-    /** Moves the phases, the walk and the output slew on by one tick. */
-    void advance() noexcept
-    {
-        outputSlew.advanceLinear();
-        phaseB = wrapped (phaseB + phaseStepB);
-        phaseC = wrapped (phaseC + phaseStepC);
-        phaseA += phaseStepA;
-
-        if (shape >= brownian)
-            walkOrFollow();
-
-        phaseA = wrapped (phaseA);
-        referencePhase = wrapped (referencePhase);
     }
 
     /** Back to the start of the cycle, and of the walk. */
     void reset() noexcept { jumpTo (0.0f); }
 
     /** Sets all phases to one value and the walk to its middle. */
-    void jumpTo (float phase) noexcept;
+    void jumpTo (float phase) noexcept
+    {
+        auto moved = phases();
+        jump (moved, phase);
+        setPhases (moved);
+    }
+
+    /** The same for phases that have been taken out. */
+    void jump (Phases& moved, float phase) noexcept
+    {
+        moved.now = FloatQuad::all (phase);
+        walkValue = 0.0f;
+    }
 
     std::int32_t shape = triangle;
     float amplitude = 1.0f;
@@ -222,62 +257,60 @@ private:
     static constexpr double ratioB = 1.28396548763;
     static constexpr double ratioC = 0.82343668762;
 
+    /** What the reference phase moves by: the zero that changes no number when it is added. */
+    static constexpr float standstill = -0.0f;
+
     static constexpr double walkPerHertz = 0.003;
 
     /** What the output slew lets through per second: a brownian output is a very slow drift of its walk. */
     static constexpr float slewPerSecond = 0.01f;
 
-    [[nodiscard]] static bool isRunning (float frequency, const TickRate& rate) noexcept
+    /** The waves before the curve stage. The shape is looked at once; the waves that songs are made of are rendered here, the
+        others are called. */
+    template <std::size_t extent>
+    void renderShape (std::span<const Phases::Values, extent> phases, std::span<float, extent> outputs) noexcept
     {
-        return rate.ticksPerSecond > 0.0f && frequency >= 0.0f;
-    }
+        const auto fill = [&] (auto waveAt)
+        {
+            for (std::size_t i = 0; i < phases.size(); ++i)
+                outputs[i] = waveAt (phases[i]);
+        };
 
-    [[nodiscard]] static float stepOf (float frequency, const TickRate& rate) noexcept
-    {
-        return frequency / rate.ticksPerSecond;
-    }
+        using At = const Phases::Values&;
+        const auto scale = amplitude;
 
-    [[nodiscard]] static float stepOf (float frequency, double ratio, const TickRate& rate) noexcept
-    {
-        return (float) ((double) frequency * ratio * rate.period);
-    }
-
-    [[nodiscard]] static float wrapped (float phase) noexcept { return phase >= 1.0f ? phase - 1.0f : phase; }
-
-    [[nodiscard]] static float sineOf (float phase) noexcept
-    {
-        return std::sin ((float) ((double) (2.0f * phase) * std::numbers::pi));
-    }
-
-    [[nodiscard]] static float sawOf (float phase) noexcept { return 1.0f - 2.0f * phase; }
-
-    /** The waves that songs are made of are rendered here, once per tick; the others are called. */
-    [[nodiscard]] float renderShape() noexcept
-    {
         switch (shape)
         {
             case sine:
-                return amplitude * sineOf (phaseA);
+                return fill (
+                    [=] (At at)
+                    { return scale * std::sin ((float) ((double) (2.0f * at[Phases::a]) * std::numbers::pi)); });
             case triangle:
-                return amplitude * triangleOf (phaseA);
+                return fill ([=] (At at) { return scale * triangleOf (at[Phases::a]); });
             case saw:
-                return amplitude * sawOf (phaseA);
+                return fill ([=] (At at) { return scale * (1.0f - 2.0f * at[Phases::a]); });
             case square:
-                return phaseA < 0.5f ? -amplitude : amplitude;
+                return fill ([=] (At at) { return at[Phases::a] < 0.5f ? -scale : scale; });
+            case randomTriangles:
+                return fill ([=] (At at) { return randomTrianglesAt (at, scale); });
             default:
-                return renderOtherShape();
+                return fill ([this] (At at) { return renderOtherShape (at[Phases::a]); });
         }
     }
 
-    [[nodiscard]] float renderOtherShape() noexcept;
-    [[nodiscard]] float randomTrianglesOf (float a, float b, float c) const noexcept;
-    [[nodiscard]] float renderBrownian() noexcept;
-    [[nodiscard]] float renderReservedPulse() const noexcept;
-    [[nodiscard]] float renderReservedSum() noexcept;
+    [[nodiscard]] static float randomTrianglesAt (const Phases::Values& at, float scale) noexcept
+    {
+        constexpr auto oneThird = 0.333333333;
+        const auto sum = triangleOf (at[Phases::b]) + triangleOf (at[Phases::a]) + triangleOf (at[Phases::c]);
+        return (float) ((double) sum * oneThird * (double) scale);
+    }
 
-    [[nodiscard]] float bendByPower (float x) const noexcept;
+    [[nodiscard]] float renderOtherShape (float phase) noexcept;
+    [[nodiscard]] float renderBrownian() noexcept;
+    [[nodiscard]] float renderReservedPulse (float phase) const noexcept;
+    [[nodiscard]] float renderReservedSum (float phase) noexcept;
+
+    [[nodiscard]] float bent (float x) const noexcept;
     [[nodiscard]] double drawStep() noexcept;
-    void walkOrFollow() noexcept;
-    void walk() noexcept;
-    void follow() noexcept;
+    void walkOrFollow (Phases& moved) noexcept;
 };

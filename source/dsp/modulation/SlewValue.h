@@ -3,12 +3,25 @@
 
 #include <cstdint>
 
+#include "dsp/simd/Lanes.h"
+
+/** One move toward the target by at most step, which never passes the target; for one float or for four.
+    @tparam Lane  float or FloatQuad */
+template <typename Lane>
+[[nodiscard]] Lane advancedLinearly (Lane current, Lane target, Lane step) noexcept
+{
+    const auto raised = lesserOf (target, current + step);
+    const auto lowered = greaterOf (target, current - step);
+    return whereGreater (target, current, raised, whereGreater (current, target, lowered, current));
+}
+
 /** Moves one float toward a target, by at most `step` per advance, or by a damped spring. */
 struct SlewValue
 {
     static constexpr std::int32_t springMode = 3;
 
-    /** springMode selects the spring law, any other value the linear law. Nothing selects the spring yet. */
+    /** springMode selects the spring law, any other value the linear law. Nothing selects the spring: it is the type's second
+        law, and unused. */
     std::int32_t mode = 0;
     float target = 0.0f;
     float current = 0.0f;
@@ -28,19 +41,7 @@ struct SlewValue
     }
 
     /** One move toward the target, which is never passed. */
-    void advanceLinear() noexcept
-    {
-        if (target > current)
-        {
-            const auto above = current + step;
-            current = above > target ? target : above;
-        }
-        else if (current > target)
-        {
-            const auto below = current - step;
-            current = target > below ? target : below;
-        }
-    }
+    void advanceLinear() noexcept { current = advancedLinearly (current, target, step); }
 
     /** One move of the spring, which may swing past the target. */
     void advanceSpring() noexcept

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "dsp/engine/ControlReadings.h"
+#include "dsp/engine/ParameterSnapshot.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,12 +10,16 @@ namespace
 {
 using Parameter = ParameterSet::Parameter;
 
+/** A routing depth up to here counts as none. No float lies between this one and 0.01, so that the comparison is that with
+    0.01. */
+constexpr float routingDeadBand = 0.01f;
+
 [[nodiscard]] float bipolar (const Parameter& parameter) noexcept { return parameter.get() * 2.0f - 1.0f; }
 
-[[nodiscard]] ControlReadings::Slope slopeOf (const Parameter& mode) noexcept
+[[nodiscard]] ParameterSnapshot::Slope slopeOf (const Parameter& mode) noexcept
 {
     // By choice index; whatever lies above the texts is a bypass like index 0.
-    static constexpr std::array<ControlReadings::Slope, 5> slopes {
+    static constexpr std::array<ParameterSnapshot::Slope, 5> slopes {
         { { 0, 3.0f }, { 1, 2.0f }, { 2, 1.25f }, { 4, 0.707f }, { 8, 0.5f } }
     };
 
@@ -30,8 +34,8 @@ using Parameter = ParameterSet::Parameter;
     return index < firstUnnamedSine ? index : LfoGenerator::sine;
 }
 
-[[nodiscard]] ControlReadings::Lfo lfoOf (const ParameterSet& parameters, std::size_t i,
-                                          std::span<const float> barLengths) noexcept
+[[nodiscard]] ParameterSnapshot::Lfo lfoOf (const ParameterSet& parameters, std::size_t i,
+                                            std::span<const float> barLengths) noexcept
 {
     const auto other = (i + 1) % ParameterSet::numLfos;
     const auto depthOfOther = bipolar (*parameters.lfoToOtherLfo[other]);
@@ -66,39 +70,34 @@ using Parameter = ParameterSet::Parameter;
     return (offset.maxValue - offset.minValue) * offset.get() + offset.minValue;
 }
 
-[[nodiscard]] bool isReserved (int shape) noexcept
-{
-    return shape == LfoGenerator::reservedPulse || shape == LfoGenerator::reservedSum;
-}
-
-[[nodiscard]] bool isActive (const ControlReadings::Lfo& lfo) noexcept
+[[nodiscard]] bool isActive (const ParameterSnapshot::Lfo& lfo) noexcept
 {
     return std::ranges::any_of (lfo.depths.values(), [] (float depth) { return std::abs (depth) > routingDeadBand; });
 }
 } // namespace
 
-ControlReadings::Family familyOf (const Parameter& filtMode) noexcept
+ParameterSnapshot::Family familyOf (const Parameter& filtMode) noexcept
 {
     switch (filtMode.getChoiceIndex())
     {
         case 0:
-            return ControlReadings::Family::butterworth;
+            return ParameterSnapshot::Family::butterworth;
         case 1:
-            return ControlReadings::Family::ladder;
+            return ParameterSnapshot::Family::ladder;
         default:
-            return ControlReadings::Family::none;
+            return ParameterSnapshot::Family::none;
     }
 }
 
-ControlReadings::ControlReadings (const ParameterSet& parameters, std::span<const float> barLengths) noexcept
+ParameterSnapshot::ParameterSnapshot (const ParameterSet& parameters, std::span<const float> barLengths) noexcept
     : changeCount (parameters.getChangeCount()), family (familyOf (*parameters.filtMode)),
       highpass (slopeOf (*parameters.hpMode)),
-      lowpass (slopeOf (*parameters.lpMode)), knobs { parameters.hpFreq->get(), parameters.lpFreq->get(),
-                                                      parameters.hpReso->get(), parameters.lpReso->get() },
+      lowpass (slopeOf (*parameters.lpMode)), baseTargets { parameters.hpFreq->get(), parameters.lpFreq->get(),
+                                                            parameters.hpReso->get(), parameters.lpReso->get() },
       lfo { lfoOf (parameters, 0, barLengths), lfoOf (parameters, 1, barLengths) },
       shiftBeats (shiftOf (*parameters.seqOffs)), pattern (patternOf (parameters)),
       active (pattern.isActive() || isActive (lfo[0]) || isActive (lfo[1])),
       areLfosCoupled (lfo[0].isMovedByOther || lfo[1].isMovedByOther),
-      followsBars (isReserved (lfo[0].shape) || isReserved (lfo[1].shape))
+      followsBars (LfoGenerator::isReserved (lfo[0].shape) || LfoGenerator::isReserved (lfo[1].shape))
 {
 }

@@ -7,19 +7,19 @@
 #include <span>
 
 #include "dsp/modulation/Frequencer.h"
-#include "dsp/simd/FloatQuad.h"
+#include "dsp/simd/Lanes.h"
 #include "parameters/ParameterSet.h"
 
 /** What the parameters say, in the terms of the control tick.
 
     A tick looks at about fifty parameters, which lie all over the memory, and taking them one by one would cost more than
-    all that the tick computes of them. So ticks that follow each other share one reading until ParameterSet's count of
-    changes has moved on. Nothing that depends on time, rate or transport is kept here, and no exponential is.
+    all that the tick computes of them. So ticks share a snapshot until ParameterSet's count of changes has moved on. Nothing
+    that depends on time, rate or transport is kept here, and no exponential is.
     Audio thread only; never allocates. */
-struct ControlReadings
+struct ParameterSnapshot
 {
-    /** What can be moved, by its place among the four that move together. */
-    enum Route : std::size_t
+    /** What can be modulated, by its place among the four that move together. */
+    enum Target : std::size_t
     {
         hpFreq,
         lpFreq,
@@ -46,8 +46,6 @@ struct ControlReadings
     {
         std::int32_t poles;
         float peakBandwidth;
-
-        [[nodiscard]] bool operator== (const Slope&) const = default;
     };
 
     struct Lfo
@@ -66,6 +64,7 @@ struct ControlReadings
         /** What the curve stage bends by, as the exponent of e. */
         float bend;
 
+        /** How deep this LFO modulates each target, -1 to 1. */
         FloatQuad depths;
 
         /** How deep the other LFO moves this one's speed, if it does. */
@@ -74,7 +73,11 @@ struct ControlReadings
     };
 
     /** @param barLengths  in beats, in step with the choice of lfo1_mode and lfo2_mode */
-    ControlReadings (const ParameterSet& parameters, std::span<const float> barLengths) noexcept;
+    ParameterSnapshot (const ParameterSet& parameters, std::span<const float> barLengths) noexcept;
+
+    /** True if ticks go on whatever becomes of the slews, and if all that a tick asks the host is its position: then ticks
+        can be collected first and computed later. */
+    [[nodiscard]] bool canBeBatched() const noexcept { return active && ! followsBars; }
 
     /** The count of changes before anything was read: if it has moved on, so may have a parameter. */
     std::uint32_t changeCount;
@@ -82,8 +85,8 @@ struct ControlReadings
     Family family;
     Slope highpass, lowpass;
 
-    /** The positions of the four knobs that glide. */
-    FloatQuad knobs;
+    /** Where the four targets lie without modulation. */
+    FloatQuad baseTargets;
 
     std::array<Lfo, ParameterSet::numLfos> lfo;
     float shiftBeats;
@@ -100,8 +103,4 @@ struct ControlReadings
 };
 
 /** The family that a position of filtmode selects. */
-[[nodiscard]] ControlReadings::Family familyOf (const ParameterSet::Parameter& filtMode) noexcept;
-
-/** A routing depth up to here counts as none. No float lies between this one and 0.01, so that the comparison is that with
-    0.01. */
-inline constexpr float routingDeadBand = 0.01f;
+[[nodiscard]] ParameterSnapshot::Family familyOf (const ParameterSet::Parameter& filtMode) noexcept;

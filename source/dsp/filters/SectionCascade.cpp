@@ -1,0 +1,247 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#include "dsp/filters/SectionCascade.h"
+
+#include <algorithm>
+#include <cassert>
+#include <span>
+#include <utility>
+
+#include "dsp/simd/StagePipeline.h"
+
+namespace
+{
+using Section = SectionCascade::Section;
+
+/** Sections in one pipeline at the most: four of them keep the processor busy, and their delay lines in its registers. */
+constexpr std::size_t maxPipelineSections = 4;
+
+/** The same coefficients for all frames. */
+struct StandingCoefficients
+{
+    explicit StandingCoefficients (std::span<const Section> sections) noexcept
+    {
+        for (std::size_t i = 0; i < sections.size(); ++i)
+        {
+            gains[i] = StereoPair::both (*sections[i].gain);
+            feedbacks1[i] = StereoPair::both (*sections[i].feedback1);
+            feedbacks2[i] = StereoPair::both (*sections[i].feedback2);
+        }
+    }
+
+    [[nodiscard]] StereoPair gain (std::size_t i, std::size_t) const noexcept { return gains[i]; }
+    [[nodiscard]] StereoPair feedback1 (std::size_t i, std::size_t) const noexcept { return feedbacks1[i]; }
+    [[nodiscard]] StereoPair feedback2 (std::size_t i, std::size_t) const noexcept { return feedbacks2[i]; }
+
+    std::array<StereoPair, maxPipelineSections> gains, feedbacks1, feedbacks2;
+};
+
+/** Coefficients of each frame's own. */
+struct PerFrameCoefficients
+{
+    explicit PerFrameCoefficients (std::span<const Section> sections) noexcept
+    {
+        for (std::size_t i = 0; i < sections.size(); ++i)
+        {
+            gains[i] = sections[i].gain;
+            feedbacks1[i] = sections[i].feedback1;
+            feedbacks2[i] = sections[i].feedback2;
+        }
+    }
+
+    [[nodiscard]] StereoPair gain (std::size_t i, std::size_t frame) const noexcept
+    {
+        return StereoPair::both (gains[i][frame]);
+    }
+
+    [[nodiscard]] StereoPair feedback1 (std::size_t i, std::size_t frame) const noexcept
+    {
+        return StereoPair::both (feedbacks1[i][frame]);
+    }
+
+    [[nodiscard]] StereoPair feedback2 (std::size_t i, std::size_t frame) const noexcept
+    {
+        return StereoPair::both (feedbacks2[i][frame]);
+    }
+
+    std::array<const double*, maxPipelineSections> gains, feedbacks1, feedbacks2;
+};
+
+/** Where a pipeline takes its frames from and leaves them: frames in double precision, or samples. */
+struct Frames
+{
+    [[nodiscard]] StereoPair load (std::size_t frame) const noexcept { return pairs[frame]; }
+    void store (std::size_t frame, StereoPair x) const noexcept { pairs[frame] = x; }
+
+    StereoPair* pairs;
+};
+
+struct Samples
+{
+    [[nodiscard]] StereoPair load (std::size_t frame) const noexcept
+    {
+        return StereoPair::widened (left[frame], right[frame]);
+    }
+
+    void store (std::size_t frame, StereoPair x) const noexcept { x.narrowTo (left[frame], right[frame]); }
+
+    float* left;
+    float* right;
+};
+
+/** The stages of a pipeline. The coefficients stay in memory: the registers are for the delay lines, which every frame waits
+    for. */
+template <typename Coefficients, std::size_t numSections, typename Source, typename Sink>
+class SectionStages
+{
+public:
+    template <std::size_t... i>
+    SectionStages (std::span<const Section> sections, const Coefficients& newCoefficients, Source newSource,
+                   Frames between, Sink newSink, std::index_sequence<i...>) noexcept
+        : coefficients (newCoefficients), source (newSource), frames (between),
+          sink (newSink), numeratorMiddle { StereoPair::both (sections[i].numeratorMiddle)... },
+          w1 { *sections[i].w1... }, w2 { *sections[i].w2... }
+    {
+    }
+
+    template <std::size_t i>
+    void process (std::size_t frame) noexcept
+    {
+        const auto x = load<i> (frame);
+        const auto w0 = w1[i] * coefficients.feedback1 (i, frame) + coefficients.feedback2 (i, frame) * w2[i] + x;
+        const auto y = (numeratorMiddle[i] * w1[i] + w0 + w2[i]) * coefficients.gain (i, frame);
+        w2[i] = w1[i];
+        w1[i] = w0;
+
+        if constexpr (i + 1 == numSections)
+            sink.store (frame, y);
+        else
+            frames.store (frame, y);
+    }
+
+    template <std::size_t... i>
+    void keepDelayLines (std::span<const Section> sections, std::index_sequence<i...>) const noexcept
+    {
+        ((*sections[i].w1 = w1[i]), ...);
+        ((*sections[i].w2 = w2[i]), ...);
+    }
+
+private:
+    template <std::size_t i>
+    [[nodiscard]] StereoPair load (std::size_t frame) const noexcept
+    {
+        if constexpr (i == 0)
+            return source.load (frame);
+        else
+            return frames.load (frame);
+    }
+
+    const Coefficients& coefficients;
+    const Source source;
+    const Frames frames;
+    const Sink sink;
+    const std::array<StereoPair, numSections> numeratorMiddle;
+    std::array<StereoPair, numSections> w1, w2;
+};
+
+template <typename Coefficients, typename Source, typename Sink, std::size_t numSections>
+void processSections (std::span<const Section> sections, Source source, Frames between, Sink sink,
+                      std::size_t numFrames) noexcept
+{
+    constexpr auto all = std::make_index_sequence<numSections> {};
+    const Coefficients coefficients (sections);
+
+    SectionStages<Coefficients, numSections, Source, Sink> stages (sections, coefficients, source, between, sink, all);
+    StagePipeline<numSections>::process (stages, numFrames);
+    stages.keepDelayLines (sections, all);
+}
+
+/** One pipeline, of one to maxPipelineSections sections. */
+template <typename Coefficients, typename Source, typename Sink>
+void processPipeline (std::span<const Section> sections, Source source, Frames between, Sink sink,
+                      std::size_t numFrames) noexcept
+{
+    static constexpr std::array pipelines { processSections<Coefficients, Source, Sink, 1>,
+                                            processSections<Coefficients, Source, Sink, 2>,
+                                            processSections<Coefficients, Source, Sink, 3>,
+                                            processSections<Coefficients, Source, Sink, 4> };
+    static_assert (pipelines.size() == maxPipelineSections);
+
+    pipelines[sections.size() - 1](sections, source, between, sink, numFrames);
+}
+
+/** All sections, in as many pipelines as they need. */
+template <typename Coefficients>
+void processFrames (std::span<const Section> sections, StereoBlock block) noexcept
+{
+    const Frames frames { block.data() };
+
+    for (std::size_t first = 0; first < sections.size(); first += maxPipelineSections)
+        processPipeline<Coefficients> (
+            sections.subspan (first, std::min (maxPipelineSections, sections.size() - first)), frames, frames, frames,
+            block.size());
+}
+
+/** Converts the samples on the way: the conversion overlaps with the first and the last section. At least one section, and
+    at most two pipelines of them. With coefficients of each frame's own it would gain nothing: there the processor is full. */
+void processSamples (std::span<const Section> sections, SampleBlock block, StereoPair* storage) noexcept
+{
+    const Samples samples { block.left, block.right };
+    const Frames between { storage };
+
+    if (sections.size() <= maxPipelineSections)
+        return processPipeline<StandingCoefficients> (sections, samples, between, samples, block.size);
+
+    const auto half = sections.size() / 2;
+    processPipeline<StandingCoefficients> (sections.first (half), samples, between, between, block.size);
+    processPipeline<StandingCoefficients> (sections.subspan (half), between, between, samples, block.size);
+}
+} // namespace
+
+SectionCascade::SectionCascade (SampleBlock newSamples, Coefficients newCoefficients) noexcept
+    : samples (newSamples), coefficients (newCoefficients), frames (StereoBlock (storage).first (newSamples.size)),
+      areConverted (false)
+{
+    assert (newSamples.size <= maxBlockFrames);
+}
+
+SectionCascade::SectionCascade (StereoBlock newFrames, Coefficients newCoefficients) noexcept
+    : samples {}, coefficients (newCoefficients), frames (newFrames), areConverted (true)
+{
+}
+
+void SectionCascade::add (const Section& section) noexcept
+{
+    assert (numSections < maxSections);
+    sections[numSections++] = section;
+}
+
+StereoBlock SectionCascade::processed() noexcept
+{
+    if (! areConverted)
+        widen (samples, frames);
+
+    areConverted = true;
+
+    const auto added = std::span<const Section> (sections).first (numSections);
+
+    if (coefficients == Coefficients::standing)
+        processFrames<StandingCoefficients> (added, frames);
+    else
+        processFrames<PerFrameCoefficients> (added, frames);
+
+    numSections = 0;
+    return frames;
+}
+
+void SectionCascade::finish() noexcept
+{
+    const auto canConvertOnTheWay = ! areConverted && numSections > 0 && numSections <= 2 * maxPipelineSections;
+
+    if (canConvertOnTheWay && coefficients == Coefficients::standing)
+        return processSamples (std::span<const Section> (sections).first (numSections), samples, storage.data());
+
+    const auto result = processed();
+
+    if (samples.size > 0)
+        narrow (result, samples);
+}

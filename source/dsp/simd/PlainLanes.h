@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+/** Numbers side by side, for processors without lanes of their own. */
+template <typename Number, std::size_t numLanes>
+class PlainLanes
+{
+public:
+    static constexpr std::size_t size = numLanes;
+    using Values = std::array<Number, numLanes>;
+
+    /** Not initialised, unless by braces: whole blocks are filled at once. */
+    PlainLanes() noexcept = default;
+
+    explicit PlainLanes (const Values& newLanes) noexcept : lanes (newLanes) {}
+
+    template <typename... Numbers>
+    PlainLanes (Number first, Number second, Numbers... others) noexcept : lanes { first, second, others... }
+    {
+    }
+
+    /** The same number in every lane. */
+    [[nodiscard]] static PlainLanes all (Number x) noexcept
+    {
+        return each ([x] (std::size_t) { return x; });
+    }
+
+    /** The number of each lane. */
+    [[nodiscard]] Values values() const noexcept { return lanes; }
+
+    /** The number of one lane. */
+    template <std::size_t lane>
+    [[nodiscard]] Number get() const noexcept
+    {
+        return lanes[lane];
+    }
+
+    /** The same but for one lane. */
+    template <std::size_t lane>
+    [[nodiscard]] PlainLanes with (Number x) const noexcept
+    {
+        auto changed = lanes;
+        changed[lane] = x;
+        return PlainLanes (changed);
+    }
+
+    /** Each without its sign. */
+    [[nodiscard]] PlainLanes magnitude() const noexcept
+    {
+        return each ([this] (std::size_t i) { return std::abs (lanes[i]); });
+    }
+
+    friend PlainLanes operator+ (PlainLanes a, PlainLanes b) noexcept
+    {
+        return each ([=] (std::size_t i) { return a.lanes[i] + b.lanes[i]; });
+    }
+
+    friend PlainLanes operator- (PlainLanes a, PlainLanes b) noexcept
+    {
+        return each ([=] (std::size_t i) { return a.lanes[i] - b.lanes[i]; });
+    }
+
+    friend PlainLanes operator* (PlainLanes a, PlainLanes b) noexcept
+    {
+        return each ([=] (std::size_t i) { return a.lanes[i] * b.lanes[i]; });
+    }
+
+    friend PlainLanes operator/ (PlainLanes a, PlainLanes b) noexcept
+    {
+        return each ([=] (std::size_t i) { return a.lanes[i] / b.lanes[i]; });
+    }
+
+    /** a where it is less than b, and b elsewhere. */
+    [[nodiscard]] friend PlainLanes lesserOf (PlainLanes a, PlainLanes b) noexcept
+    {
+        return each ([=] (std::size_t i) { return a.lanes[i] < b.lanes[i] ? a.lanes[i] : b.lanes[i]; });
+    }
+
+    /** a where it is greater than b, and b elsewhere. */
+    [[nodiscard]] friend PlainLanes greaterOf (PlainLanes a, PlainLanes b) noexcept
+    {
+        return each ([=] (std::size_t i) { return a.lanes[i] > b.lanes[i] ? a.lanes[i] : b.lanes[i]; });
+    }
+
+    /** x where a is greater than b, and y elsewhere. */
+    [[nodiscard]] friend PlainLanes whereGreater (PlainLanes a, PlainLanes b, PlainLanes x, PlainLanes y) noexcept
+    {
+        return each ([=] (std::size_t i) { return a.lanes[i] > b.lanes[i] ? x.lanes[i] : y.lanes[i]; });
+    }
+
+    /** x where a is at least b, and y elsewhere. */
+    [[nodiscard]] friend PlainLanes whereAtLeast (PlainLanes a, PlainLanes b, PlainLanes x, PlainLanes y) noexcept
+    {
+        return each ([=] (std::size_t i) { return a.lanes[i] >= b.lanes[i] ? x.lanes[i] : y.lanes[i]; });
+    }
+
+    // What only a pair of channels has.
+
+    /** The same number on both sides. */
+    [[nodiscard]] static PlainLanes both (double x) noexcept requires (numLanes == 2) { return { x, x }; }
+
+    /** Two samples, exactly. */
+    [[nodiscard]] static PlainLanes widened (float left, float right) noexcept requires (numLanes == 2)
+    {
+        return { (double) left, (double) right };
+    }
+
+    /** Rounds both sides. */
+    void narrowTo (float& left, float& right) const noexcept requires (numLanes == 2)
+    {
+        left = (float) lanes[0];
+        right = (float) lanes[1];
+    }
+
+    /** The left side alone. */
+    [[nodiscard]] double left() const noexcept requires (numLanes == 2) { return lanes[0]; }
+
+    /** The right side alone. */
+    [[nodiscard]] double right() const noexcept requires (numLanes == 2) { return lanes[1]; }
+
+private:
+    template <typename Result>
+    [[nodiscard]] static PlainLanes each (Result result) noexcept
+    {
+        Values values;
+
+        for (std::size_t i = 0; i < numLanes; ++i)
+            values[i] = result (i);
+
+        return PlainLanes (values);
+    }
+
+    Values lanes;
+};
+
+/** One number for the left channel and one for the right. */
+using StereoPair = PlainLanes<double, 2>;
+
+/** Four floats. */
+using FloatQuad = PlainLanes<float, 4>;
+
+/** Converts the samples of four frames to double. */
+inline void widenFour (const float* left, const float* right, StereoPair* pairs) noexcept
+{
+    for (std::size_t i = 0; i < 4; ++i)
+        pairs[i] = StereoPair::widened (left[i], right[i]);
+}
+
+/** Converts four frames back to float. */
+inline void narrowFour (const StereoPair* pairs, float* left, float* right) noexcept
+{
+    for (std::size_t i = 0; i < 4; ++i)
+        pairs[i].narrowTo (left[i], right[i]);
+}

@@ -1,0 +1,176 @@
+// SPDX-License-Identifier: AGPL-3.0-or-later
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <emmintrin.h>
+
+/** One number for the left channel and one for the right. They lie in one register, so that every operation costs what it
+    costs for one channel. */
+class StereoPair
+{
+public:
+    /** Not initialised, unless by braces: whole blocks are filled at once. */
+    StereoPair() noexcept = default;
+
+    /** The two sides. */
+    StereoPair (double left, double right) noexcept : pair (_mm_set_pd (right, left)) {}
+
+    /** The same number on both sides. */
+    [[nodiscard]] static StereoPair both (double x) noexcept { return StereoPair (_mm_set1_pd (x)); }
+
+    /** Two samples, exactly. */
+    [[nodiscard]] static StereoPair widened (float left, float right) noexcept
+    {
+        return StereoPair (_mm_cvtps_pd (_mm_unpacklo_ps (_mm_set_ss (left), _mm_set_ss (right))));
+    }
+
+    /** Rounds both sides. */
+    void narrowTo (float& left, float& right) const noexcept
+    {
+        const auto narrow = _mm_cvtpd_ps (pair);
+        left = _mm_cvtss_f32 (narrow);
+        right = _mm_cvtss_f32 (_mm_shuffle_ps (narrow, narrow, 1));
+    }
+
+    /** The left side alone. */
+    [[nodiscard]] double left() const noexcept { return _mm_cvtsd_f64 (pair); }
+
+    /** The right side alone. */
+    [[nodiscard]] double right() const noexcept { return _mm_cvtsd_f64 (_mm_unpackhi_pd (pair, pair)); }
+
+    /** Each side without its sign. */
+    [[nodiscard]] StereoPair magnitude() const noexcept
+    {
+        return StereoPair (_mm_andnot_pd (_mm_set1_pd (-0.0), pair));
+    }
+
+    friend StereoPair operator+ (StereoPair a, StereoPair b) noexcept
+    {
+        return StereoPair (_mm_add_pd (a.pair, b.pair));
+    }
+
+    friend StereoPair operator- (StereoPair a, StereoPair b) noexcept
+    {
+        return StereoPair (_mm_sub_pd (a.pair, b.pair));
+    }
+
+    friend StereoPair operator* (StereoPair a, StereoPair b) noexcept
+    {
+        return StereoPair (_mm_mul_pd (a.pair, b.pair));
+    }
+
+    friend StereoPair operator/ (StereoPair a, StereoPair b) noexcept
+    {
+        return StereoPair (_mm_div_pd (a.pair, b.pair));
+    }
+
+    /** Converts the samples of four frames to double. */
+    friend void widenFour (const float* left, const float* right, StereoPair* pairs) noexcept
+    {
+        const auto l = _mm_loadu_ps (left);
+        const auto r = _mm_loadu_ps (right);
+        const auto first = _mm_unpacklo_ps (l, r);
+        const auto second = _mm_unpackhi_ps (l, r);
+        pairs[0].pair = _mm_cvtps_pd (first);
+        pairs[1].pair = _mm_cvtps_pd (_mm_movehl_ps (first, first));
+        pairs[2].pair = _mm_cvtps_pd (second);
+        pairs[3].pair = _mm_cvtps_pd (_mm_movehl_ps (second, second));
+    }
+
+    /** Converts four frames back to float. */
+    friend void narrowFour (const StereoPair* pairs, float* left, float* right) noexcept
+    {
+        const auto first = _mm_movelh_ps (_mm_cvtpd_ps (pairs[0].pair), _mm_cvtpd_ps (pairs[1].pair));
+        const auto second = _mm_movelh_ps (_mm_cvtpd_ps (pairs[2].pair), _mm_cvtpd_ps (pairs[3].pair));
+        _mm_storeu_ps (left, _mm_shuffle_ps (first, second, _MM_SHUFFLE (2, 0, 2, 0)));
+        _mm_storeu_ps (right, _mm_shuffle_ps (first, second, _MM_SHUFFLE (3, 1, 3, 1)));
+    }
+
+private:
+    explicit StereoPair (__m128d newPair) noexcept : pair (newPair) {}
+
+    __m128d pair;
+};
+
+/** Four floats in one register. What the control side has four of, it moves together. */
+class FloatQuad
+{
+public:
+    static constexpr std::size_t size = 4;
+    using Values = std::array<float, size>;
+
+    /** Not initialised, unless by braces. */
+    FloatQuad() noexcept = default;
+
+    FloatQuad (float a, float b, float c, float d) noexcept : quad (_mm_setr_ps (a, b, c, d)) {}
+    explicit FloatQuad (const Values& values) noexcept : quad (_mm_loadu_ps (values.data())) {}
+
+    /** The same number four times. */
+    [[nodiscard]] static FloatQuad all (float x) noexcept { return FloatQuad (_mm_set1_ps (x)); }
+
+    [[nodiscard]] Values values() const noexcept
+    {
+        Values result;
+        _mm_storeu_ps (result.data(), quad);
+        return result;
+    }
+
+    /** The number of one lane. */
+    template <std::size_t lane>
+    [[nodiscard]] float get() const noexcept
+    {
+        return _mm_cvtss_f32 (_mm_shuffle_ps (quad, quad, (int) lane));
+    }
+
+    /** The same but for one lane. */
+    template <std::size_t lane>
+    [[nodiscard]] FloatQuad with (float x) const noexcept
+    {
+        auto changed = values();
+        changed[lane] = x;
+        return FloatQuad (changed);
+    }
+
+    /** Each without its sign. */
+    [[nodiscard]] FloatQuad magnitude() const noexcept { return FloatQuad (_mm_andnot_ps (_mm_set1_ps (-0.0f), quad)); }
+
+    friend FloatQuad operator+ (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_add_ps (a.quad, b.quad)); }
+    friend FloatQuad operator- (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_sub_ps (a.quad, b.quad)); }
+    friend FloatQuad operator* (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_mul_ps (a.quad, b.quad)); }
+    friend FloatQuad operator/ (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_div_ps (a.quad, b.quad)); }
+
+    /** a where it is less than b, and b elsewhere. */
+    [[nodiscard]] friend FloatQuad lesserOf (FloatQuad a, FloatQuad b) noexcept
+    {
+        return FloatQuad (_mm_min_ps (a.quad, b.quad));
+    }
+
+    /** a where it is greater than b, and b elsewhere. */
+    [[nodiscard]] friend FloatQuad greaterOf (FloatQuad a, FloatQuad b) noexcept
+    {
+        return FloatQuad (_mm_max_ps (a.quad, b.quad));
+    }
+
+    /** x where a is greater than b, and y elsewhere. */
+    [[nodiscard]] friend FloatQuad whereGreater (FloatQuad a, FloatQuad b, FloatQuad x, FloatQuad y) noexcept
+    {
+        return choose (_mm_cmpgt_ps (a.quad, b.quad), x, y);
+    }
+
+    /** x where a is at least b, and y elsewhere. */
+    [[nodiscard]] friend FloatQuad whereAtLeast (FloatQuad a, FloatQuad b, FloatQuad x, FloatQuad y) noexcept
+    {
+        return choose (_mm_cmpge_ps (a.quad, b.quad), x, y);
+    }
+
+private:
+    explicit FloatQuad (__m128 newQuad) noexcept : quad (newQuad) {}
+
+    [[nodiscard]] static FloatQuad choose (__m128 mask, FloatQuad x, FloatQuad y) noexcept
+    {
+        return FloatQuad (_mm_or_ps (_mm_and_ps (mask, x.quad), _mm_andnot_ps (mask, y.quad)));
+    }
+
+    __m128 quad;
+};
