@@ -31,7 +31,7 @@ Noise::Noise()
     }
 }
 
-Noise::Stretch Noise::next (std::size_t numFrames) noexcept
+Noise::Block Noise::next (std::size_t numFrames) noexcept
 {
     if (position + numFrames > noiseLength)
         position = 0;
@@ -53,14 +53,14 @@ void Contest::run (benchmark::State& state)
 
     for ([[maybe_unused]] auto _ : state)
     {
-        const auto stretch = noise.next ((std::size_t) numFrames);
+        const auto block = noise.next ((std::size_t) numFrames);
         auto secondsOfRound = 0.0;
 
         // Another one begins each time: nobody is always the one who finds the caches as the same other left them.
         for (std::size_t i = 0; i < entries.size(); ++i)
         {
             auto& entry = entries[(first + i) % entries.size()];
-            entry.contestant->take (stretch);
+            entry.contestant->take (block);
 
             const auto seconds = secondsOf (*entry.contestant);
             entry.fastest = std::min (entry.fastest, seconds);

@@ -14,13 +14,13 @@ class Noise
 public:
     Noise();
 
-    struct Stretch
+    struct Block
     {
         std::span<const float> left, right;
     };
 
     /** The next frames. */
-    [[nodiscard]] Stretch next (std::size_t numFrames) noexcept;
+    [[nodiscard]] Block next (std::size_t numFrames) noexcept;
 
 private:
     std::vector<float> left, right;
@@ -34,13 +34,13 @@ public:
     virtual ~Contestant() = default;
 
     /** Takes the sound over. Not timed. */
-    virtual void take (const Noise::Stretch& stretch) = 0;
+    virtual void take (const Noise::Block& block) = 0;
 
     /** Processes what it has taken. Timed. */
     virtual void run() = 0;
 };
 
-/** Measures contestants against each other: in every round each of them processes the same fresh stretch of sound, and the
+/** Measures contestants against each other: in every round each of them processes the same fresh block of sound, and the
     shortest time that each has ever taken counts. Whatever else the machine does falls on all of them alike and is left
     out by the minimum, so that a ratio of two minima repeats within a few percent even on a busy machine.
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// The whole plug-in beside the literal engine of the tests, and beside JUCE's filters.
+// The whole plug-in beside the reference engine of the tests, and beside JUCE's filters.
 #include "EngineContestants.h"
 #include "JuceCascade.h"
 #include "Registration.h"
@@ -7,17 +7,17 @@
 namespace
 {
 /** How many times faster the plug-in should be, and how many it could be. */
-struct Goal
+struct Target
 {
-    double reach;
-    double further;
+    double target;
+    double stretch;
 };
 
 struct Regime
 {
     const char* name;
     Patch patch;
-    Goal goal;
+    Target target;
 };
 
 using Sharing = JuceCascade::Sharing;
@@ -27,47 +27,49 @@ struct JuceRegime
     const char* name;
     int order;
     bool redesigned;
-    Goal goal;
+    Target target;
     Sharing sharing = Sharing::oneForBothChannels;
 };
 
-const Table besideLiteralEngine { "plug-in",
-                                  "The plug-in beside the literal engine",
-                                  "regime",
-                                  { { "literal", "literal, ns/frame", 1 },
-                                    { "ours", "ours, ns/frame", 1 },
-                                    { "ratio", "ratio", 2 },
-                                    { "reach", "goal", 1 },
-                                    { "try", "further", 1 },
-                                    { "literalMegaframes", "literal, Mframes/s", 2 },
-                                    { "megaframes", "ours, Mframes/s", 2 } },
-                                  "Through `MainAudioProcessor::processBlock`: 512-frame blocks, 48 kHz, stereo. "
-                                  "Mframes/s: million frames per second." };
+const Table besideReferenceEngine { "plug-in",
+                                    "The plug-in beside the reference engine",
+                                    "regime",
+                                    { { "reference", "reference, ns/frame", 1 },
+                                      { "plug-in", "plug-in, ns/frame", 1 },
+                                      { "ratio", "ratio", 2 },
+                                      { "target", "target", 1 },
+                                      { "stretchTarget", "stretch target", 1 },
+                                      { "referenceMegaframes", "reference, Mframes/s", 2 },
+                                      { "megaframes", "plug-in, Mframes/s", 2 } },
+                                    "Through `MainAudioProcessor::processBlock`: 512-frame blocks, 48 kHz, stereo. "
+                                    "Mframes/s: million frames per second." };
 
-const Table besideJuce { "JUCE",
-                         "The plug-in beside cascades of JUCE's own filters",
-                         "JUCE / ours",
-                         { { "juce", "JUCE, ns/frame", 1 },
-                           { "ours", "ours, ns/frame", 1 },
-                           { "ratio", "ratio", 2 },
-                           { "reach", "goal", 1 },
-                           { "try", "further", 1 } },
-                         "`juce::dsp::IIR::Filter<double>`, highpass and lowpass of the same orders, stereo. JUCE's "
-                         "side is the bare filters on\n"
-                         "doubles; ours is the whole plug-in on floats, with transport, LFO, slews and change watch." };
+const Table besideJuce {
+    "JUCE",
+    "The plug-in beside cascades of JUCE's own filters",
+    "JUCE / plug-in",
+    { { "juce", "JUCE, ns/frame", 1 },
+      { "plug-in", "plug-in, ns/frame", 1 },
+      { "ratio", "ratio", 2 },
+      { "target", "target", 1 },
+      { "stretchTarget", "stretch target", 1 } },
+    "`juce::dsp::IIR::Filter<double>`, highpass and lowpass of the same orders, stereo. JUCE's "
+    "side is the bare filters on\n"
+    "doubles; beside them stands the whole plug-in on floats, with transport, LFO, slews and change watch."
+};
 
-void report (benchmark::State& state, const Contest& contest, const Goal& goal)
+void report (benchmark::State& state, const Contest& contest, const Target& target)
 {
     const auto theirs = contest.nanosecondsPerFrame (0);
-    const auto ours = contest.nanosecondsPerFrame (1);
-    state.counters["ratio"] = theirs / ours;
-    state.counters["literalMegaframes"] = 1000.0 / theirs;
-    state.counters["megaframes"] = 1000.0 / ours;
-    state.counters["reach"] = goal.reach;
-    state.counters["try"] = goal.further;
+    const auto plugin = contest.nanosecondsPerFrame (1);
+    state.counters["ratio"] = theirs / plugin;
+    state.counters["referenceMegaframes"] = 1000.0 / theirs;
+    state.counters["megaframes"] = 1000.0 / plugin;
+    state.counters["target"] = target.target;
+    state.counters["stretchTarget"] = target.stretch;
 }
 
-void registerBesideLiteralEngine()
+void registerBesideReferenceEngine()
 {
     const std::vector<Regime> regimes {
         { "asleep, 12/12", Patch::asleep (2), { 4.5, 6.0 } },
@@ -79,14 +81,14 @@ void registerBesideLiteralEngine()
     };
 
     for (const auto& regime : regimes)
-        registerRow (besideLiteralEngine.key, regime.name,
+        registerRow (besideReferenceEngine.key, regime.name,
                      [regime] (benchmark::State& state)
                      {
                          Contest contest;
-                         contest.add ("literal", std::make_unique<LiteralContestant> (regime.patch));
-                         contest.add ("ours", std::make_unique<ProductContestant> (regime.patch));
+                         contest.add ("reference", std::make_unique<ReferenceContestant> (regime.patch));
+                         contest.add ("plug-in", std::make_unique<PluginContestant> (regime.patch));
                          contest.run (state);
-                         report (state, contest, regime.goal);
+                         report (state, contest, regime.target);
                      });
 }
 
@@ -129,16 +131,16 @@ void registerBesideJuce()
                          const auto patch = regime.redesigned ? Patch::bothCutoffs (slope) : Patch::asleep (slope);
                          Contest contest;
                          contest.add ("juce", makeJuceContestant (regime));
-                         contest.add ("ours", std::make_unique<ProductContestant> (patch));
+                         contest.add ("plug-in", std::make_unique<PluginContestant> (patch));
                          contest.run (state);
-                         report (state, contest, regime.goal);
+                         report (state, contest, regime.target);
                      });
 }
 } // namespace
 
 std::vector<Table> registerEngineBenchmarks()
 {
-    registerBesideLiteralEngine();
+    registerBesideReferenceEngine();
     registerBesideJuce();
-    return { besideLiteralEngine, besideJuce };
+    return { besideReferenceEngine, besideJuce };
 }

@@ -5,17 +5,17 @@
 
 namespace
 {
-/** Longer than any glide: whoever can sleep does so at its end. */
+/** Longer than any glide: an engine that can sleep does so at its end. */
 constexpr double settlingSeconds = 0.5;
 
 void settle (Contestant& contestant, double rate)
 {
-    constexpr std::size_t stretch = 4096;
+    constexpr std::size_t blockFrames = 4096;
     Noise noise;
 
-    for (auto frames = 0.0; frames < settlingSeconds * rate; frames += (double) stretch)
+    for (auto frames = 0.0; frames < settlingSeconds * rate; frames += (double) blockFrames)
     {
-        contestant.take (noise.next (stretch));
+        contestant.take (noise.next (blockFrames));
         contestant.run();
     }
 }
@@ -40,7 +40,7 @@ reference::Transport PlayingTransport::position() const
 }
 
 //======================================================================================================================
-ProductContestant::ProductContestant (const Patch& patch, Running running)
+PluginContestant::PluginContestant (const Patch& patch, Running running)
     : transport (running.rate), blockSize (running.blockSize)
 {
     for (const auto& setting : patch.settings)
@@ -52,27 +52,27 @@ ProductContestant::ProductContestant (const Patch& patch, Running running)
     settle (*this, running.rate);
 }
 
-void ProductContestant::take (const Noise::Stretch& stretch)
+void PluginContestant::take (const Noise::Block& block)
 {
-    const auto numFrames = (int) stretch.left.size();
-    stretchBuffer.setSize (2, numFrames, false, false, true);
-    stretchBuffer.copyFrom (0, 0, stretch.left.data(), numFrames);
-    stretchBuffer.copyFrom (1, 0, stretch.right.data(), numFrames);
+    const auto numFrames = (int) block.left.size();
+    buffer.setSize (2, numFrames, false, false, true);
+    buffer.copyFrom (0, 0, block.left.data(), numFrames);
+    buffer.copyFrom (1, 0, block.right.data(), numFrames);
 }
 
-void ProductContestant::run()
+void PluginContestant::run()
 {
-    for (int start = 0; start < stretchBuffer.getNumSamples(); start += blockSize)
+    for (int start = 0; start < buffer.getNumSamples(); start += blockSize)
     {
-        const auto numFrames = std::min (blockSize, stretchBuffer.getNumSamples() - start);
-        juce::AudioBuffer<float> block (stretchBuffer.getArrayOfWritePointers(), 2, start, numFrames);
+        const auto numFrames = std::min (blockSize, buffer.getNumSamples() - start);
+        juce::AudioBuffer<float> block (buffer.getArrayOfWritePointers(), 2, start, numFrames);
         processor.processBlock (block, noMidi);
         transport.moveOn (numFrames);
     }
 }
 
 //======================================================================================================================
-LiteralContestant::LiteralContestant (const Patch& patch, Running running)
+ReferenceContestant::ReferenceContestant (const Patch& patch, Running running)
     : transport (running.rate), blockSize (running.blockSize)
 {
     for (const auto& setting : patch.settings)
@@ -84,13 +84,13 @@ LiteralContestant::LiteralContestant (const Patch& patch, Running running)
     settle (*this, running.rate);
 }
 
-void LiteralContestant::take (const Noise::Stretch& stretch)
+void ReferenceContestant::take (const Noise::Block& block)
 {
-    left.assign (stretch.left.begin(), stretch.left.end());
-    right.assign (stretch.right.begin(), stretch.right.end());
+    left.assign (block.left.begin(), block.left.end());
+    right.assign (block.right.begin(), block.right.end());
 }
 
-void LiteralContestant::run()
+void ReferenceContestant::run()
 {
     const auto total = (int) left.size();
 
@@ -106,13 +106,13 @@ void LiteralContestant::run()
 ManyInstances::ManyInstances (int count, const Patch& patch)
 {
     for (int i = 0; i < count; ++i)
-        instances.push_back (std::make_unique<ProductContestant> (patch));
+        instances.push_back (std::make_unique<PluginContestant> (patch));
 }
 
-void ManyInstances::take (const Noise::Stretch& stretch)
+void ManyInstances::take (const Noise::Block& block)
 {
     for (auto& instance : instances)
-        instance->take (stretch);
+        instance->take (block);
 }
 
 void ManyInstances::run()

@@ -32,29 +32,29 @@ private:
 };
 
 /** The plug-in, through processBlock. */
-class ProductContestant : public Contestant
+class PluginContestant : public Contestant
 {
 public:
-    explicit ProductContestant (const Patch& patch, Running running = {});
+    explicit PluginContestant (const Patch& patch, Running running = {});
 
-    void take (const Noise::Stretch& stretch) override;
+    void take (const Noise::Block& block) override;
     void run() override;
 
 private:
     MainAudioProcessor processor;
     PlayingTransport transport;
     int blockSize;
-    juce::AudioBuffer<float> stretchBuffer;
+    juce::AudioBuffer<float> buffer;
     juce::MidiBuffer noMidi;
 };
 
-/** The literal engine of the tests. */
-class LiteralContestant : public Contestant
+/** The reference engine of the tests. */
+class ReferenceContestant : public Contestant
 {
 public:
-    explicit LiteralContestant (const Patch& patch, Running running = {});
+    explicit ReferenceContestant (const Patch& patch, Running running = {});
 
-    void take (const Noise::Stretch& stretch) override;
+    void take (const Noise::Block& block) override;
     void run() override;
 
 private:
@@ -70,9 +70,9 @@ class ManyInstances : public Contestant
 public:
     ManyInstances (int count, const Patch& patch);
 
-    void take (const Noise::Stretch& stretch) override;
+    void take (const Noise::Block& block) override;
     void run() override;
 
 private:
-    std::vector<std::unique_ptr<ProductContestant>> instances;
+    std::vector<std::unique_ptr<PluginContestant>> instances;
 };

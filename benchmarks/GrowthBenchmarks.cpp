@@ -39,7 +39,7 @@ void addRegimes (Contest& contest, Make make)
 void runRegimes (benchmark::State& state, const Running& running)
 {
     Contest contest (std::max (framesOfRound, running.blockSize));
-    addRegimes (contest, [&] (const Patch& patch) { return std::make_unique<ProductContestant> (patch, running); });
+    addRegimes (contest, [&] (const Patch& patch) { return std::make_unique<PluginContestant> (patch, running); });
     contest.run (state);
     state.counters["load"] = 100.0 * contest.nanosecondsPerFrame (2) * 1e-9 * running.rate;
 }

@@ -10,20 +10,20 @@ using Design = juce::dsp::IIR::ArrayCoefficients<double>;
 constexpr double hostRate = 48000.0;
 constexpr juce::uint32 largestBlock = 4096;
 
-void widen (juce::AudioBuffer<double>& buffer, const Noise::Stretch& stretch)
+void widen (juce::AudioBuffer<double>& buffer, const Noise::Block& block)
 {
-    buffer.setSize (2, (int) stretch.left.size(), false, false, true);
+    buffer.setSize (2, (int) block.left.size(), false, false, true);
 
     for (int n = 0; n < buffer.getNumSamples(); ++n)
     {
-        buffer.setSample (0, n, (double) stretch.left[(size_t) n]);
-        buffer.setSample (1, n, (double) stretch.right[(size_t) n]);
+        buffer.setSample (0, n, (double) block.left[(std::size_t) n]);
+        buffer.setSample (1, n, (double) block.right[(std::size_t) n]);
     }
 }
 } // namespace
 
 JuceCascade::JuceCascade (int order, double newRate, Sharing sharing)
-    : rate (newRate), highpass ((size_t) order / 2), lowpass ((size_t) order / 2)
+    : rate (newRate), highpass ((std::size_t) order / 2), lowpass ((std::size_t) order / 2)
 {
     for (auto* cascade : { &highpass, &lowpass })
         for (size_t i = 0; i < cascade->size(); ++i)
@@ -87,7 +87,7 @@ StaticJuceContestant::StaticJuceContestant (int order)
 {
 }
 
-void StaticJuceContestant::take (const Noise::Stretch& stretch) { widen (buffer, stretch); }
+void StaticJuceContestant::take (const Noise::Block& block) { widen (buffer, block); }
 
 void StaticJuceContestant::run()
 {
@@ -101,7 +101,7 @@ RedesignedJuceContestant::RedesignedJuceContestant (int order, JuceCascade::Shar
 {
 }
 
-void RedesignedJuceContestant::take (const Noise::Stretch& stretch) { widen (buffer, stretch); }
+void RedesignedJuceContestant::take (const Noise::Block& block) { widen (buffer, block); }
 
 void RedesignedJuceContestant::run()
 {

@@ -50,7 +50,7 @@ class StaticJuceContestant : public Contestant
 public:
     explicit StaticJuceContestant (int order);
 
-    void take (const Noise::Stretch& stretch) override;
+    void take (const Noise::Block& block) override;
     void run() override;
 
 private:
@@ -64,7 +64,7 @@ class RedesignedJuceContestant : public Contestant
 public:
     RedesignedJuceContestant (int order, JuceCascade::Sharing sharing);
 
-    void take (const Noise::Stretch& stretch) override;
+    void take (const Noise::Block& block) override;
     void run() override;
 
 private:

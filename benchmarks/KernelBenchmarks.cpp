@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// The classes of the engine by themselves, beside their literal twins.
+// The classes of the engine by themselves, beside their counterparts in the reference engine.
 #include <algorithm>
 #include <array>
 #include <string>
@@ -11,7 +11,7 @@
 #include "dsp/filters/ResonancePeak.h"
 #include "dsp/modulation/Frequencer.h"
 #include "dsp/modulation/LfoGenerator.h"
-#include "dsp/simd/FrameRun.h"
+#include "dsp/simd/StereoBlock.h"
 #include "reference/ReferenceFilters.h"
 #include "reference/ReferenceLfo.h"
 #include "Registration.h"
@@ -25,23 +25,23 @@ const Table kernels {
     "kernel",
     "The kernels",
     "kernel",
-    { { "literal", "literal, ns/frame", 1 }, { "ours", "ours, ns/frame", 1 }, { "ratio", "ratio", 2 } },
-    "The classes by themselves. The plug-in takes frames in runs wherever it can; one frame at a time is how a test "
+    { { "reference", "reference, ns/frame", 1 }, { "plug-in", "plug-in, ns/frame", 1 }, { "ratio", "ratio", 2 } },
+    "The classes by themselves. The plug-in takes frames in blocks wherever it can; one frame at a time is how a test "
     "or\n"
     "another program may call them. Redesigned: before every frame."
 };
 
-/** Calls a function of one frame in double precision for each frame of the stretch. */
+/** Calls a function of one frame in double precision for each frame of the block. */
 template <typename Frame>
 class KernelContestant : public Contestant
 {
 public:
     explicit KernelContestant (Frame newFrame) : frame (std::move (newFrame)) {}
 
-    void take (const Noise::Stretch& stretch) override
+    void take (const Noise::Block& block) override
     {
-        left.assign (stretch.left.begin(), stretch.left.end());
-        right.assign (stretch.right.begin(), stretch.right.end());
+        left.assign (block.left.begin(), block.left.end());
+        right.assign (block.right.begin(), block.right.end());
     }
 
     void run() override
@@ -66,38 +66,38 @@ std::unique_ptr<Contestant> makeKernel (Frame frame)
 }
 
 /** The same for a function of many frames, which takes the samples as pairs. */
-template <typename Run>
-class RunContestant : public Contestant
+template <typename Process>
+class BlockContestant : public Contestant
 {
 public:
-    explicit RunContestant (Run newRun) : processRun (std::move (newRun)) {}
+    explicit BlockContestant (Process newProcess) : process (std::move (newProcess)) {}
 
-    void take (const Noise::Stretch& stretch) override
+    void take (const Noise::Block& block) override
     {
         frames.clear();
 
-        for (std::size_t n = 0; n < stretch.left.size(); ++n)
-            frames.emplace_back ((double) stretch.left[n], (double) stretch.right[n]);
+        for (std::size_t n = 0; n < block.left.size(); ++n)
+            frames.emplace_back ((double) block.left[n], (double) block.right[n]);
     }
 
     void run() override
     {
-        for (std::size_t start = 0; start < frames.size(); start += maxRunFrames)
-            processRun (FrameRun (frames).subspan (start, std::min (maxRunFrames, frames.size() - start)));
+        for (std::size_t start = 0; start < frames.size(); start += maxBlockFrames)
+            process (StereoBlock (frames).subspan (start, std::min (maxBlockFrames, frames.size() - start)));
 
         benchmark::DoNotOptimize (frames.data());
         benchmark::ClobberMemory();
     }
 
 private:
-    Run processRun;
+    Process process;
     std::vector<StereoPair> frames;
 };
 
-template <typename Run>
-std::unique_ptr<Contestant> makeRunKernel (Run run)
+template <typename Process>
+std::unique_ptr<Contestant> makeBlockKernel (Process process)
 {
-    return std::make_unique<RunContestant<Run>> (std::move (run));
+    return std::make_unique<BlockContestant<Process>> (std::move (process));
 }
 
 /** A cutoff that is another one at every frame. */
@@ -114,30 +114,30 @@ private:
     double hertz = startHz;
 };
 
-void runDuel (benchmark::State& state, std::unique_ptr<Contestant> literal, std::unique_ptr<Contestant> ours)
+void runDuel (benchmark::State& state, std::unique_ptr<Contestant> reference, std::unique_ptr<Contestant> plugin)
 {
     Contest contest;
-    contest.add ("literal", std::move (literal));
-    contest.add ("ours", std::move (ours));
+    contest.add ("reference", std::move (reference));
+    contest.add ("plug-in", std::move (plugin));
     contest.run (state);
     state.counters["ratio"] = contest.nanosecondsPerFrame (0) / contest.nanosecondsPerFrame (1);
 }
 
-template <typename MakeLiteral, typename MakeOurs>
-void registerDuel (const std::string& name, MakeLiteral makeLiteral, MakeOurs makeOurs)
+template <typename MakeReference, typename MakePlugin>
+void registerDuel (const std::string& name, MakeReference makeReference, MakePlugin makePlugin)
 {
     registerRow (kernels.key, name,
                  [=] (benchmark::State& state)
-                 { runDuel (state, makeKernel (makeLiteral()), makeKernel (makeOurs())); });
+                 { runDuel (state, makeKernel (makeReference()), makeKernel (makePlugin())); });
 }
 
-/** Ours takes many frames at once. */
-template <typename MakeLiteral, typename MakeOurs>
-void registerRunDuel (const std::string& name, MakeLiteral makeLiteral, MakeOurs makeOurs)
+/** The plug-in takes many frames at once. */
+template <typename MakeReference, typename MakePlugin>
+void registerBlockDuel (const std::string& name, MakeReference makeReference, MakePlugin makePlugin)
 {
-    registerRow (kernels.key, name + ", in runs",
+    registerRow (kernels.key, name + ", in blocks",
                  [=] (benchmark::State& state)
-                 { runDuel (state, makeKernel (makeLiteral()), makeRunKernel (makeOurs())); });
+                 { runDuel (state, makeKernel (makeReference()), makeBlockKernel (makePlugin())); });
 }
 
 //======================================================================================================================
@@ -159,18 +159,23 @@ auto movingButterworth (unsigned order)
     };
 }
 
-auto butterworthRun (unsigned order)
+auto butterworthBlock (unsigned order)
 {
     ButterworthFilter filter;
     filter.design (order, false, startHz, rate);
-    return [filter] (FrameRun frames) mutable { filter.processRun (frames); };
+    return [filter] (StereoBlock frames) mutable
+    {
+        SectionCascade cascade (frames, SectionCascade::Coefficients::standing);
+        filter.addTo (cascade);
+        cascade.finish();
+    };
 }
 
-auto ladderRun (int stages)
+auto ladderBlock (int stages)
 {
     GrungeLadder ladder;
     ladder.configure (stages, false, startHz, 0.15625, 80.0, rate);
-    return [ladder] (FrameRun frames) mutable { ladder.processRun (frames); };
+    return [ladder] (StereoBlock frames) mutable { ladder.process (frames); };
 }
 
 template <typename Peak>
@@ -217,9 +222,9 @@ void registerFilters()
         registerDuel (
             name, [=] { return staticButterworth<reference::ButterworthFilter> (order); },
             [=] { return staticButterworth<ButterworthFilter> (order); });
-        registerRunDuel (
+        registerBlockDuel (
             name, [=] { return staticButterworth<reference::ButterworthFilter> (order); },
-            [=] { return butterworthRun (order); });
+            [=] { return butterworthBlock (order); });
         registerDuel (
             name + ", redesigned", [=] { return movingButterworth<reference::ButterworthFilter> (order); },
             [=] { return movingButterworth<ButterworthFilter> (order); });
@@ -238,8 +243,8 @@ void registerFilters()
         registerDuel (
             name, [=] { return staticLadder<reference::GrungeLadder> (stages); },
             [=] { return staticLadder<GrungeLadder> (stages); });
-        registerRunDuel (
-            name, [=] { return staticLadder<reference::GrungeLadder> (stages); }, [=] { return ladderRun (stages); });
+        registerBlockDuel (
+            name, [=] { return staticLadder<reference::GrungeLadder> (stages); }, [=] { return ladderBlock (stages); });
         registerDuel (
             name + ", redesigned", [=] { return movingLadder<reference::GrungeLadder> (stages); },
             [=] { return movingLadder<GrungeLadder> (stages); });
@@ -296,7 +301,7 @@ void registerLfos()
     registerLfo ("sine, with curve", LfoGenerator::sine, 2.0f);
 }
 
-/** All ten steps; the literal engine has no such function by itself. */
+/** All ten steps; the reference engine has no such function by itself. */
 void registerSteps()
 {
     registerRow (kernels.key, "frequencer::evaluate",
@@ -315,7 +320,7 @@ void registerSteps()
                      };
 
                      Contest contest;
-                     contest.add ("ours", makeKernel (evaluate));
+                     contest.add ("plug-in", makeKernel (evaluate));
                      contest.run (state);
                  });
 }
