@@ -10,13 +10,13 @@ script=$(cd "$(dirname "$1")" && pwd)/demo
 patch=$(dirname "$script")/../tools/demo/patch.txt
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/demo test XXXXXX") # the blanks are part of every test
 trap 'rm -rf "$scratch"' EXIT
-# shellcheck source=tests/scripts/checks.sh
+# shellcheck source=tests/system/scripts/checks.sh
 source "$(dirname "$0")/checks.sh"
 
 project="$scratch/a project"
 page="$project/build/demo/index.html"
 mkdir -p "$project/scripts" "$project/tools/demo" "$project/build/release/tools/"{host,demo} "$scratch/bin"
-cp "$script" "$project/scripts/demo"
+cp "$script" "$(dirname "$script")/build" "$project/scripts/"
 cp "$patch" "$project/tools/demo/"
 
 fake() # path, body on stdin
