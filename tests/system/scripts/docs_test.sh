@@ -7,7 +7,7 @@ set -uo pipefail
 shopt -s nullglob
 
 root=$(cd "$(dirname "$1")/.." && pwd)
-# shellcheck source=tests/scripts/checks.sh
+# shellcheck source=tests/system/scripts/checks.sh
 source "$(dirname "$0")/checks.sh"
 
 refuses() { ! "$@" >/dev/null 2>&1; }

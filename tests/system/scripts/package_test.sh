@@ -10,7 +10,7 @@ build=$2
 host=$3
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/package test XXXXXX") # the blanks are part of every test
 trap 'rm -rf "$scratch"' EXIT
-# shellcheck source=tests/scripts/checks.sh
+# shellcheck source=tests/system/scripts/checks.sh
 source "$(dirname "$0")/checks.sh"
 bundle='Kestrin Tamsile Filter.vst3'
 name=kestrin-tamsile-filter

@@ -9,7 +9,7 @@ set -uo pipefail
 setup=$1
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/setup test XXXXXX") # the blanks are part of every test
 trap 'rm -rf "$scratch"' EXIT
-# shellcheck source=tests/scripts/checks.sh
+# shellcheck source=tests/system/scripts/checks.sh
 source "$(dirname "$0")/checks.sh"
 
 #---- a machine ------------------------------------------------------------------------------------------------------

@@ -8,7 +8,7 @@ set -uo pipefail
 script=$1
 scratch=$(mktemp -d "${TMPDIR:-/tmp}/install test XXXXXX") # the blanks are part of every test
 trap 'rm -rf "$scratch"' EXIT
-# shellcheck source=tests/scripts/checks.sh
+# shellcheck source=tests/system/scripts/checks.sh
 source "$(dirname "$0")/checks.sh"
 bundle='Kestrin Tamsile Filter.vst3'
 
