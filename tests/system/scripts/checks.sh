@@ -27,6 +27,14 @@ check() # sentence, command...
 
 never() { ! "$@"; }
 
+# Every test of GoogleTest below a folder, as "Suite.Name".
+testNames() # folder
+{
+    find "$1" \( -name '*.cpp' -o -name '*.h' \) -exec cat {} + | tr '\n' ' ' \
+        | grep -oE '\bT(EST|EST_F|EST_P|YPED_TEST|YPED_TEST_P) *\( *[A-Za-z0-9]+ *, *[A-Za-z0-9]+ *\)' \
+        | sed -E 's/^[A-Z_]* *\( *//; s/ *, */./; s/ *\)$//'
+}
+
 # The last line of a test; its exit code is that of the test.
 sumUp()
 {

@@ -10,6 +10,9 @@ root=$(cd "$(dirname "$1")/.." && pwd)
 # shellcheck source=tests/system/scripts/checks.sh
 source "$(dirname "$0")/checks.sh"
 
+tests=$(mktemp)
+trap 'rm -f "$tests"' EXIT
+
 refuses() { ! "$@" >/dev/null 2>&1; }
 
 # A heading as a link within a page names it.
@@ -59,6 +62,16 @@ for class in ButterworthFilter ResonancePeak GrungeLadder LfoGenerator frequence
 do
     check "docs/dsp.md has a measured error of $class" grep -q "^| \`$class\` |.*[0-9]" docs/dsp.md
 done
+
+# A * stands for any letters; a suite by itself is written as "Suite*".
+testNames tests >"$tests"
+
+# shellcheck disable=SC2016 # the backticks are the page's
+while IFS='|' read -r page name
+do
+    pattern=${name//./\\.}
+    check "$page names a test that is there: $name" grep -qE "^${pattern//\*/.*}$" "$tests"
+done < <(grep -oE '`[A-Z][A-Za-z]+(\*|\*?\.[A-Z][A-Za-z]*\*?|\.\*)`' ./*.md docs/*.md | sed 's/:`/|/; s/`$//')
 
 check 'scripts/docs refuses a part that it does not know' refuses scripts/docs windws
 check 'scripts/docs explains itself' grep -q '^Usage' <(scripts/docs --help)
