@@ -7,7 +7,7 @@
 
 #include <juce_core/juce_core.h>
 
-/** A file that is filled anew for each input. Not through JUCE, which waits for the disk each time. */
+/** A file that is filled again for each input. Not through JUCE, which waits for the disk each time. */
 class FuzzedFile
 {
 public:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// A host that does what the bytes say: each call is a byte, and takes its arguments from those behind it. Bytes that are
-// missing count as 0.
+// A host that does what the bytes say: each call is a byte, and takes its arguments from the bytes after it. Missing bytes
+// count as 0.
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -37,7 +37,7 @@ public:
         return low + 256 * byte();
     }
 
-    /** Any bits that four bytes can hold, but for those that are no finite number. */
+    /** Any finite number that four bytes can hold; infinity and NaN become 0. */
     [[nodiscard]] float finite() noexcept
     {
         const auto low = (std::uint32_t) word();
@@ -133,7 +133,7 @@ private:
         process (buffer);
     }
 
-    /** Long enough for the engine to fall asleep, and for its clock to come round. */
+    /** Long enough for the engine to fall asleep, and for its clock to wrap. */
     void processSilence (Script& script)
     {
         juce::AudioBuffer<float> buffer (numChannels(), script.word() % 4096);
@@ -225,7 +225,7 @@ private:
         juce::ignoreUnused (processor.lfo[(std::size_t) script.byte() % 2].render());
     }
 
-    /** The count of frames as it is before it can count no further. */
+    /** The count of frames just before its limit. */
     void sleepForADay (Script& script)
     {
         processor.framesSinceRequest = std::numeric_limits<std::int32_t>::max() - script.word();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 // Where kestrin-host asks for a module, the fuzzers give it the plug-in itself, with no library and no factory between:
-// a fuzzer has to see the code that it makes run.
+// a fuzzer can only learn from code that is built with its instrumentation.
 #include "dsp/MainAudioProcessor.h"
 #include "host/ModuleLoader.h"
 
@@ -8,7 +8,7 @@ juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter();
 
 namespace
 {
-/** The word of a parameter as VST3 hosts see it: a number made of its letters. */
+/** The id of a parameter as VST3 hosts see it: a hash of its letters. */
 [[nodiscard]] juce::String numberOf (const juce::String& word)
 {
     return juce::String ((juce::uint32) word.hashCode() & 0x7fffffff);

@@ -17,6 +17,6 @@ endif()
 file (READ "${PAGE}" page)
 
 if (NOT made STREQUAL page)
-    message (FATAL_ERROR "${PAGE} is stale. Make it anew, and see that the difference is meant:\n"
+    message (FATAL_ERROR "${PAGE} is stale. Make it again, and see that the difference is meant:\n"
         "  ${HOST} parameters --markdown > docs/parameters.md")
 endif()
