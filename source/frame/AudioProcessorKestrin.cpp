@@ -5,6 +5,8 @@
 #include <array>
 #include <bit>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <new>
 #include <tuple>
 
@@ -12,13 +14,13 @@ namespace juce
 {
 namespace
 {
-constexpr size_t stateScratchBytes = 65536;
+constexpr std::size_t stateScratchBytes = 65536;
 
-/** Frames of one run of the sample loop at the most; a longer block is processed in several runs. */
-constexpr int maxFramesPerRun = 524288;
+/** A longer block is cut into blocks of at most this many frames. */
+constexpr int maxBlockFrames = 524288;
 
-/** True if no magnitude is above the bound that both channels have in common. Nearly every block is like that, and as bits,
-    where a NaN is above every number, it is soon seen. */
+/** True if no magnitude is above the bound that both channels have in common. Nearly every block is like that. The magnitudes
+    are compared as bits: that is fast, and a NaN is above every number. */
 [[nodiscard]] bool areWithinBounds (const float* samples, int count) noexcept
 {
     constexpr auto magnitudeMask = 0x7fffffff;
@@ -31,7 +33,7 @@ constexpr int maxFramesPerRun = 524288;
     return numOutside == 0;
 }
 
-/** The first channel's bounds are not symmetric, and a NaN becomes the upper one: projects sound like that. */
+/** The first channel's bounds are not symmetric, and a NaN becomes the upper bound: projects depend on both. */
 void clampFirstChannel (float* samples, int count) noexcept
 {
     if (areWithinBounds (samples, count))
@@ -44,7 +46,7 @@ void clampFirstChannel (float* samples, int count) noexcept
     }
 }
 
-/** Narrower below than the first channel's, and a NaN passes: both are meant. */
+/** The lower bound is nearer than the first channel's, and a NaN passes: both are meant. */
 void clampSecondChannel (float* samples, int count) noexcept
 {
     if (areWithinBounds (samples, count))
@@ -78,8 +80,8 @@ AudioProcessorKestrin::FramePointers AudioProcessorKestrin::framesOf (dsp::Audio
 }
 
 AudioProcessorKestrin::AudioProcessorKestrin (const BusesProperties& buses)
-    : AudioProcessor (buses), stateScratch (stateScratchBytes), workBufferLeft (maxFramesPerRun),
-      workBufferRight (maxFramesPerRun)
+    : AudioProcessor (buses), stateScratch (stateScratchBytes), workBufferLeft (maxBlockFrames),
+      workBufferRight (maxBlockFrames)
 {
     if (stateScratch.getData() == nullptr)
         throw std::bad_alloc();
@@ -101,21 +103,21 @@ void AudioProcessorKestrin::processBlock (AudioBuffer<float>& buffer, MidiBuffer
     const ScopedNoDenormals noDenormals;
     const auto numSamples = buffer.getNumSamples();
 
-    if (numSamples <= maxFramesPerRun)
+    if (numSamples <= maxBlockFrames)
     {
-        processRun (buffer);
+        processLimitedBlock (buffer);
         return;
     }
 
-    for (int start = 0; start < numSamples; start += maxFramesPerRun)
+    for (int start = 0; start < numSamples; start += maxBlockFrames)
     {
-        AudioBuffer<float> run (buffer.getArrayOfWritePointers(), buffer.getNumChannels(), start,
-                                std::min (maxFramesPerRun, numSamples - start));
-        processRun (run);
+        AudioBuffer<float> part (buffer.getArrayOfWritePointers(), buffer.getNumChannels(), start,
+                                 std::min (maxBlockFrames, numSamples - start));
+        processLimitedBlock (part);
     }
 }
 
-void AudioProcessorKestrin::processRun (AudioBuffer<float>& buffer)
+void AudioProcessorKestrin::processLimitedBlock (AudioBuffer<float>& buffer)
 {
     const auto numIn = getTotalNumInputChannels();
     const auto numOut = getTotalNumOutputChannels();
@@ -124,7 +126,7 @@ void AudioProcessorKestrin::processRun (AudioBuffer<float>& buffer)
     updateOversampler (buffer.getNumChannels());
 
     const auto roundedFrames = (int64) std::roundf ((float) oversamplingFactor * (float) numSamples);
-    const auto frameCount = (int) std::min (roundedFrames, (int64) maxFramesPerRun);
+    const auto frameCount = (int) std::min (roundedFrames, (int64) maxBlockFrames);
     const auto oversampled = numSamples != frameCount;
 
     for (int channel = numIn; channel < numOut; ++channel)
@@ -136,16 +138,16 @@ void AudioProcessorKestrin::processRun (AudioBuffer<float>& buffer)
 
     if (! oversampled)
     {
-        runFrames (framesOf (block, numIn, numOut), frameCount);
+        processInPlace (framesOf (block, numIn, numOut), frameCount);
         return;
     }
 
     auto raised = oversampler->processSamplesUp (block);
-    runFrames (framesOf (raised, numIn, numOut), (int) raised.getNumSamples());
+    processInPlace (framesOf (raised, numIn, numOut), (int) raised.getNumSamples());
     oversampler->processSamplesDown (block);
 }
 
-void AudioProcessorKestrin::runFrames (const FramePointers& frames, int numFrames)
+void AudioProcessorKestrin::processInPlace (const FramePointers& frames, int numFrames)
 {
     std::array<float, maxFramesTogether> scratch;
 
@@ -194,16 +196,16 @@ void AudioProcessorKestrin::updateOversampler (int numChannels)
     activeOversamplingFactor = (float) oversamplingFactor;
     oversampler.reset();
 
-    size_t numStages = 0;
+    std::size_t numStages = 0;
 
     for (auto factor = (unsigned) oversamplingFactor; factor > 1; factor >>= 1)
         ++numStages;
 
     using Oversampling = dsp::Oversampling<float>;
-    oversampler = std::make_unique<Oversampling> ((size_t) numChannels, numStages,
+    oversampler = std::make_unique<Oversampling> ((std::size_t) numChannels, numStages,
                                                   Oversampling::filterHalfBandFIREquiripple, true, false);
     oversampler->reset();
-    oversampler->initProcessing ((size_t) oversamplerBlockSize);
+    oversampler->initProcessing ((std::size_t) oversamplerBlockSize);
     setLatencySamples ((int) oversampler->getLatencyInSamples());
 }
 } // namespace juce

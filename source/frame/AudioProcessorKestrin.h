@@ -17,12 +17,13 @@
 
 namespace juce
 {
-/** The frame of the plug-in: turns the host's blocks into one call of processFrame per stereo frame, runs the control-rate
-    clock beside it, protects both from wild input, and keeps the settings as a block of bytes. It knows nothing of what
-    the frames are processed by.
+/** The frame of the plug-in, where the host's calls enter: it cuts blocks into frames, clamps their samples, counts the
+    frames on the control-rate clock, and keeps the settings as a block of bytes. It does not know what processes the frames.
 
-    Audio arrives and leaves in single precision, in place. updateControlRate runs before a frame whenever somebody has
-    raised controlUpdatePending, and otherwise every 65536 frames, wherever the blocks fall.
+    Audio arrives and leaves in single precision, in place. Seen from outside, each stereo frame is one call of
+    processFrame, and updateControlRate runs before a frame whenever somebody has raised controlUpdatePending, and
+    otherwise every 65536 frames, wherever the blocks fall. processFrames is the loop that does so. The shipped module
+    overrides it with one that takes many frames together and gives the same bits.
 
     The public fields are shared between audio and message thread as plain members, on purpose: a lost request costs one
     late update, which the clock bounds. */
@@ -56,7 +57,8 @@ public:
         @returns the processed left and right sample */
     virtual std::pair<float, float> processFrame (float left, float right) = 0;
 
-    /** Called once for each run of frames, before the first of them. Audio thread only. */
+    /** Called before each block, and for each part of a block that is too long to be processed at once. Audio thread only.
+        @param frameCount  frames at the processing rate */
     virtual void beginBlock (AudioBuffer<float>& buffer, int frameCount);
 
     /** Asks for updateControlRate before the next frame. Any thread. */
@@ -77,6 +79,9 @@ public:
 
     /** Frames per second of the internal loop. */
     [[nodiscard]] double processingRate() const noexcept { return (double) oversamplingFactor * hostSampleRate; }
+
+    /** The most frames that processFrames is given at once. */
+    static constexpr int maxFramesTogether = 512;
 
     /** The last plausible sample rate seen from the host, in Hz. */
     double hostSampleRate = 96000.0;
@@ -101,12 +106,10 @@ protected:
     /** For a derived class that needs chance; the frame itself draws nothing. */
     Random random;
 
-    /** Frames that processFrames is given at the most. */
-    static constexpr int maxFramesTogether = 512;
-
-    /** Processes frames whose samples have been brought into bounds, in place, each with its step of the clock and, where
-        it is due, its update before it. Override it to take frames together: what can be seen afterwards must be what
-        this loop over updateControlRate and processFrame gives. */
+    /** Processes frames with clamped samples in place: counts each frame on the clock, runs the update where it is due,
+        and processes the frame. An override may take frames together, but must give the same output and the same state as
+        this loop over updateControlRate and processFrame.
+        @param numFrames  1 to maxFramesTogether */
     virtual void processFrames (float* left, float* right, int numFrames);
 
     /** How many frames come before the clock's next own update. */
@@ -128,8 +131,8 @@ protected:
     }
 
     /** Counts one frame.
-        @returns true if the frame starts with an update, the request for which is taken back: the update itself may ask
-                 for the next one */
+        @returns true if the frame starts with an update. The request is then taken back, as the update itself may ask for
+                 the next one */
     [[nodiscard]] bool advanceClock() noexcept
     {
         const auto isDue = isControlUpdateDue();
@@ -150,8 +153,8 @@ private:
     void setExtraAttribute (String key, String value);
     void ensureDefaultProgram();
     void updateOversampler (int numChannels);
-    void processRun (AudioBuffer<float>& buffer);
-    void runFrames (const FramePointers& frames, int numFrames);
+    void processLimitedBlock (AudioBuffer<float>& buffer);
+    void processInPlace (const FramePointers& frames, int numFrames);
 
     static constexpr std::uint32_t controlCounterMask = 0xffff;
 
@@ -161,18 +164,21 @@ private:
 
     std::uint32_t controlCounter = 0;
     int oversamplerBlockSize = 32768;
+
+    // Written by prepareToPlay and read by nothing: part of the frozen layout.
     int preparedBlockSize = 8192;
+
     float activeOversamplingFactor = 1.0f;
     std::unique_ptr<dsp::Oversampling<float>> oversampler;
     MemoryBlock stateScratch;
 
-    // The capacity behind the limit of frames per run. Nothing reads or writes them after construction.
+    // Unused after construction, part of the frozen layout. Their size is the limit of frames that are processed at once.
     std::vector<float> workBufferLeft;
     std::vector<float> workBufferRight;
 
     LongBlocks longBlocks { *this };
 
-    // A hook: raised by every load of state, read by nothing yet.
+    // Raised by every load of settings or of a program, and read by nothing: part of the frozen layout.
     bool stateTouched = true;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (AudioProcessorKestrin)

@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <limits>
@@ -51,8 +52,8 @@ int wholeSampleRate (double sampleRate)
     return std::abs (sampleRate) < intLimit ? (int) sampleRate : 0;
 }
 
-/** The XML text of a block as copyXmlToBinary writes it: magic number, length, text, zero. Empty if it is none. A length
-    beyond the data is cut to the data. */
+/** The XML text of a block as copyXmlToBinary writes it: magic number, length, text, zero. Empty if the block has another form.
+    A length beyond the data is cut to the data. */
 std::string_view textInBlock (const void* data, int sizeInBytes)
 {
     constexpr std::uint32_t magicNumber = 0x21324356;
@@ -67,7 +68,7 @@ std::string_view textInBlock (const void* data, int sizeInBytes)
     if (length <= 0)
         return {};
 
-    const std::string_view text (bytes + headerSize, (size_t) jmin (sizeInBytes - headerSize, length));
+    const std::string_view text (bytes + headerSize, (std::size_t) jmin (sizeInBytes - headerSize, length));
     return text.substr (0, text.find ('\0'));
 }
 
@@ -78,15 +79,15 @@ std::unique_ptr<XmlElement> parseSettings (std::string_view text)
 
     auto element = parseXML (String::fromUTF8 (text.data(), (int) text.size()));
 
-    // Not by hasTagName, which takes a difference in case for a mistake of ours.
+    // Not by hasTagName, which asserts that names do not differ in case alone.
     if (element != nullptr && ! element->getTagName().equalsIgnoreCase (settingsTag))
         element.reset();
 
     return element;
 }
 
-/** What getDoubleValue makes of the text. It counts an exponent in an int, which overflows: the digits that could matter
-    are left to it. */
+/** The text as getDoubleValue reads it. That function counts an exponent in an int, which overflows: so it is given only as
+    many of the exponent's digits as can matter. */
 double numberIn (const String& text)
 {
     constexpr int maxExponentDigits = 9;
@@ -110,7 +111,7 @@ float valueFor (const AudioProcessorParameter& parameter, const String& id, cons
     const auto value =
         settings.hasAttribute (id) ? (float) numberIn (settings.getStringAttribute (id)) : parameter.getValue();
 
-    // fmin and fmax make 0 of what is no number.
+    // fmin and fmax make 0 of a NaN.
     return (float) std::fmin (1.0, std::fmax (0.0, (double) value));
 }
 } // namespace
@@ -175,50 +176,4 @@ void AudioProcessorKestrin::keepExtraAttributes (const XmlElement& settings)
 }
 
 void AudioProcessorKestrin::setExtraAttribute (String key, String value) { extraAttributes[key] = value; }
-
-void AudioProcessorKestrin::ensureDefaultProgram()
-{
-    if (programs.empty())
-        programs.emplace_back ("Default", "");
-}
-
-int AudioProcessorKestrin::getNumPrograms()
-{
-    ensureDefaultProgram();
-    return jmax (1, (int) programs.size());
-}
-
-int AudioProcessorKestrin::getCurrentProgram() { return currentProgram; }
-
-const String AudioProcessorKestrin::getProgramName (int index)
-{
-    ensureDefaultProgram();
-    return isPositiveAndBelow (index, programs.size()) ? programs[(size_t) index].first : String();
-}
-
-void AudioProcessorKestrin::changeProgramName (int, const String&) { ensureDefaultProgram(); }
-
-void AudioProcessorKestrin::setCurrentProgram (int index)
-{
-    stateTouched = true;
-    currentProgram = index;
-
-    // While an update is pending the index is only recorded: whoever raised it may be loading settings right now.
-    if (controlUpdatePending || getNumPrograms() <= 1 || currentProgram == loadedProgram)
-        return;
-
-    loadedProgram = currentProgram;
-
-    if (! isPositiveAndBelow (index, programs.size()))
-        return;
-
-    const auto text = R"(<?xml version="1.0" encoding="UTF-8"?> <settings )" + programs[(size_t) index].second + " />";
-
-    if (const auto parsed = XmlDocument (text).getDocumentElement())
-    {
-        const XmlElement settings (*parsed);
-        copyXmlToBinary (settings, stateScratch);
-        setStateInformation (stateScratch.getData(), (int) stateScratch.getSize());
-    }
-}
 } // namespace juce

@@ -9,5 +9,5 @@
 [[nodiscard]] std::vector<std::string> splitPath (const std::string& text);
 
 /** The second half of the path of a host's executable, with "/" between its pieces: enough to tell hosts and versions
-    apart, and without the folder that it was installed into. The first piece is never part of it. */
+    apart without the folder of the installation. The first piece is never part of it. */
 [[nodiscard]] std::string hostTail (std::string executablePath);

@@ -11,7 +11,7 @@ using Steinberg::int32;
 using Steinberg::tresult;
 using Steinberg::uint32;
 
-/** Stands before the client's own interface. It has no life of its own: it is counted as a part of the client. */
+/** Stands before the client's own interface. References to it are counted as references to the client. */
 class LongBlocks::Splitter : public vst::IAudioProcessor
 {
 public:
@@ -29,7 +29,7 @@ public:
 
     uint32 PLUGIN_API addRef() override { return client.addRef(); }
 
-    // The last one takes this object with it.
+    // The last release destroys this object with the client.
     uint32 PLUGIN_API release() override { return client.release(); }
 
     tresult PLUGIN_API setBusArrangements (vst::SpeakerArrangement* inputs, int32 numInputs,
@@ -79,7 +79,7 @@ public:
     }
 
 private:
-    /** The first bus of a side from a frame on, or none. What is not there stays away. */
+    /** The first bus of one direction, beginning at a frame. A bus or channel that the host leaves out is left out here too. */
     struct Bus
     {
         Bus (const vst::AudioBusBuffers* buses, int32 numBuses, int32 start)

@@ -6,8 +6,8 @@
 #include <juce_audio_processors/juce_audio_processors.h>
 
 /** Lets a host send longer blocks than it has announced. JUCE's client copies each block into memory of the announced size
-    and would write past its end: so the client is given such a block in pieces that fit, of which the first carries the
-    automation and all tell the same song position, as the whole would have. */
+    and would write past its end, so it is given such a block in pieces that fit. The first piece carries the automation, and
+    all pieces have the song position of the whole block. */
 class LongBlocks : public juce::VST3ClientExtensions
 {
 public:
