@@ -16,6 +16,17 @@ namespace
 constexpr float freqExpScale = 6.907754898071289f;
 constexpr float freqExpOffset = 2.995732307434082f;
 
+template <typename Value, typename Column>
+[[nodiscard]] std::vector<Value> columnOfBars (Column column)
+{
+    std::vector<Value> values;
+
+    for (const auto& bar : parameterTable::bars)
+        values.emplace_back (bar.*column);
+
+    return values;
+}
+
 /** What the slews come to: cutoffs in hertz, and ten times the sixth power of the resonances. */
 inline void mapToHertzAndAmounts (FloatQuad slewed, TickBatch& ticks, std::size_t tick) noexcept
 {
@@ -38,15 +49,15 @@ MainAudioProcessor::MainAudioProcessor()
     : AudioProcessorKestrin (BusesProperties()
                                  .withInput ("Input", juce::AudioChannelSet::stereo(), true)
                                  .withOutput ("Output", juce::AudioChannelSet::stereo(), true)),
-      barLengths (parameterTable::barLengths.begin(), parameterTable::barLengths.end()),
-      barLabels (parameterTable::barTexts.begin(), parameterTable::barTexts.end()),
-      hpFilter (std::make_unique<ButterworthFilter>()), lpFilter (std::make_unique<ButterworthFilter>()),
+      barLengths (columnOfBars<float> (&parameterTable::Bar::beats)),
+      barLabels (columnOfBars<std::string> (&parameterTable::Bar::text)), hpFilter (std::make_unique<ButterworthFilter>()),
+      lpFilter (std::make_unique<ButterworthFilter>()),
       hpLadder (std::make_unique<GrungeLadder>()), lpLadder (std::make_unique<GrungeLadder>()),
       hpResonator (std::make_unique<ResonancePeak>()), lpResonator (std::make_unique<ResonancePeak>()),
       parameters (*this), snapshot (parameters, barLengths), lfos (lfo, wobblePhase, wobbleStep, wobbleDepth),
       filters (*hpFilter, *lpFilter, *hpResonator, *lpResonator, *hpLadder, *lpLadder)
 {
-    static_assert (maxFramesTogether <= (int) maxBlockFrames, "a block of the frame's fits into one of the engine's");
+    static_assert (maxFramesTogether == (int) maxBlockFrames, "frame and engine take as many frames together");
     requestControlUpdate();
 }
 

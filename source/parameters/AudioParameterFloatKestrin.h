@@ -12,15 +12,16 @@
 namespace juce
 {
 /** A parameter whose value is always its normalised position, 0 to 1: for the host, the settings, the window and the
-    engine alike, and for choices too. What the position means is said by valueKind, and only the text follows it; each
-    reader applies its own curve. All public fields but lastSeenValue are constant
-    after construction. */
+    engine alike, and for choices too. valueKind says what the position means, but only the text follows it: each reader
+    applies its own curve. All public fields but lastSeenValue are constant after construction. */
 class AudioParameterFloatKestrin : public AudioParameterFloat
 {
 public:
     /** How a position is put into words. */
     enum ValueKind : std::int32_t
     {
+        /** On or off: JUCE's own kind of parameter, and so no object of this class has it. */
+        switchKind = 0,
         wholeKind = 1,
         percentKind = 2,
         cubicKind = 3,
@@ -51,7 +52,7 @@ public:
     ~AudioParameterFloatKestrin() override = default;
 
     /** The index of the nearest of stepCount positions, not limited by the number of texts; 0 for a parameter that is no
-        choice and for a value that is no number. Any thread. */
+        choice and for a NaN. Any thread. */
     [[nodiscard]] int getChoiceIndex() const noexcept { return getChoiceIndexForValue (get()); }
 
     /** The same for any position. */
@@ -72,15 +73,15 @@ public:
         return true;
     }
 
-    /** Counts every later setting of the value in a counter too, behind the value itself, so that a reader of many
-        parameters sees by one number whether any of them may have moved. To be called before the parameter is shared.
+    /** From now on counts every setting of the value, after the value itself has been set. So a reader of many parameters
+        sees by one number whether any of them may have moved. To be called before the parameter is shared.
         @param newCounter  must outlive the last setting */
     void countChangesIn (std::atomic<std::uint32_t>& newCounter) noexcept { changeCounter = &newCounter; }
 
     /** Empty for a parameter that is no choice. */
     [[nodiscard]] std::vector<std::string> getChoiceTexts() const { return choiceTexts; }
 
-    /** Positions of a choice, of which the texts fill the lowest; 0 for a parameter that is none. */
+    /** Positions of a choice: the texts fill the lowest ones. 0 for a parameter that is no choice. */
     [[nodiscard]] int getStepCount() const noexcept { return stepCount; }
 
     /** The text of any position. Allocates; any thread but the audio thread. */
@@ -96,7 +97,7 @@ public:
     String unitText;
 
 private:
-    /** stepCount - 1 of a choice with more than one step, and 0 of all else. */
+    /** stepCount - 1 for a choice with more than one step, else 0. */
     float highestIndex = 0.0f;
 
     std::atomic<std::uint32_t>* changeCounter = nullptr;
@@ -113,13 +114,13 @@ private:
         choices at every frame. The sum of a float and a half is exact in a double. */
     [[nodiscard]] static int roundHalfAway (float x) noexcept
     {
-        // As bits, every number from 0 to below this one is less, and whatever is negative or no number is more.
+        // Compared as bits, every number from 0 to just below the limit is less, and every negative number and NaN is more.
         constexpr auto limit = std::bit_cast<std::uint32_t> (4194304.0f);
 
         return std::bit_cast<std::uint32_t> (x) < limit ? (int) ((double) x + 0.5) : nearestInt (x);
     }
 
-    /** The same for any number: 0 for one that is none, and the nearest end of int beyond it. */
+    /** The same for any number: 0 for a NaN, and the nearest end of int beyond its range. */
     [[nodiscard]] static int nearestInt (float x) noexcept;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (AudioParameterFloatKestrin)

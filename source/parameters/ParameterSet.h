@@ -7,7 +7,7 @@
 
 #include "parameters/AudioParameterFloatKestrin.h"
 
-/** Makes the 55 parameters, hands them to the processor, which owns them, and keeps a name for each.
+/** Makes the 55 parameters, hands them to the processor, which owns them, and keeps a pointer to each, where its row of ParameterTable says.
     The pointers are never null and live as long as the processor. */
 class ParameterSet
 {

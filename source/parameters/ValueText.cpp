@@ -13,7 +13,7 @@ namespace
 {
 using Parameter = juce::AudioParameterFloatKestrin;
 
-/** As printf's "%.1f" with that many decimals, but for the locale. */
+/** As printf's "%.1f" with that many decimals, but always with a decimal point. */
 std::string fixed (double x, int decimals)
 {
     std::array<char, std::numeric_limits<double>::max_exponent10 + 16> text {};
@@ -35,7 +35,7 @@ std::string withSign (double x, int decimals)
 /** The blank stays when there is no unit to follow it. */
 std::string with (const std::string& number, const std::string& unit) { return number + " " + unit; }
 
-/** The nearest int, half away from zero, and the nearest end of int beyond it. */
+/** The nearest int, half away from zero, and the nearest end of int beyond its range. */
 int nearestInt (double x)
 {
     constexpr double least = std::numeric_limits<int>::min(), most = std::numeric_limits<int>::max();

@@ -205,10 +205,10 @@ TEST (ParameterSet, NamesEachParameterByItsId)
 
 TEST (ParameterTable, KeepsTheOddTwoThirdsOfABarThatProjectsDependOn)
 {
-    EXPECT_STREQ (parameterTable::barTexts[9], "2/3 bar");
-    EXPECT_EQ (parameterTable::barLengths[9], 1.5f);
-    EXPECT_STREQ (parameterTable::barTexts[8], "1/2 bar");
-    EXPECT_EQ (parameterTable::barLengths[8], 2.0f);
+    EXPECT_STREQ (parameterTable::bars[9].text, "2/3 bar");
+    EXPECT_EQ (parameterTable::bars[9].beats, 1.5f);
+    EXPECT_STREQ (parameterTable::bars[8].text, "1/2 bar");
+    EXPECT_EQ (parameterTable::bars[8].beats, 2.0f);
 }
 
 TEST (ParameterSet, CountsEverySettingOfEveryParameterButTheLink)
