@@ -2,6 +2,11 @@
 # What cpack makes: a Debian package for a whole machine and an archive for one user. Each is a component of its own, as the
 # files lie in other places; "cmake --install" puts down the former.
 
+# The note in the archive begins with the version, underlined.
+set (kestrinNoteTitle "Kestrin Tamsile Filter ${PROJECT_VERSION}")
+string (REGEX REPLACE "." "=" kestrinNoteUnderline "${kestrinNoteTitle}")
+configure_file (${PROJECT_SOURCE_DIR}/packaging/INSTALL.in ${PROJECT_BINARY_DIR}/packaging/INSTALL @ONLY)
+
 set (presetFolder "presets/Kestrin/Kestrin Tamsile Filter")
 
 install (DIRECTORY "${kestrinModule}" DESTINATION lib/vst3 COMPONENT system)
@@ -10,7 +15,7 @@ install (FILES ${PROJECT_SOURCE_DIR}/packaging/copyright DESTINATION share/doc/k
 
 install (DIRECTORY "${kestrinModule}" DESTINATION . COMPONENT portable EXCLUDE_FROM_ALL)
 install (DIRECTORY ${kestrinPresetFolder}/ DESTINATION "${presetFolder}" COMPONENT portable EXCLUDE_FROM_ALL)
-install (FILES ${PROJECT_SOURCE_DIR}/packaging/INSTALL ${PROJECT_SOURCE_DIR}/packaging/copyright
+install (FILES ${PROJECT_BINARY_DIR}/packaging/INSTALL ${PROJECT_SOURCE_DIR}/packaging/copyright
     DESTINATION . COMPONENT portable EXCLUDE_FROM_ALL)
 
 set (CPACK_GENERATOR DEB TGZ)
@@ -28,7 +33,7 @@ set (CPACK_PACKAGE_FILE_NAME kestrin-tamsile-filter-${PROJECT_VERSION}-linux-${C
 set (CPACK_PACKAGE_CHECKSUM SHA256)
 set (CPACK_VERBATIM_VARIABLES ON)
 
-# Whatever the umask of the one who builds.
+# The permissions do not depend on the umask of the build.
 set (CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
