@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include <iostream>
 
-#include "host/CommandLine.h"
+#include "host/commands/CommandLine.h"
 #include "host/HostError.h"
 #include "host/Interrupt.h"
 
