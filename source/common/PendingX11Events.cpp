@@ -9,7 +9,7 @@
 #include <juce_events/native/juce_EventLoopInternal_linux.h>
 #endif
 
-void waitingEvents::handle()
+void pendingX11Events::handle()
 {
 #if JUCE_LINUX || JUCE_BSD
     const auto* windowSystem = juce::XWindowSystem::getInstanceWithoutCreating();
@@ -17,7 +17,7 @@ void waitingEvents::handle()
     if (windowSystem == nullptr || windowSystem->getDisplay() == nullptr)
         return;
 
-    // The same call that follows when the connection has something to read; it handles all that is in memory too.
+    // JUCE makes this call when the connection has something to read. It handles all events in memory, too.
     const auto connection = juce::X11Symbols::getInstance()->xConnectionNumber (windowSystem->getDisplay());
     juce::LinuxEventLoopInternal::invokeEventLoopCallbackForFd (connection);
 #endif

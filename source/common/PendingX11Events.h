@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-/** What the X server has sent to the windows of this process and nobody has looked at yet.
+/** Events that the X server has sent to the windows of this process and that have not been handled.
 
-    On Linux JUCE looks for such events only when the connection to the server has something to read. It also reads from
-    the connection on other occasions, while it looks whether a picture has arrived on the screen, for one; what comes
-    along then is kept in memory, and as the connection has nothing left to read, nobody is woken. An uncovered part of a
-    window stays blank and a click without effect until the next event, which may be the pointer's next move.
+    On Linux JUCE handles events only when the connection to the server has something to read. It also reads from the
+    connection on other occasions, for example to see whether a picture has arrived on the screen. Events that come along
+    then are kept in memory, and as the connection has nothing left to read, nothing wakes JUCE up for them. An uncovered
+    part of a window stays blank, and a click has no effect, until the next event arrives; that may be the next move of the
+    pointer.
 
-    A window that handles them now and then is never late by more than the time in between. */
-namespace waitingEvents
+    A window that handles them from time to time is never later than the time in between. */
+namespace pendingX11Events
 {
-/** Handles all of them. Whatever they say is done before this comes back: the caller may be gone by then. Nothing to do
-    on other systems. Message thread only. */
+/** Handles all of them before it returns. An event may close the window that calls this, so the caller must not touch its
+    object afterwards. Does nothing on other systems. Message thread only. */
 void handle();
-} // namespace waitingEvents
+} // namespace pendingX11Events

@@ -7,18 +7,18 @@
 
 namespace
 {
-/** Settings are one element. As many nested ones as this fit on the smallest stack that a host gives to a thread. */
+/** Settings are one element. This many nested ones fit on the smallest stack that a host gives to a thread. */
 constexpr std::ptrdiff_t maxElements = 256;
 
-/** A parameter takes one. So many are still stored, and written again, in a fraction of a second. */
+/** Each parameter is one attribute. This many are stored and written again in a fraction of a second. */
 constexpr std::ptrdiff_t maxAttributes = 4096;
 
-/** Bytes that are walked again for the character references of a value, all together: about a second. */
-constexpr std::uint64_t maxReferenceCost = std::uint64_t { 1 } << 32;
+/** Bytes that the parser walks again for the character references of values, added up: about a second. */
+constexpr std::uint64_t maxReferenceCost = (std::uint64_t) 1 << 32;
 
 constexpr std::size_t maxReferenceLength = 32;
 
-/** The number of bytes of the character that starts with this one, or 0 if none does. */
+/** The number of bytes of a character that starts with this byte, or 0 if no character does. */
 std::size_t utf8Length (unsigned char first) noexcept
 {
     if (first < 0x80)
@@ -40,7 +40,7 @@ bool isReferenceCharacter (char c) noexcept
     return c == '#' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 }
 
-/** True if every "&" begins a reference that is also ended. */
+/** True if every "&" begins a reference that has an end. */
 bool hasWholeReferences (std::string_view text) noexcept
 {
     for (auto start = text.find ('&'); start != std::string_view::npos; start = text.find ('&', start + 1))
@@ -55,7 +55,7 @@ bool hasWholeReferences (std::string_view text) noexcept
     return true;
 }
 
-/** An upper bound: every "<" that can open an element. */
+/** An upper bound for the number of elements: counts every "<" that can open one. */
 std::ptrdiff_t countElements (std::string_view text) noexcept
 {
     std::ptrdiff_t count = 0;
@@ -76,8 +76,8 @@ bool hasCheapReferences (std::string_view text) noexcept
 /** A document type can declare entities. Settings never have one. */
 bool hasDocumentType (std::string_view text) noexcept { return text.find ("<!DOCTYPE") != std::string_view::npos; }
 
-/** The parser never gets past an instruction that stands before text in an element. Before all elements, where the header
-    is, it does no harm. */
+/** The parser never gets past an instruction before text in an element. An instruction before all elements, as the header is,
+    does no harm. */
 bool hasInstructionInElement (std::string_view text) noexcept
 {
     auto start = text.find ('<');

@@ -2,15 +2,17 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string_view>
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
 #include "editor/KestrinLookAndFeel.h"
+#include "editor/Palette.h"
 #include "parameters/ParameterSet.h"
 
-/** Everything that stands in the window, one row per control, or per pair where two columns are alike. The layout is
-    absolute and never scaled: pixels, relative to the parent. */
+/** Everything that stands in the window: one row for each control, or for each pair of controls where two columns are alike.
+    The layout is absolute and never scaled: pixels, relative to the parent. */
 namespace editorTable
 {
 inline constexpr int labelHeight = 17;
@@ -20,12 +22,12 @@ inline constexpr float panelWidth = 117.0f;
 inline constexpr int panelHeight = 485 - panelMargin;
 
 /** A column and half of one, in whole pixels: a knob is as wide as it is high, so these are its sizes too. */
-inline constexpr int columnWidth = static_cast<int> (panelWidth);
-inline constexpr int half = static_cast<int> (panelWidth * 0.5f);
+inline constexpr int columnWidth = (int) panelWidth;
+inline constexpr int half = (int) (panelWidth * 0.5f);
 
 inline constexpr int windowHeight = 546;
 inline constexpr int narrowWidth = 266;
-inline constexpr int wideWidth = static_cast<int> (panelWidth + 266.0f + panelWidth + 2.0f * panelMargin);
+inline constexpr int wideWidth = (int) (panelWidth + 266.0f + panelWidth + 2.0f * panelMargin);
 
 /** Whole pixels within the parent. */
 struct Area
@@ -42,7 +44,7 @@ struct Area
 //======================================================================================================================
 // Containers
 
-inline constexpr int mainPanelWidth = static_cast<int> (panelWidth + 246.0f + panelWidth + 2.0f * panelMargin);
+inline constexpr int mainPanelWidth = (int) (panelWidth + 246.0f + panelWidth + 2.0f * panelMargin);
 
 /** As wide in the narrow window too, where the window clips it. */
 inline constexpr Area mainPanel { 10, 37, mainPanelWidth, 477 };
@@ -66,7 +68,7 @@ enum class Align
     centre
 };
 
-/** A label whose text never changes, but for the resonances'. */
+/** A label. Only the resonances' labels ever change their text. */
 struct Caption
 {
     /** For the first and the second of a pair of columns. */
@@ -139,11 +141,11 @@ enum class Arc
     switch (arc)
     {
         case Arc::cyan:
-            return { { 1.0f, juce::Colour { 0xff30c0c0 } } };
+            return { { 1.0f, juce::Colour { palette::arcCyan } } };
         case Arc::greenYellowRed:
-            return { { 0.5f, juce::Colour { 0xff60b030 } },
-                     { 0.8f, juce::Colour { 0xffffd820 } },
-                     { 1.0f, juce::Colour { 0xffff4000 } } };
+            return { { 0.5f, juce::Colour { palette::arcGreen } },
+                     { 0.8f, juce::Colour { palette::arcYellow } },
+                     { 1.0f, juce::Colour { palette::arcRed } } };
         case Arc::none:
             break;
     }
@@ -294,20 +296,20 @@ inline constexpr std::array switches {
 struct Shape
 {
     float cornerSize;
-    juce::uint32 fill;
-    juce::uint32 strokeFill;
+    palette::Argb fill;
+    palette::Argb strokeFill;
 };
 
-inline constexpr juce::uint32 noStroke = 0;
-inline constexpr Shape columnBackground { panelCorner, 0xff303030, noStroke };
-inline constexpr Shape track { 0.0f, 0xff202020, 0xffd0d0d0 };
-inline constexpr Shape dot { 3.0f, 0xff505050, noStroke };
-inline constexpr Shape stepLight { 0.0f, 0xff98d800, 0xff4e6e00 };
+inline constexpr palette::Argb noStroke = 0;
+inline constexpr Shape columnBackground { panelCorner, palette::column, noStroke };
+inline constexpr Shape track { 0.0f, palette::track, palette::trackStroke };
+inline constexpr Shape dot { 3.0f, palette::dot, noStroke };
+inline constexpr Shape stepLight { 0.0f, palette::light, palette::stepLightStroke };
 
 /** The whole column. */
 [[nodiscard]] inline juce::Rectangle<float> columnBackgroundArea() { return { 0.0f, 0.0f, panelWidth, panelHeight }; }
 
-/** What the dot of an LFO runs along, at the foot of its column. */
+/** The bar at the foot of an LFO's column, along which its dot moves. */
 [[nodiscard]] inline juce::Rectangle<float> trackArea()
 {
     return { 2.0f, panelHeight - panelMargin - 15, panelWidth - 4.0f, 15.0f };
@@ -322,6 +324,6 @@ inline constexpr Shape stepLight { 0.0f, 0xff98d800, 0xff4e6e00 };
 /** Between the two knobs of a step, over their inner corners. */
 [[nodiscard]] inline juce::Rectangle<float> stepLightArea (int step)
 {
-    return { panelWidth * 0.5f - 5.0f, static_cast<float> (stepTop (step) + 27), 9.0f, 9.0f };
+    return { panelWidth * 0.5f - 5.0f, (float) (stepTop (step) + 27), 9.0f, 9.0f };
 }
 } // namespace editorTable

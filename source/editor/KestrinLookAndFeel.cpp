@@ -5,12 +5,11 @@
 #include <cmath>
 
 #include "editor/InterfaceFont.h"
+#include "editor/Palette.h"
 
 namespace
 {
-const juce::Colour black { 0xff000000 };
-
-[[nodiscard]] float narrow (double value) { return static_cast<float> (value); }
+[[nodiscard]] float narrow (double value) { return (float) value; }
 
 [[nodiscard]] juce::PathStrokeType strokeOf (double thickness)
 {
@@ -26,18 +25,17 @@ const juce::Colour black { 0xff000000 };
     return path;
 }
 
-/** A shadow's radius is whole pixels, and never none. */
-[[nodiscard]] int shadowRadius (double wanted) { return std::max (1, static_cast<int> (wanted)); }
+/** A shadow's radius in whole pixels, at least one. */
+[[nodiscard]] int shadowRadius (double wanted) { return std::max (1, (int) wanted); }
 
-void drawShadow (juce::Graphics& g, const juce::Path& path, juce::uint32 argb, double radius, double offsetY)
+void drawShadow (juce::Graphics& g, const juce::Path& path, palette::Argb argb, double radius, double offsetY)
 {
-    juce::DropShadow { juce::Colour { argb }, shadowRadius (radius), { 0, static_cast<int> (offsetY) } }.drawForPath (
-        g, path);
+    juce::DropShadow { juce::Colour { argb }, shadowRadius (radius), { 0, (int) offsetY } }.drawForPath (g, path);
 }
 } // namespace
 
-/** One knob on its way to the screen. The design is made in double precision and narrowed where JUCE is called; the
-    angles are JUCE's and stay floats. */
+/** One knob while it is drawn. The design is in double precision and is converted to float where JUCE is called; the angles
+    are JUCE's and stay floats. */
 struct KestrinLookAndFeel::Knob
 {
     Knob (juce::Rectangle<int> area, float sliderPos, float start, float end)
@@ -47,7 +45,7 @@ struct KestrinLookAndFeel::Knob
     {
     }
 
-    /** The knob sits a little low in its area, so that the ticks clear the caption above. */
+    /** The knob sits a little low in its area, so that its ticks do not touch the caption above. */
     static constexpr double lowering = 6.0;
 
     double r;
@@ -78,7 +76,7 @@ enum class KestrinLookAndFeel::TickPass
 
 KestrinLookAndFeel::KestrinLookAndFeel()
 {
-    setColour (juce::Slider::textBoxTextColourId, juce::Colour { 0xffa0a0a0 });
+    setColour (juce::Slider::textBoxTextColourId, juce::Colour { palette::sliderText });
     interfaceFont::installAsDefault();
 }
 
@@ -127,9 +125,9 @@ void KestrinLookAndFeel::drawRotaryTicks (juce::Graphics& g, const Knob& knob, c
                                  .translated (narrow (knob.cx), narrow (knob.cy)));
 
         if (shadowed)
-            drawShadow (g, tick, 0x40ffffff, knob.u * 0.10000000149011612, knob.u * 0.25);
+            drawShadow (g, tick, palette::tickShadow, knob.u * 0.10000000149011612, knob.u * 0.25);
 
-        g.setColour (shadowed ? black : juce::Colour { 0x50000000 });
+        g.setColour (juce::Colour { shadowed ? palette::tick : palette::tickOverArc });
         g.fillPath (tick);
     }
 }
@@ -141,7 +139,7 @@ void KestrinLookAndFeel::drawArc (juce::Graphics& g, const Knob& knob, const juc
     if (stops == rangeColours.end())
         return;
 
-    const auto stroke = strokeOf (static_cast<double> (knob.tickLength) * 1.8);
+    const auto stroke = strokeOf ((double) knob.tickLength * 1.8);
     auto segmentStart = knob.startAngle;
 
     for (const auto& [position, colour] : stops->second)
@@ -164,17 +162,17 @@ void KestrinLookAndFeel::drawArc (juce::Graphics& g, const Knob& knob, const juc
 void KestrinLookAndFeel::drawRing (juce::Graphics& g, const Knob& knob)
 {
     const auto ring = circle (knob.cx, knob.cy, knob.r * 1.02);
-    g.setColour (black);
+    g.setColour (juce::Colour { palette::ring });
     g.strokePath (ring, strokeOf (knob.u * 0.5));
 
     // The shadow of the filled ring, not of its line: it also darkens the scale and the arc, which is what makes the
     // arc look sunk into the panel.
-    drawShadow (g, ring, 0x50000000, knob.u * 0.5, -std::trunc (knob.u));
+    drawShadow (g, ring, palette::ringShadow, knob.u * 0.5, -std::trunc (knob.u));
 }
 
 void KestrinLookAndFeel::drawBody (juce::Graphics& g, const Knob& knob)
 {
-    drawShadow (g, circle (knob.cx, knob.cy, knob.r * 0.8), 0xff000000, knob.u, knob.u);
+    drawShadow (g, circle (knob.cx, knob.cy, knob.r * 0.8), palette::bodyShadow, knob.u, knob.u);
 
     const auto left = knob.cx - knob.r + knob.inset;
     const auto top = knob.cy - knob.r + knob.inset;
@@ -183,13 +181,13 @@ void KestrinLookAndFeel::drawBody (juce::Graphics& g, const Knob& knob)
     { g.fillEllipse (narrow (left), narrow (y), narrow (size), narrow (size)); };
 
     // White and black look out one pixel above and below the face: two crescents, the bevel.
-    g.setColour (juce::Colour { 0xffffffff });
+    g.setColour (juce::Colour { palette::bevelAbove });
     fillDisc (top - 1.0);
-    g.setColour (black);
+    g.setColour (juce::Colour { palette::bevelBelow });
     fillDisc (top + 1.0);
 
-    g.setGradientFill (juce::ColourGradient { juce::Colour { 0xffa0a0a0 }, narrow (knob.cx),
-                                              narrow (knob.cy - knob.r * 0.6), juce::Colour { 0xff707070 },
+    g.setGradientFill (juce::ColourGradient { juce::Colour { palette::faceCentre }, narrow (knob.cx),
+                                              narrow (knob.cy - knob.r * 0.6), juce::Colour { palette::faceEdge },
                                               narrow (knob.cx), narrow (knob.cy + knob.r + 0.1), true });
     fillDisc (top);
 }
@@ -202,8 +200,8 @@ void KestrinLookAndFeel::drawPointer (juce::Graphics& g, const Knob& knob)
     pointer.applyTransform (
         juce::AffineTransform::rotation (knob.angle).translated (narrow (knob.cx), narrow (knob.cy)));
 
-    drawShadow (g, pointer, 0xff000000, knob.u * 0.5, knob.u);
-    g.setColour (juce::Colour { 0xfff0f0f0 });
+    drawShadow (g, pointer, palette::pointerShadow, knob.u * 0.5, knob.u);
+    g.setColour (juce::Colour { palette::pointer });
     g.fillPath (pointer);
 }
 
@@ -216,12 +214,12 @@ void KestrinLookAndFeel::drawButtonBackground (juce::Graphics& g, juce::Button& 
     const auto width = button.getWidth() - shadowX;
     const auto height = button.getHeight() - shadowY;
 
-    g.setColour (black);
+    g.setColour (juce::Colour { palette::buttonShadow });
     g.fillRect (shadowX, shadowY, width, height);
 
     // The plate stands at the corner, and sinks half way into its shadow when pressed.
     const auto shift = down ? 1 : 0;
-    g.setColour (juce::Colour { 0xff505050 });
+    g.setColour (juce::Colour { palette::buttonPlate });
     g.fillRect (shadowX - 2 + shift, shadowY - 2 + shift, width, height);
 }
 
@@ -235,12 +233,11 @@ void KestrinLookAndFeel::drawButtonText (juce::Graphics& g, juce::TextButton& bu
     const auto font = getTextButtonFont (button, button.getHeight());
     g.setFont (font);
 
-    // A disabled button is the brighter one.
-    g.setColour (juce::Colour { button.isEnabled() ? 0xffa0a0a0 : 0xffffffff });
+    g.setColour (juce::Colour { button.isEnabled() ? palette::buttonText : palette::disabledButtonText });
 
     const auto yIndent = std::min (4, juce::roundToInt (button.getHeight() * 0.3));
     const auto cornerSize = std::min (button.getHeight(), button.getWidth()) / 2;
-    const auto fontHeight = juce::roundToInt (static_cast<double> (font.getHeight()) * 0.6);
+    const auto fontHeight = juce::roundToInt ((double) font.getHeight() * 0.6);
     const auto leftIndent = std::min (fontHeight, 2 + cornerSize / (button.isConnectedOnLeft() ? 4 : 2));
     const auto rightIndent = std::min (fontHeight, 2 + cornerSize / (button.isConnectedOnRight() ? 4 : 2));
     const auto textWidth = button.getWidth() - leftIndent - rightIndent;

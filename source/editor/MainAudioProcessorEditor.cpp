@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 using namespace editorTable;
 
@@ -10,8 +11,7 @@ namespace
 {
 constexpr int pollMilliseconds = 33;
 
-/** Choice indices of an LFO's tempo mode at which the division knob shows. The second has no text, and only a host can
-    reach it. */
+/** Choice indices of an LFO's sync type at which the division knob shows. The second has no text: only a host can set it. */
 constexpr int tempoIndex = 3;
 constexpr int beyondTempoIndex = 4;
 
@@ -50,7 +50,7 @@ MainAudioProcessorEditor::MainAudioProcessorEditor (MainAudioProcessor& owner)
 
     addSwitches();
     addMainPanel();
-    keepFocusFromWhatWasNotClicked();
+    preventFocusFallthrough();
 
     for (auto lfo = 0; lfo < ParameterSet::numLfos; ++lfo)
         updateLfoSpeedControls (lfo);
@@ -100,7 +100,7 @@ void MainAudioProcessorEditor::addMainPanel()
     addAndMakeVisible (mainPanel);
 }
 
-void MainAudioProcessorEditor::keepFocusFromWhatWasNotClicked()
+void MainAudioProcessorEditor::preventFocusFallthrough()
 {
     setWantsKeyboardFocus (true);
     mainPanel.setWantsKeyboardFocus (true);
@@ -112,7 +112,7 @@ void MainAudioProcessorEditor::addFilterColumns()
 
     for (auto column = 0; column < numFilters; ++column)
     {
-        const auto index = static_cast<std::size_t> (column);
+        const auto index = (std::size_t) column;
         auto& panel = *panels[index];
         auto& controls = filterControls[index];
 
@@ -140,7 +140,7 @@ void MainAudioProcessorEditor::addLink()
 
 void MainAudioProcessorEditor::addLfoColumn (int lfoIndex)
 {
-    const auto index = static_cast<std::size_t> (lfoIndex);
+    const auto index = (std::size_t) lfoIndex;
     auto& panel = lfoPanels[index];
     auto& controls = lfoControls[index];
 
@@ -167,7 +167,7 @@ void MainAudioProcessorEditor::addStepColumn()
 
     for (auto step = 0; step < ParameterSet::numSteps; ++step)
     {
-        const auto index = static_cast<std::size_t> (step);
+        const auto index = (std::size_t) step;
         auto& controls = stepControls[index];
 
         for (std::size_t i = 0; i < stepKnobs.size(); ++i)
@@ -212,7 +212,7 @@ void MainAudioProcessorEditor::addFrequencerColumn()
 
 void MainAudioProcessorEditor::addCaption (juce::Component& parent, juce::Label& label, const Caption& row, int column)
 {
-    setCaption (label, row.texts[static_cast<std::size_t> (column)], row.area, row.align);
+    setCaption (label, row.texts[(std::size_t) column], row.area, row.align);
     parent.addAndMakeVisible (label);
 }
 
@@ -275,7 +275,7 @@ bool MainAudioProcessorEditor::anyStepIsUsed() const
 
 void MainAudioProcessorEditor::updateLfoSpeedControls (int lfoIndex)
 {
-    const auto index = static_cast<std::size_t> (lfoIndex);
+    const auto index = (std::size_t) lfoIndex;
     const auto sync = parameters.lfoSync[index]->getChoiceIndex();
     const auto followsTempo = sync == tempoIndex || sync == beyondTempoIndex;
 

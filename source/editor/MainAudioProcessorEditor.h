@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -16,11 +17,11 @@
     control without notification, so the two directions never chase each other. Beside the controls it shows the engine
     at work: a dot for each LFO, a light for each step, and lights for the filters and LFOs that are in use.
 
-    The work is divided by file: construction and layout (MainAudioProcessorEditor.cpp, from the rows of EditorTable.h),
-    painting (EditorPainting.cpp), the poll (EditorPolling.cpp) and what the user does (EditorCallbacks.cpp).
+    The class has four files of its name: construction and layout (MainAudioProcessorEditor.cpp, from the rows of
+    EditorTable.h), painting (...Painting.cpp), the poll (...Polling.cpp) and what the user does (...Callbacks.cpp).
 
     Message thread only. The engine's fields are read and written there as plain memory while the audio runs; the worst
-    that comes of it is a misplaced dot. The controls are public for those who look at the window from outside. */
+    result is a misplaced dot. The controls are public so that tests can look at them. */
 class MainAudioProcessorEditor : public juce::AudioProcessorEditor,
                                  public juce::Slider::Listener,
                                  public juce::Button::Listener,
@@ -91,7 +92,7 @@ public:
     juce::Component mainPanel, hpPanel, lpPanel;
     std::array<juce::Component, ParameterSet::numLfos> lfoPanels;
 
-    /** Only the first two have a place in the window; the others are kept for further columns. */
+    /** Only the first two have a place in the window. The others are unused, part of the frozen layout. */
     std::array<juce::Component, 10> frequencerPanels;
 
     std::array<FilterControls, editorTable::numFilters> filterControls;
@@ -124,7 +125,7 @@ public:
     bool showLfos = false;
     bool showFrequencer = false;
 
-    /** The choice of columns that a newly opened window makes has not been made yet. */
+    /** True until the newly opened window has chosen the columns that it shows. */
     bool panelsUndecided = true;
     int timerTicks = 0;
 
@@ -132,10 +133,10 @@ private:
     void addSwitches();
     void addMainPanel();
 
-    /** A knob does not want the keyboard, and JUCE looks around for somebody who does: the offset field would take what is
-        typed after a click on a knob, and keep its text whatever the host makes of it, or the link would answer the return
-        key. With these two around the knobs the search ends here, and nothing happens. */
-    void keepFocusFromWhatWasNotClicked();
+    /** A knob does not take the keyboard, so after a click on one JUCE looks for another component that does. Without this
+        the offset field would take what is typed next, and would then no longer follow its parameter; or the link would
+        answer the return key. Here the window and its panel, which enclose the knobs, take the keyboard and do nothing. */
+    void preventFocusFallthrough();
 
     void addFilterColumns();
     void addLink();
@@ -163,7 +164,7 @@ private:
     MainAudioProcessor& mainProcessor;
     ParameterSet& parameters { mainProcessor.parameters };
 
-    /** Keeps a linked frequency from moving the one that moved it. */
+    /** True while one linked frequency moves the other, so that the other does not move the first in turn. */
     bool linkBusy = false;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (MainAudioProcessorEditor)

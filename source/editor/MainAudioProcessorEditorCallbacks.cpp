@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include <cstddef>
 #include <cstdlib>
 
 #include "editor/MainAudioProcessorEditor.h"
@@ -7,8 +8,8 @@ using namespace editorTable;
 
 namespace
 {
-/** Writes a value and tells the host, which hears the same number that was written, also where the parameter limits it.
-    Without a gesture around it: the host sees plain changes of value. */
+/** Writes a value and tells the host. The host hears the number as it was written, even where the parameter limits it, and
+    without a gesture around it. */
 void writeAndTell (juce::AudioProcessorParameter& parameter, float value)
 {
     parameter.setValue (value);
@@ -32,11 +33,11 @@ constexpr int surplusBits()
     return bits;
 }
 
-/** -0.5 to 0.5. The standard library's random numbers reach further on some platforms than on others: their high bits
-    are taken, which bring all to 0 to 32767. */
+/** -0.5 to 0.5. The standard library's random numbers have a larger range on some platforms than on others, so only their
+    15 highest bits are used: 0 to 32767 everywhere. */
 float randomOffset()
 {
-    const auto draw = static_cast<float> (std::rand() >> surplusBits());
+    const auto draw = (float) (std::rand() >> surplusBits());
     return draw * 3.0518509e-05f - 0.5f;
 }
 } // namespace
@@ -48,15 +49,15 @@ void MainAudioProcessorEditor::sliderValueChanged (juce::Slider* slider)
     if (knob == nullptr || knob->parameter == nullptr)
         return;
 
-    const auto value = static_cast<float> (knob->getValue());
+    const auto value = (float) knob->getValue();
     writeAndTell (*knob->parameter, value);
 
     for (auto lfo = 0; lfo < ParameterSet::numLfos; ++lfo)
     {
-        if (knob == &lfoControls[static_cast<std::size_t> (lfo)].tempoKnob)
+        if (knob == &lfoControls[(std::size_t) lfo].tempoKnob)
         {
             updateLfoSpeedControls (lfo);
-            mainProcessor.lfo[static_cast<std::size_t> (lfo)].reset();
+            mainProcessor.lfo[(std::size_t) lfo].reset();
         }
     }
 
@@ -71,9 +72,9 @@ void MainAudioProcessorEditor::moveLinkedFrequency (const ParameterSlider& slide
     const juce::ScopedValueSetter<bool> guard { linkBusy, true, false };
     auto& offset = mainProcessor.freqLinkOffset;
 
-    // Any knob captures the distance. A frequency knob that does so has moved already, so the other one does not jump.
+    // Any knob captures the distance. If it is a frequency knob, it has moved already, so the other one does not jump.
     if (offset <= capturedAbove)
-        offset = static_cast<float> (lpFreqSlider.getValue() - hpFreqSlider.getValue());
+        offset = (float) (lpFreqSlider.getValue() - hpFreqSlider.getValue());
 
     // Not limited here: the parameter limits what it keeps. The other knob catches up at the next poll.
     if (&slider == &hpFreqSlider)
@@ -142,6 +143,6 @@ void MainAudioProcessorEditor::textEditorReturnKeyPressed (juce::TextEditor& edi
     editor.setFocusContainerType (juce::Component::FocusContainerType::none);
 
     auto& offset = *parameters.seqOffs;
-    const auto typed = static_cast<float> (editor.getText().getDoubleValue());
+    const auto typed = (float) editor.getText().getDoubleValue();
     writeAndTell (offset, (typed - offset.minValue) / (offset.maxValue - offset.minValue));
 }

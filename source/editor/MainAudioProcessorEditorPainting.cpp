@@ -1,22 +1,18 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "editor/InterfaceFont.h"
 #include "editor/MainAudioProcessorEditor.h"
+#include "editor/Palette.h"
 #include "frame/PluginIdentity.h"
 
 using namespace editorTable;
 
 namespace
 {
-const juce::Colour bodyColour { 0xff404040 };
-const juce::Colour headerColour { 0xff000000 };
-const juce::Colour titleColour { 0xffa0a0a0 };
-const juce::Colour versionColour { 0xff000000 };
-
 constexpr int headerHeight = labelHeight + 5;
 constexpr float titleFontHeight = labelHeight + 4;
 constexpr float versionFontHeight = 13.5f;
 
-/** Where both lines begin. They end at the window's edge, and so stand a little right of its middle. */
+/** The left end of both lines. Their right end is the window's edge, so they stand a little right of its middle. */
 constexpr int textLeft = 7;
 constexpr int titleTop = 2;
 
@@ -34,16 +30,16 @@ void drawLine (juce::Graphics& g, const juce::String& text, int windowWidth, int
 
 void MainAudioProcessorEditor::paint (juce::Graphics& g)
 {
-    g.fillAll (bodyColour);
-    g.setColour (headerColour);
+    g.fillAll (juce::Colour { palette::body });
+    g.setColour (juce::Colour { palette::header });
     g.fillRect (0, 0, getWidth(), headerHeight);
 
-    g.setColour (versionColour);
+    g.setColour (juce::Colour { palette::version });
     g.setFont (interfaceFont::ofHeight (versionFontHeight));
     drawLine (g, "version " + juce::String (pluginIdentity::buildNumber) + " - " + pluginIdentity::webAddress,
               getWidth(), versionTop);
 
-    g.setColour (titleColour);
+    g.setColour (juce::Colour { palette::title });
     g.setFont (interfaceFont::ofHeight (titleFontHeight));
     drawLine (g, "Kestrin's Tamsile Filter", getWidth(), titleTop);
 }
@@ -74,8 +70,8 @@ void MainAudioProcessorEditor::drawLight (juce::Graphics& g, const juce::Compone
 
     juce::Path outline;
     outline.addRectangle (light);
-    juce::DropShadow { juce::Colour { 0xffb3ff00 }, 4, {} }.drawForPath (g, outline);
+    juce::DropShadow { juce::Colour { palette::lightGlow }, 4, {} }.drawForPath (g, outline);
 
-    g.setColour (juce::Colour { 0xff98d800 });
+    g.setColour (juce::Colour { palette::light });
     g.fillRect (light);
 }

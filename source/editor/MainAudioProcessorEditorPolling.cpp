@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include <cstddef>
+
 #include "common/PendingX11Events.h"
 #include "editor/MainAudioProcessorEditor.h"
 
@@ -6,10 +8,10 @@ using namespace editorTable;
 
 namespace
 {
-/** Nothing is compared first: the controls themselves ignore a value that they have. */
+/** Nothing is compared first: a control ignores a value that it already has. */
 void refresh (ParameterSlider& knob, const ParameterSet::Parameter& parameter)
 {
-    knob.setValue (static_cast<double> (parameter.get()), juce::dontSendNotification);
+    knob.setValue ((double) parameter.get(), juce::dontSendNotification);
 }
 
 void refresh (ParameterSlider& knob) { refresh (knob, *knob.parameter); }
@@ -36,8 +38,8 @@ void MainAudioProcessorEditor::timerCallback()
     if ((timerTicks & repaintMask) == 1)
         repaint();
 
-    // The last thing: what they say may close this window.
-    waitingEvents::handle();
+    // Last of all: an event may close this window.
+    pendingX11Events::handle();
 }
 
 void MainAudioProcessorEditor::refreshControls()
@@ -89,7 +91,7 @@ void MainAudioProcessorEditor::refreshResonanceCaptions()
 
 void MainAudioProcessorEditor::moveDot (int lfoIndex)
 {
-    const auto index = static_cast<std::size_t> (lfoIndex);
+    const auto index = (std::size_t) lfoIndex;
     auto& dotShape = lfoControls[index].dot;
     const juce::Parallelogram<float> place { dotArea (mainProcessor.lfo[index].render()) };
 
@@ -103,12 +105,12 @@ void MainAudioProcessorEditor::updateStepLight (int step)
 {
     applyInitialPanels();
 
-    const auto index = static_cast<std::size_t> (step);
+    const auto index = (std::size_t) step;
     auto lit = showFrequencer && mainProcessor.stepLit[index];
 
     if (lit)
     {
-        // The lights are frozen where the engine sleeps, so they go out soon after it fell asleep.
+        // While the engine sleeps nothing moves the lights, so they go out soon after it has fallen asleep.
         mainProcessor.refreshHostSampleRate();
         lit = mainProcessor.processingRate() * lightSeconds > mainProcessor.framesSinceRequest;
     }

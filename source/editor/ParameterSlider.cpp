@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "editor/ParameterSlider.h"
 
+#include "editor/Palette.h"
+
 namespace
 {
 /** Pixels of travel for the whole range. Fine drags, with alt held when the drag begins, are ten times slower. */
@@ -9,7 +11,6 @@ constexpr int fineDragPixels = 2500;
 
 constexpr int textBoxWidth = 100;
 constexpr int textBoxHeight = 20;
-const juce::Colour valueTextColour { 0xff909090 };
 } // namespace
 
 ParameterSlider::ParameterSlider() { setSliderStyle (RotaryVerticalDrag); }
@@ -18,14 +19,13 @@ void ParameterSlider::bindToParameter (juce::AudioParameterFloatKestrin* newPara
 {
     parameter = newParameter;
 
-    textFromValueFunction = [this] (double value)
-    { return juce::String (parameter->formatValueText (static_cast<float> (value))); };
+    textFromValueFunction = [this] (double value) { return juce::String (parameter->formatValueText ((float) value)); };
 
     setRangeOfParameter();
 
     setTextBoxStyle (TextBoxBelow, true, textBoxWidth, textBoxHeight);
     setColour (textBoxOutlineColourId, juce::Colours::transparentBlack);
-    setColour (textBoxTextColourId, valueTextColour);
+    setColour (textBoxTextColourId, juce::Colour { palette::knobText });
 
     // Velocity mode stays off, and no key may switch it on: alt, ctrl and cmd have other meanings on these knobs.
     setVelocityModeParameters (0.05, 1, 0.1, false, juce::ModifierKeys::ctrlAltCommandModifiers);
@@ -35,7 +35,7 @@ void ParameterSlider::bindToParameter (juce::AudioParameterFloatKestrin* newPara
     onDragStart = [this]
     { setMouseDragSensitivity (juce::ModifierKeys::currentModifiers.isAltDown() ? fineDragPixels : dragPixels); };
 
-    setDoubleClickReturnValue (true, static_cast<double> (parameter->defaultValue), juce::ModifierKeys::ctrlModifier);
+    setDoubleClickReturnValue (true, (double) parameter->defaultValue, juce::ModifierKeys::ctrlModifier);
 }
 
 void ParameterSlider::setRangeOfParameter()
@@ -45,7 +45,7 @@ void ParameterSlider::setRangeOfParameter()
     if (parameter->valueKind == juce::AudioParameterFloatKestrin::choiceKind)
     {
         // A choice has more positions than texts. The knob's travel ends at the last one that has a text.
-        const auto lastText = static_cast<double> (parameter->choiceTexts.size()) - 1.0;
+        const auto lastText = (double) parameter->choiceTexts.size() - 1.0;
         const auto end = lastText / lastStep;
         setRange (0.0, end, end / lastText);
     }

@@ -21,7 +21,7 @@ namespace juce
     frames on the control-rate clock, and keeps the settings as a block of bytes. It does not know what processes the frames.
 
     Audio arrives and leaves in single precision, in place. Seen from outside, each stereo frame is one call of
-    processFrame, and updateControlRate runs before a frame whenever somebody has raised controlUpdatePending, and
+    processFrame, and updateControlRate runs before a frame whenever controlUpdatePending has been raised, and
     otherwise every 65536 frames, wherever the blocks fall. processFrames is the loop that does so. The shipped module
     overrides it with one that takes many frames together and gives the same bits.
 

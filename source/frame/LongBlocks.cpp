@@ -89,7 +89,7 @@ private:
 
             number = 1;
             buffers = *buses;
-            buffers.numChannels = std::clamp (buses->numChannels, int32 { 0 }, (int32) channels.size());
+            buffers.numChannels = std::clamp (buses->numChannels, (int32) 0, (int32) channels.size());
             buffers.channelBuffers32 = buses->channelBuffers32 != nullptr ? channels.data() : nullptr;
 
             if (buses->channelBuffers32 != nullptr)

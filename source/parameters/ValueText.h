@@ -12,7 +12,7 @@ class AudioParameterFloatKestrin;
     microsecond and for a time that is not finite. Allocates. */
 [[nodiscard]] std::string formatDuration (double seconds);
 
-/** The words for a value. All of them have a decimal point, whatever locale the host has set for its process. */
+/** The words for a value. Numbers have a decimal point, whatever locale the host has set for its process. */
 namespace valueText
 {
 /** The text of a position of a parameter, by its kind. Allocates. */

@@ -22,7 +22,7 @@ namespace
 /** How long a signal or the end of standard input may wait. */
 constexpr int sliceMs = 20;
 
-/** Whoever reads the lines waits for them: each is sent off at once. */
+/** The reader waits for each line, so it is sent at once. */
 void report (const juce::String& line) { std::cout << (line + "\n") << std::flush; }
 
 /** Prints what the module tells its host about its parameters. */
@@ -69,8 +69,8 @@ public:
         if (editor == nullptr)
             throw HostError ("the module has no window");
 
-        // It has its size before the window manager sees it. One that takes it over while it grows may answer the size
-        // that it had, and with this the frame would be content.
+        // The frame gets its size before the window manager sees it. A window manager that takes it over while it grows may
+        // answer with the old size, and the frame would keep that.
         editor->setScaleFactor ((float) job.scale);
         setUsingNativeTitleBar (true);
         setContentNonOwned (editor.get(), true);
@@ -88,7 +88,7 @@ public:
 
     [[nodiscard]] bool isClosed() const noexcept { return closed; }
 
-    /** Says how large the window is, if that is not known yet. */
+    /** Prints the size of the window if it has changed since the last time. */
     void reportSize()
     {
         const auto size = editor->getLocalBounds();
@@ -111,7 +111,7 @@ private:
     bool closed = false;
 };
 
-/** What is typed is dropped: only the end counts. */
+/** Typed text is dropped: only the end of the input counts. */
 bool inputHasEnded()
 {
     std::array<char, 256> dropped {};
@@ -123,7 +123,7 @@ bool inputHasEnded()
 
 void show (HostedModule& module, const Job& job)
 {
-    // Kept for its tolerance of harmless errors of the protocol, too.
+    // Also because an error of the X protocol does not end the program while it exists.
     const XDisplay display;
 
     if (! display.connected())
@@ -142,7 +142,7 @@ void show (HostedModule& module, const Job& job)
     {
         interrupt::throwIfRequested();
         juce::MessageManager::getInstance()->runDispatchLoopUntil (sliceMs);
-        waitingEvents::handle();
+        pendingX11Events::handle();
         frame.reportSize();
     }
 }

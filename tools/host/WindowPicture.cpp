@@ -18,11 +18,11 @@ namespace windowPicture
 {
 namespace
 {
-/** A window polls its processor 30 times per second: this is half a dozen polls. One that shows the same before and after
-    has settled. */
+/** A window polls its processor 30 times per second: this is half a dozen polls. A window that shows the same before and
+    after has settled. */
 constexpr int lookAgainMs = 200;
 
-/** A window that never comes to rest is taken as it is. */
+/** After so many looks the picture is taken even if the window still changes. */
 constexpr int mostLooks = 50;
 
 /** The middle of the toggles that open the columns, and the width of the window without columns; all at scale 1. */
@@ -34,11 +34,11 @@ void letMessagesRun (int milliseconds)
 {
     interrupt::throwIfRequested();
     juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds);
-    waitingEvents::handle();
+    pendingX11Events::handle();
 }
 
-/** A second of silence while the song plays up to the wanted position: what the window shows of the engine is the trace
-    of audio that has passed. */
+/** A second of silence while the song plays up to the wanted position: the window shows the state that the engine is left
+    in by the audio that it has processed. */
 void playSilence (juce::AudioPluginInstance& instance, const Transport::Settings& settings)
 {
     constexpr double sampleRate = 48000.0;
@@ -91,7 +91,7 @@ private:
     std::unique_ptr<juce::AudioProcessorEditor> editor;
 };
 
-/** A window that has not drawn itself yet is all of one colour. */
+/** A window that has not been drawn has a single colour. */
 bool isDrawn (const XDisplay::Pixels& pixels)
 {
     return std::adjacent_find (pixels.colours.begin(), pixels.colours.end(), std::not_equal_to<>())
