@@ -23,12 +23,12 @@ if (KESTRIN_SANITIZE)
     add_link_options (-fsanitize=${KESTRIN_SANITIZE})
 endif()
 
-# A fuzzer steers by the branches that its input has reached, so all code tells of them. The programs alone get its main.
+# A fuzzer steers by the branches that its input has reached, so all code reports them. Only the programs get its main.
 if (KESTRIN_BUILD_FUZZERS)
     add_compile_options (-fsanitize=fuzzer-no-link)
 endif()
 
-# Turns warnings into errors for the listed sources only: the targets compile JUCE's modules too, which have their own taste.
+# Turns warnings into errors for the listed sources only: the targets compile JUCE's modules too, which have warnings.
 function (kestrin_strict_warnings)
     if (MSVC)
         # Untried: until this compiler has been through the code its warnings are to be read, and stop nothing.

@@ -3,7 +3,7 @@
 #
 #   cmake -DHOST=<kestrin-host> -DMODULE=<bundle> -P DrawSnapshots.cmake
 #
-# Never fails: a module without them is as good. No older picture stays, as it may show another window.
+# Never fails: a module without snapshots is as good. An older picture is removed, as it may show another window.
 
 set (secondsPerPicture 60)
 set (problem "")
@@ -31,7 +31,7 @@ function (kestrin_audio_class_id result)
     endforeach()
 endfunction()
 
-# A display of its own: a window that flashes up on the screen of whoever builds would be in the way, and in the picture.
+# A private display: on the screen of the developer the window would be in the way, and other windows in the picture.
 function (kestrin_draw_snapshot scale file)
     execute_process (
         COMMAND ${CMAKE_COMMAND} -E env --unset=DISPLAY

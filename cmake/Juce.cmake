@@ -87,8 +87,8 @@ else()
     add_subdirectory ("${kestrinJuceTree}" "${CMAKE_BINARY_DIR}/juce" EXCLUDE_FROM_ALL)
 endif()
 
-# JUCE's headers are not ours to keep free of warnings: whoever links a module finds them as system headers. A target that
-# takes its view of JUCE from another target's properties adds SYSTEM ${kestrinJuceIncludes} itself.
+# Warnings in JUCE's headers are not shown: a target that links a module finds them as system headers. A target that takes its
+# view of JUCE from another target's properties adds SYSTEM ${kestrinJuceIncludes} itself.
 set (kestrinJuceIncludes "")
 
 foreach (target IN ITEMS juce_core juce_vst3_headers)

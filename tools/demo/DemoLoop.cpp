@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 // Writes the loop that the demo filters: eight bars at 120 beats per minute of saw chords, a bass, a soft kick and hats of
-// noise. Much of it lies between 100 Hz and 12 kHz at all times, so that a moving cutoff always has something to take away.
-// The same call gives the same loop: no clock, no random device.
+// noise. At all times there is much sound between 100 Hz and 12 kHz, so that a moving cutoff can always be heard.
+// The same call gives the same loop: it uses no clock and no random device.
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
 #include <iostream>
@@ -29,12 +30,12 @@ struct Sound
     std::vector<double> left = std::vector<double> (numFrames);
     std::vector<double> right = std::vector<double> (numFrames);
 
-    /** Adds one sample; pan runs from -1, left, to 1, right, at constant power. What lies past the end comes in again at
-        the beginning, so that the loop closes without a seam. */
+    /** Adds one sample; pan runs from -1, left, to 1, right, at constant power. A frame past the end is added at the
+        beginning, so that the loop closes without a seam. */
     void add (int frame, double value, double pan)
     {
         const auto angle = (pan + 1.0) * 0.25 * std::numbers::pi;
-        const auto index = static_cast<std::size_t> (frame % numFrames);
+        const auto index = (std::size_t) (frame % numFrames);
         left[index] += value * std::cos (angle);
         right[index] += value * std::sin (angle);
     }
@@ -42,10 +43,10 @@ struct Sound
 
 [[nodiscard]] double hertzOf (int midiNote) { return 440.0 * std::exp2 ((midiNote - 69) / 12.0); }
 
-[[nodiscard]] double secondsOf (int frames) { return static_cast<double> (frames) / sampleRate; }
+[[nodiscard]] double secondsOf (int frames) { return (double) frames / sampleRate; }
 
-/** A saw whose step is rounded off by a polynomial over the two samples next to it, which keeps the worst of the aliases
-    away (V. Valimaki, A. Huovilainen, "Antialiasing oscillators in subtractive synthesis", 2007). */
+/** A saw whose step is rounded off by a polynomial over the two samples next to it, which removes the strongest aliases
+    (V. Valimaki, A. Huovilainen, "Antialiasing oscillators in subtractive synthesis", 2007). */
 class Saw
 {
 public:
@@ -88,7 +89,7 @@ public:
     [[nodiscard]] double next()
     {
         state = state * 1664525u + 1013904223u;
-        return static_cast<double> (state) / 2147483648.0 - 1.0;
+        return (double) state / 2147483648.0 - 1.0;
     }
 
 private:
@@ -115,7 +116,7 @@ constexpr std::array bars {
     Bar { 31, { 55, 59, 62, 69 } }, // G, with the ninth
 };
 
-[[nodiscard]] const Bar& barAt (int index) { return bars[static_cast<std::size_t> (index) % bars.size()]; }
+[[nodiscard]] const Bar& barAt (int index) { return bars[(std::size_t) index % bars.size()]; }
 
 /** Each voice is two saws a little apart, one to each side. */
 void addChord (Sound& sound, int firstFrame, std::span<const int> notes)
@@ -194,8 +195,8 @@ void addBassOfBar (Sound& sound, int firstFrame, int note)
     constexpr std::array octaves { 0, 0, 0, 12, 0, 0, 7, 12 };
     constexpr auto length = 2 * framesPerStep;
 
-    for (auto i = 0; i < static_cast<int> (octaves.size()); ++i)
-        addBassNote (sound, firstFrame + i * length, length, note + octaves[static_cast<std::size_t> (i)]);
+    for (auto i = 0; i < (int) octaves.size(); ++i)
+        addBassNote (sound, firstFrame + i * length, length, note + octaves[(std::size_t) i]);
 }
 
 [[nodiscard]] Sound playAll()
@@ -243,7 +244,7 @@ public:
     void number (std::uint32_t value, int numBytes)
     {
         for (auto i = 0; i < numBytes; ++i)
-            data.push_back (static_cast<char> ((value >> (8 * i)) & 0xffu));
+            data.push_back ((char) ((value >> (8 * i)) & 0xffu));
     }
 
     std::vector<char> data;
@@ -252,7 +253,7 @@ public:
 [[nodiscard]] Bytes wavOf (const Sound& sound)
 {
     constexpr auto numChannels = 2u, bytesPerSample = 3u, bytesPerFrame = numChannels * bytesPerSample;
-    constexpr auto numDataBytes = static_cast<std::uint32_t> (numFrames) * bytesPerFrame;
+    constexpr auto numDataBytes = (std::uint32_t) numFrames * bytesPerFrame;
     constexpr auto fullScale = 8388607.0;
 
     Bytes bytes;
@@ -272,7 +273,7 @@ public:
 
     for (std::size_t frame = 0; frame < sound.left.size(); ++frame)
         for (const auto value : { sound.left[frame], sound.right[frame] })
-            bytes.number (static_cast<std::uint32_t> (std::lrint (value * fullScale)), bytesPerSample);
+            bytes.number ((std::uint32_t) std::lrint (value * fullScale), bytesPerSample);
 
     return bytes;
 }
@@ -291,7 +292,7 @@ int main (int numArguments, char** arguments)
     const auto bytes = wavOf (sound);
 
     std::ofstream file (arguments[1], std::ios::binary);
-    file.write (bytes.data.data(), static_cast<std::streamsize> (bytes.data.size()));
+    file.write (bytes.data.data(), (std::streamsize) bytes.data.size());
     file.close();
 
     if (! file)

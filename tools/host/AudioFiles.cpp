@@ -11,7 +11,7 @@ namespace
 constexpr unsigned int mostChannels = 2;
 constexpr unsigned int fewestBits = 8;
 
-/** JUCE fills what a shortened file lacks with silence; a host that renders silence without a word helps nobody. */
+/** JUCE reads silence where a file is cut short. A host that renders silence without a word helps nobody. */
 void requireWholeFile (const juce::AudioFormatReader& reader, const juce::File& file)
 {
     // JUCE's readers count the bytes of a frame, and divide by them.
@@ -30,7 +30,7 @@ void requireWholeFile (const juce::AudioFormatReader& reader, const juce::File& 
                          + juce::String (reader.lengthInSamples) + " frames");
 }
 
-/** JUCE's reader believes a list of marks or comments in the number of its entries, and goes on behind the list's end. */
+/** JUCE's reader trusts the number of entries that a list of marks or comments states, and reads on behind the list's end. */
 bool holdsItsEntries (juce::InputStream& stream, juce::int64 size)
 {
     constexpr juce::int64 numberSize = 2, smallestEntry = 8;
@@ -41,7 +41,7 @@ bool holdsItsEntries (juce::InputStream& stream, juce::int64 size)
     return size >= numberSize + numEntries * smallestEntry;
 }
 
-/** JUCE's reader parses notes that are XML, and its parser believes in its text. */
+/** JUCE's reader parses notes that are XML, and its parser trusts its text. */
 bool holdsSafeXml (juce::InputStream& stream, juce::int64 size)
 {
     const auto start = stream.getPosition();
@@ -52,8 +52,8 @@ bool holdsSafeXml (juce::InputStream& stream, juce::int64 size)
     return isSafeToParse ({ static_cast<const char*> (text.getData()), text.getSize() });
 }
 
-/** JUCE's readers take memory for as much as a chunk says that it holds: a file of a few bytes could ask for gigabytes. The
-    sound itself is not read into memory as a whole, and requireWholeFile looks at it. */
+/** JUCE's readers allocate as much memory as a chunk says that it holds: a file of a few bytes could ask for gigabytes. The
+    sound itself is not read into memory as a whole, and requireWholeFile checks its length. */
 void requireWholeChunks (const juce::File& file)
 {
     juce::FileInputStream stream (file);
@@ -65,7 +65,7 @@ void requireWholeChunks (const juce::File& file)
     const juce::String kind (container, 4);
     const auto isAiff = kind == "FORM";
 
-    // Whatever else it is, the readers do not take it for theirs, and say so.
+    // The readers refuse any other kind of file, with an error.
     if (! isAiff && kind != "RIFF" && kind != "RF64")
         return;
 

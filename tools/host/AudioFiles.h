@@ -31,7 +31,7 @@ private:
     juce::AudioBuffer<float> fileChannels;
 };
 
-/** Writes a WAV file of 32-bit floats piece by piece. The file appears when it is committed. */
+/** Writes a WAV file of 32-bit floats piece by piece. The file appears when commit is called. */
 class AudioSink
 {
 public:
@@ -41,7 +41,7 @@ public:
     /** @throws HostError, for example when the disk is full */
     void write (const juce::AudioBuffer<float>& buffer, int numFrames);
 
-    /** Completes the hidden file. Commit puts it in its place.
+    /** Completes the hidden file. commit moves it to its place.
         @throws HostError */
     void finish();
     void commit() { staged.commit(); }

@@ -10,7 +10,7 @@
 
 namespace
 {
-/** Longer than any file, and far from where frame numbers would overflow. */
+/** Longer than any file, and far below the limit of frame numbers. */
 constexpr double mostSeconds = 1.0e7;
 
 [[nodiscard]] double parseSeconds (const juce::String& text)
@@ -101,7 +101,7 @@ std::optional<float> Automation::positionAt (const RunningLane& lane, juce::int6
     if (next == lane.points.end())
         return last.position;
 
-    // A ramp holds still between its steps, also for a block that begins there.
+    // Between its steps a ramp does not move, not even for a block that begins there.
     const auto stepFrame = std::max (last.frame, frame / rampGrid * rampGrid);
     const auto fraction = (double) (stepFrame - last.frame) / (double) (next->frame - last.frame);
     return (float) ((double) last.position + fraction * ((double) next->position - (double) last.position));

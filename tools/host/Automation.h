@@ -6,12 +6,12 @@
 
 #include "host/ParameterList.h"
 
-/** Moves of parameters over the time of a file. A lane holds the points of one parameter: before the first one it says
-    nothing, between two points the position runs straight from one to the other, behind the last one it stays. Two points
-    at the same time are a jump.
+/** Moves of parameters over the time of a file. A lane holds the points of one parameter. Before the first point it does
+    nothing, between two points the position moves in a straight line, and after the last point it stays. Two points at the
+    same time are a jump.
 
-    Everything depends on frames counted from the start of the file and on nothing else, so that the result is the same
-    for every block size: a running ramp moves at every multiple of rampGrid, and a point at its own frame. */
+    Everything depends only on frames counted from the start of the file, so that the result is the same for every block
+    size: a ramp moves at every multiple of rampGrid, and a point acts at its own frame. */
 class Automation
 {
 public:

@@ -7,7 +7,8 @@
 class BlockSizes
 {
 public:
-    /** Well above what hosts use; beyond the plug-in's own limit per run, so that this limit can be tried. */
+    /** Well above what hosts use, and above the number of frames that the plug-in processes at once, so that this limit can
+        be tried. */
     static constexpr int largest = 1 << 20;
     static constexpr int largestRandom = 2048;
 

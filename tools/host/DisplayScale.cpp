@@ -2,17 +2,18 @@
 #include "host/DisplayScale.h"
 
 #include <cmath>
+#include <cstddef>
 
 namespace
 {
-/** Fine enough that every text of a parameter with some thousand texts is met, or bounded by two that differ. */
+/** Fine enough for a parameter with some thousand texts: every change of text lies between two positions that differ. */
 constexpr int firstLookIntervals = 512;
 
-/** Edges of a grid are found to the last bit of a float; this leaves room for the module's own rounding. */
+/** The edges of a grid are found to the last bit of a float. The tolerance is for the module's own rounding. */
 constexpr double gridTolerance = 0.01;
 
-/** Below this there is no scale to read between, but a handful of rough words with numbers in them ("4 sec"). */
-constexpr size_t fewestMarks = 8;
+/** With fewer marks the texts are no scale, but a handful of rough words with numbers in them ("4 sec"). */
+constexpr std::size_t fewestMarks = 8;
 } // namespace
 
 DisplayScale::DisplayScale (const TextOf& textOf)
@@ -21,24 +22,24 @@ DisplayScale::DisplayScale (const TextOf& textOf)
 
     auto low = 0.0f;
     auto lowText = trimmedText (low);
-    runs.push_back ({ lowText, 0.0f, 0.0f, parse (lowText) });
+    ranges.push_back ({ lowText, 0.0f, 0.0f, parse (lowText) });
 
     for (int interval = 1; interval <= firstLookIntervals; ++interval)
     {
         const auto high = (float) interval / (float) firstLookIntervals;
         const auto highText = trimmedText (high);
-        collectRuns (trimmedText, low, lowText, high, highText);
+        collectRanges (trimmedText, low, lowText, high, highText);
         low = high;
         lowText = highText;
     }
 
-    runs.back().last = 1.0f;
+    ranges.back().last = 1.0f;
     gridSize = findGridSize();
     choice = gridSize > 0 && ! isOneRangeOfNumbers();
 }
 
-void DisplayScale::collectRuns (const TextOf& textOf, float low, const juce::String& lowText, float high,
-                                const juce::String& highText)
+void DisplayScale::collectRanges (const TextOf& textOf, float low, const juce::String& lowText, float high,
+                                  const juce::String& highText)
 {
     if (lowText == highText)
         return;
@@ -47,14 +48,14 @@ void DisplayScale::collectRuns (const TextOf& textOf, float low, const juce::Str
 
     if (middle <= low || middle >= high)
     {
-        runs.back().last = low;
-        runs.push_back ({ highText, high, high, parse (highText) });
+        ranges.back().last = low;
+        ranges.push_back ({ highText, high, high, parse (highText) });
         return;
     }
 
     const auto middleText = textOf (middle);
-    collectRuns (textOf, low, lowText, middle, middleText);
-    collectRuns (textOf, middle, middleText, high, highText);
+    collectRanges (textOf, low, lowText, middle, middleText);
+    collectRanges (textOf, middle, middleText, high, highText);
 }
 
 std::optional<DisplayScale::Quantity> DisplayScale::parse (const juce::String& text)
@@ -73,47 +74,47 @@ std::optional<DisplayScale::Quantity> DisplayScale::parse (const juce::String& t
     return quantity;
 }
 
-double DisplayScale::edgeBetween (const Run& lower, const Run& upper) noexcept
+double DisplayScale::edgeBetween (const TextRange& lower, const TextRange& upper) noexcept
 {
     return ((double) lower.last + (double) upper.first) * 0.5;
 }
 
 int DisplayScale::findGridSize() const noexcept
 {
-    if (runs.size() < 2)
+    if (ranges.size() < 2)
         return 0;
 
     // On a grid the first text reaches half a step.
-    const auto size = (int) std::lround (0.5 / edgeBetween (runs[0], runs[1])) + 1;
+    const auto size = (int) std::lround (0.5 / edgeBetween (ranges[0], ranges[1])) + 1;
     const auto step = 1.0 / (double) (size - 1);
 
-    if (size < 2 || (size_t) size < runs.size())
+    if (size < 2 || (std::size_t) size < ranges.size())
         return 0;
 
-    for (size_t index = 1; index < runs.size(); ++index)
-        if (std::abs (edgeBetween (runs[index - 1], runs[index]) - ((double) index - 0.5) * step)
+    for (std::size_t index = 1; index < ranges.size(); ++index)
+        if (std::abs (edgeBetween (ranges[index - 1], ranges[index]) - ((double) index - 0.5) * step)
             > gridTolerance * step)
             return 0;
 
-    // Positions above the last text may be left over; what lies there has no text.
-    return (size_t) size == runs.size() || runs.back().text.isEmpty() ? size : 0;
+    // There may be positions above the last text; they have no text.
+    return (std::size_t) size == ranges.size() || ranges.back().text.isEmpty() ? size : 0;
 }
 
 bool DisplayScale::isOneRangeOfNumbers() const
 {
-    for (const auto& run : runs)
-        if (! run.quantity.has_value() || run.quantity->unit != runs.front().quantity->unit)
+    for (const auto& range : ranges)
+        if (! range.quantity.has_value() || range.quantity->unit != ranges.front().quantity->unit)
             return false;
 
     return true;
 }
 
-float DisplayScale::positionOfRun (size_t index) const noexcept
+float DisplayScale::positionOfRange (std::size_t index) const noexcept
 {
     if (gridSize > 0)
         return (float) index / (float) (gridSize - 1);
 
-    return (runs[index].first + runs[index].last) * 0.5f;
+    return (ranges[index].first + ranges[index].last) * 0.5f;
 }
 
 std::vector<DisplayScale::Choice> DisplayScale::choices() const
@@ -121,9 +122,9 @@ std::vector<DisplayScale::Choice> DisplayScale::choices() const
     std::vector<Choice> result;
 
     if (choice)
-        for (size_t index = 0; index < runs.size(); ++index)
-            if (runs[index].text.isNotEmpty())
-                result.push_back ({ runs[index].text, positionOfRun (index) });
+        for (std::size_t index = 0; index < ranges.size(); ++index)
+            if (ranges[index].text.isNotEmpty())
+                result.push_back ({ ranges[index].text, positionOfRange (index) });
 
     return result;
 }
@@ -137,31 +138,31 @@ std::vector<DisplayScale::Mark> DisplayScale::marksFor (const juce::String& unit
             marks.push_back ({ number, position });
     };
 
-    for (size_t index = 0; index < runs.size(); ++index)
+    for (std::size_t index = 0; index < ranges.size(); ++index)
     {
-        const auto& run = runs[index];
+        const auto& range = ranges[index];
 
-        if (! run.quantity.has_value() || run.quantity->unit != unit)
+        if (! range.quantity.has_value() || range.quantity->unit != unit)
             continue;
 
-        const auto number = run.quantity->number;
+        const auto number = range.quantity->number;
 
         if (gridSize > 0)
         {
-            add (number, (double) positionOfRun (index));
+            add (number, (double) positionOfRange (index));
             continue;
         }
 
         // Between two rounded numbers the text changes halfway. The numbers at the ends of the scale are exact.
         const auto startsScale =
-            index == 0 || ! runs[index - 1].quantity.has_value() || runs[index - 1].quantity->unit != unit;
+            index == 0 || ! ranges[index - 1].quantity.has_value() || ranges[index - 1].quantity->unit != unit;
 
         if (startsScale)
-            add (number, (double) run.first);
+            add (number, (double) range.first);
         else
-            add ((runs[index - 1].quantity->number + number) * 0.5, edgeBetween (runs[index - 1], run));
+            add ((ranges[index - 1].quantity->number + number) * 0.5, edgeBetween (ranges[index - 1], range));
 
-        if (index + 1 == runs.size())
+        if (index + 1 == ranges.size())
             add (number, 1.0);
     }
 
@@ -176,7 +177,7 @@ std::optional<float> DisplayScale::positionBetweenMarks (const Quantity& quantit
         || ! (quantity.number <= marks.back().number))
         return {};
 
-    size_t upper = 1;
+    std::size_t upper = 1;
 
     while (upper + 1 < marks.size() && marks[upper].number < quantity.number)
         ++upper;
@@ -184,7 +185,7 @@ std::optional<float> DisplayScale::positionBetweenMarks (const Quantity& quantit
     const auto& low = marks[upper - 1];
     const auto& high = marks[upper];
 
-    // Scales that are not even are exponential; the difference to a straight line between neighbours is small anyway.
+    // A scale that is not even is taken for exponential. Between neighbours the difference to a straight line is small.
     const auto exponential = gridSize == 0 && low.number > 0.0;
     const auto fraction = exponential ? std::log (quantity.number / low.number) / std::log (high.number / low.number)
                                       : (quantity.number - low.number) / (high.number - low.number);
@@ -201,9 +202,9 @@ std::optional<float> DisplayScale::positionOf (const juce::String& text) const
             if (const auto position = positionBetweenMarks (*quantity))
                 return position;
 
-    for (size_t index = 0; index < runs.size(); ++index)
-        if (wanted.isNotEmpty() && runs[index].text.equalsIgnoreCase (wanted))
-            return positionOfRun (index);
+    for (std::size_t index = 0; index < ranges.size(); ++index)
+        if (wanted.isNotEmpty() && ranges[index].text.equalsIgnoreCase (wanted))
+            return positionOfRange (index);
 
     return {};
 }

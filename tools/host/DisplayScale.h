@@ -1,17 +1,18 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <vector>
 
 #include <juce_core/juce_core.h>
 
-/** What a parameter's texts tell about it. A VST3 module tells its host a text for any position from 0 to 1 and not how
-    the two hang together, so this finds out by asking: where the text changes, whether these places lie on an even grid,
-    and whether the texts are words to choose from or numbers to read between.
+/** What a parameter's texts tell about it. A VST3 module gives its host a text for any position from 0 to 1, but not the rule
+    behind it. So this asks for many texts and finds out where they change, whether these places lie on an even grid, and
+    whether the texts are words to choose from or numbers on a scale.
 
-    It is taken for granted that a text which is the same at two positions is the same between them. */
+    It assumes that a text which is the same at two positions is the same between them. */
 class DisplayScale
 {
 public:
@@ -32,11 +33,11 @@ public:
     [[nodiscard]] std::vector<Choice> choices() const;
 
     /** The texts at the two ends, without blanks around them. */
-    [[nodiscard]] juce::String lowestText() const { return runs.front().text; }
-    [[nodiscard]] juce::String highestText() const { return runs.back().text; }
+    [[nodiscard]] juce::String lowestText() const { return ranges.front().text; }
+    [[nodiscard]] juce::String highestText() const { return ranges.back().text; }
 
-    /** The position for a text that the module would show, or for a number with its unit between two that it would. Large
-        and small letters are the same, blanks around the text and before the unit do not count.
+    /** The position for a text that the module shows, or for a number with its unit between two that it shows. Large and
+        small letters are the same; blanks around the text and before the unit do not count.
         @returns nothing if no position fits */
     [[nodiscard]] std::optional<float> positionOf (const juce::String& text) const;
 
@@ -49,7 +50,7 @@ private:
     };
 
     /** All neighbouring positions that have the same text. */
-    struct Run
+    struct TextRange
     {
         juce::String text;
         float first = 0.0f;
@@ -65,16 +66,16 @@ private:
     };
 
     [[nodiscard]] static std::optional<Quantity> parse (const juce::String& text);
-    [[nodiscard]] static double edgeBetween (const Run& lower, const Run& upper) noexcept;
-    void collectRuns (const TextOf& textOf, float low, const juce::String& lowText, float high,
-                      const juce::String& highText);
+    [[nodiscard]] static double edgeBetween (const TextRange& lower, const TextRange& upper) noexcept;
+    void collectRanges (const TextOf& textOf, float low, const juce::String& lowText, float high,
+                        const juce::String& highText);
     [[nodiscard]] int findGridSize() const noexcept;
     [[nodiscard]] bool isOneRangeOfNumbers() const;
-    [[nodiscard]] float positionOfRun (size_t index) const noexcept;
+    [[nodiscard]] float positionOfRange (std::size_t index) const noexcept;
     [[nodiscard]] std::vector<Mark> marksFor (const juce::String& unit) const;
     [[nodiscard]] std::optional<float> positionBetweenMarks (const Quantity& quantity) const;
 
-    std::vector<Run> runs;
+    std::vector<TextRange> ranges;
 
     /** Number of equally spaced positions that the texts stand for; 0 if they do not lie on a grid. */
     int gridSize = 0;

@@ -5,8 +5,8 @@
 
 #include <juce_core/juce_core.h>
 
-/** Something that the user can put right. Its message is one line, names the file, parameter or option it is about, and
-    goes to stderr as it stands. */
+/** An error that the user can fix. Its message is one line, names the file, parameter or option that it is about, and goes
+    to stderr unchanged. */
 class HostError : public std::runtime_error
 {
 public:

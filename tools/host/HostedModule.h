@@ -15,7 +15,7 @@ public:
     [[nodiscard]] juce::AudioPluginInstance& instance() noexcept { return *plugin; }
     [[nodiscard]] const ParameterList& parameters() const noexcept { return list; }
 
-    /** Makes the instance take the values that were set without any audio: they otherwise travel with the next block. */
+    /** Makes the instance take the values that were set, without any audio: otherwise they travel with the next block. */
     void deliverParameters();
 
 private:

@@ -3,14 +3,14 @@
 
 #include <exception>
 
-/** Thrown where work stops because the user asked for it (Ctrl-C) or the system did. */
+/** Thrown where work stops because the user (Ctrl-C) or the system asked for it. */
 class Interrupted : public std::exception
 {
 public:
     const char* what() const noexcept override { return "interrupted"; }
 };
 
-/** Turns SIGINT, SIGTERM and SIGHUP into an exception at a place where everything can be tidied up. */
+/** Turns SIGINT, SIGTERM and SIGHUP into an exception that is thrown only where everything can be cleaned up. */
 namespace interrupt
 {
 /** From now on these signals only raise a flag. */

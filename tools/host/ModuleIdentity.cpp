@@ -2,6 +2,7 @@
 #include "host/ModuleIdentity.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <iterator>
 
 #include <pluginterfaces/base/ipluginbase.h>
@@ -11,7 +12,7 @@
 
 namespace
 {
-/** The module's library for the time of the questions. JUCE's own hosting keeps its factory to itself. */
+/** The module's library, open as long as this object lives. JUCE's own hosting does not give access to the factory. */
 class OpenLibrary
 {
 public:
@@ -63,23 +64,23 @@ Held<Interface> ask (Steinberg::IPluginFactory& factory, const Steinberg::TUID& 
     return Held<Interface> (static_cast<Interface*> (object));
 }
 
-[[nodiscard]] juce::String textOf (const char* characters, size_t capacity)
+[[nodiscard]] juce::String textOf (const char* characters, std::size_t capacity)
 {
     const auto* end = std::find (characters, characters + capacity, '\0');
     return juce::String::fromUTF8 (characters, (int) (end - characters));
 }
 
-[[nodiscard]] juce::String textOf (const Steinberg::char16* characters, size_t capacity)
+[[nodiscard]] juce::String textOf (const Steinberg::char16* characters, std::size_t capacity)
 {
     juce::String text;
 
-    for (size_t index = 0; index < capacity && characters[index] != 0; ++index)
+    for (std::size_t index = 0; index < capacity && characters[index] != 0; ++index)
         text += (juce::juce_wchar) characters[index];
 
     return text;
 }
 
-template <typename Character, size_t capacity>
+template <typename Character, std::size_t capacity>
 juce::String textOf (const Character (&characters)[capacity])
 {
     return textOf (characters, capacity);

@@ -83,7 +83,7 @@ std::unique_ptr<juce::AudioPluginInstance> load (const juce::File& module)
 
     juce::String error;
 
-    // The rate and block size given here are placeholders: whoever renders prepares the instance with the real ones.
+    // The rate and block size are placeholders: the instance is prepared with the real ones before it renders.
     if (auto instance = format.createInstanceFromDescription (*descriptions.getFirst(), 48000.0, 512, error))
         return instance;
 

@@ -8,7 +8,7 @@
 /** Finds and loads built modules. */
 namespace moduleLoader
 {
-/** The module that is meant when none is named: the one of the environment variable KESTRIN_PLUGIN, else the one built
+/** The module to use when none is named: the one that the environment variable KESTRIN_PLUGIN names, else the one built
     beside this program, else the one installed for the user.
     @throws HostError if there is none */
 [[nodiscard]] juce::File findModule();

@@ -2,6 +2,7 @@
 #include "host/ParameterList.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <map>
 
 #include "host/HostError.h"
@@ -44,9 +45,9 @@ namespace
 /** How many single-character changes lead from one word to the other. */
 [[nodiscard]] int editDistance (const juce::String& first, const juce::String& second)
 {
-    std::vector<int> row ((size_t) second.length() + 1);
+    std::vector<int> row ((std::size_t) second.length() + 1);
 
-    for (size_t column = 0; column < row.size(); ++column)
+    for (std::size_t column = 0; column < row.size(); ++column)
         row[column] = (int) column;
 
     for (int line = 0; line < first.length(); ++line)
@@ -54,7 +55,7 @@ namespace
         auto diagonal = row[0];
         row[0] = line + 1;
 
-        for (size_t column = 1; column < row.size(); ++column)
+        for (std::size_t column = 1; column < row.size(); ++column)
         {
             const auto change = diagonal + (first[line] == second[(int) column - 1] ? 0 : 1);
             diagonal = row[column];

@@ -8,10 +8,10 @@
 /** One parameter as a host sees it. */
 struct HostedParameter
 {
-    /** The word for it on the command line and in saved settings. */
+    /** Its name on the command line and in saved settings. */
     juce::String id;
 
-    /** The number for it in the VST3 interface. */
+    /** Its number in the VST3 interface. */
     juce::uint32 number = 0;
 
     /** Owned by the instance. */
@@ -23,8 +23,8 @@ struct HostedParameter
     [[nodiscard]] juce::String textAt (float position) const { return parameter->getText (position, 128); }
 };
 
-/** The parameters of an instance in the module's order, with the words that VST3 hides: a host sees numbers only, which
-    are hashes of the words; the words themselves stand in the settings that the module saves. */
+/** The parameters of an instance in the module's order, with their ids. A VST3 host sees only numbers, which are hashes of
+    the ids; the ids themselves stand in the settings that the module saves. */
 class ParameterList
 {
 public:
@@ -32,7 +32,7 @@ public:
 
     [[nodiscard]] const std::vector<HostedParameter>& all() const noexcept { return parameters; }
 
-    /** @throws HostError if there is no such id; it names the ones that come near */
+    /** @throws HostError if there is no such id; it names ids that are similar */
     [[nodiscard]] const HostedParameter& find (const juce::String& id) const;
 
 private:

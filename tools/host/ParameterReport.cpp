@@ -40,7 +40,7 @@ namespace
     return choices.joinIntoString (", ");
 }
 
-/** Those of the framework have numbers of its own and no word in the settings. */
+/** The framework's own parameters have no id in the settings. The bypass is the only one. */
 [[nodiscard]] bool isFrameworksOwn (const HostedParameter& parameter) { return parameter.id == "byps"; }
 } // namespace
 

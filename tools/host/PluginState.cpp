@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "host/PluginState.h"
 
+#include <cstddef>
 #include <string_view>
 
 #include "common/SettingsGuard.h"
@@ -12,7 +13,7 @@ namespace pluginState
 namespace
 {
 constexpr int blockMagic = 0x21324356;
-constexpr size_t headerSize = 8;
+constexpr std::size_t headerSize = 8;
 
 // How JUCE's hosting side wraps the blocks of component and controller.
 const char* const wrapperTag = "VST3PluginState";
@@ -20,8 +21,8 @@ const char* const componentTag = "IComponent";
 
 const char* const settingsTag = "settings";
 
-/** Empty if the text is none that the XML parser can be given: a settings file is as likely to be damaged as a project. */
-[[nodiscard]] juce::String parseableText (const char* data, size_t size)
+/** The text, or nothing if it must not be given to the XML parser: a settings file is as likely to be damaged as a project. */
+[[nodiscard]] juce::String parseableText (const char* data, std::size_t size)
 {
     return isSafeToParse (std::string_view (data, size)) ? juce::String::fromUTF8 (data, (int) size) : juce::String();
 }
@@ -81,7 +82,7 @@ juce::String settingsText (const juce::MemoryBlock& block)
     if (length <= 0 || length > available)
         return {};
 
-    return parseableText (static_cast<const char*> (block.getData()) + headerSize, (size_t) length);
+    return parseableText (static_cast<const char*> (block.getData()) + headerSize, (std::size_t) length);
 }
 
 juce::MemoryBlock fromSettingsText (const juce::String& text)

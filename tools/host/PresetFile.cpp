@@ -2,6 +2,7 @@
 #include "host/PresetFile.h"
 
 #include <cmath>
+#include <cstddef>
 #include <map>
 
 #include "common/SettingsGuard.h"
@@ -24,7 +25,7 @@ constexpr int tagSize = 4;
 constexpr int classIdSize = 32;
 constexpr int headerSize = 48;
 
-/** Of a text that is written with four decimals. */
+/** Half a unit of the last decimal: positions are saved with four decimals. */
 constexpr float savedPrecision = 0.00005f;
 
 [[nodiscard]] juce::String readTag (juce::InputStream& stream, int size = tagSize)
@@ -34,7 +35,7 @@ constexpr float savedPrecision = 0.00005f;
     return characters.toString();
 }
 
-/** The class id of the module as presets carry it, taken from a preset of its own making. */
+/** The class id of the module as presets carry it, taken from a preset that the module makes. */
 [[nodiscard]] juce::String classIdOf (juce::AudioPluginInstance& instance)
 {
     struct Visitor : juce::ExtensionsVisitor
@@ -56,7 +57,7 @@ constexpr float savedPrecision = 0.00005f;
     return readTag (stream, classIdSize);
 }
 
-/** What a save adds to the settings to tell where and when it was made. A preset is for everybody. */
+/** Removes the attributes that tell where and when the settings were saved. A preset is for everybody. */
 void removeOrigin (juce::XmlElement& settings)
 {
     for (const auto* name : { "date_modified", "daw", "samplerate", "username" })
@@ -79,7 +80,7 @@ void removeOrigin (juce::XmlElement& settings)
     throw HostError (file.getFullPathName() + ":" + juce::String (line) + ": " + reason);
 }
 
-/** The field that a key fills which is no parameter's id; none for any other key. */
+/** The field that a key fills; null if the key is none of the fields' and so should be a parameter's id. */
 [[nodiscard]] juce::String* fieldOf (Written& written, const juce::String& key)
 {
     struct Field
@@ -147,7 +148,7 @@ juce::MemoryBlock componentBlock (const juce::MemoryBlock& preset, const juce::F
             const auto total = (juce::int64) preset.getSize();
 
             if (tag == componentChunk && start >= 0 && size > 0 && start <= total && size <= total - start)
-                return { static_cast<const char*> (preset.getData()) + start, (size_t) size };
+                return { static_cast<const char*> (preset.getData()) + start, (std::size_t) size };
         }
     }
 
@@ -180,7 +181,7 @@ Written parse (const HostedModule& module, const juce::File& file)
     if (! file.loadFileAsData (content))
         throw HostError (file.getFullPathName() + ": cannot be read");
 
-    // Bytes that are no characters can make a text be read beyond its end.
+    // Bytes that are no UTF-8 characters can make JUCE read a text beyond its end.
     if (! isUtf8 ({ static_cast<const char*> (content.getData()), content.getSize() }))
         throw HostError (file.getFullPathName() + ": is no UTF-8 text");
 
@@ -188,7 +189,7 @@ Written parse (const HostedModule& module, const juce::File& file)
     file.readLines (lines);
     Written written;
 
-    // What follows the last line's end is no line.
+    // A line end at the end of the file begins no further line.
     if (lines.size() > 1 && lines[lines.size() - 1].isEmpty())
         lines.remove (lines.size() - 1);
 

@@ -11,7 +11,7 @@
 
     The written form is lines of `key = value`: `name` and `about` (what the preset is for) must be there, `listen` (what
     to play through it) may be, and every other key is the id of a parameter, with a text or a position. Blank lines and
-    lines that begin with # count for nothing. A parameter that is not named stands at its default. */
+    lines that begin with # are ignored. A parameter that is not named has its default. */
 namespace presetFile
 {
 [[nodiscard]] bool isPreset (const juce::MemoryBlock& content);
@@ -39,11 +39,11 @@ struct Written
 };
 
 /** Understands a written preset by the module's parameters and texts.
-    @throws HostError, naming file and line; a key that is missing is missed in the last line */
+    @throws HostError, naming file and line; a missing key is reported for the last line */
 [[nodiscard]] Written parse (const HostedModule& module, const juce::File& file);
 
-/** The preset's bytes: the defaults of the module with the written values. Nothing of the machine they are made on gets
-    into them. The module is left with these settings.
-    @throws HostError if the module does not take them over */
+/** The preset's bytes: the defaults of the module with the written values, and nothing that tells of the machine. The module
+    is left with these settings.
+    @throws HostError if the module does not accept them */
 [[nodiscard]] juce::MemoryBlock build (HostedModule& module, const Written& written);
 } // namespace presetFile

@@ -18,14 +18,14 @@ namespace
 const char* const screenSize = "2560x2560x24";
 constexpr int startTimeoutMs = 10000;
 
-// Not the lowest numbers: whatever starts without a display and asks all the same is sent to :0, and would meet this one.
+// Not the lowest numbers: a program that has no display falls back to :0, and would open its window on this one.
 constexpr int firstNumber = 90;
 constexpr int numberCount = 400;
 constexpr int mostAttempts = 20;
 
 [[noreturn]] void becomeServer (int displayNumber, int numberPipe)
 {
-    // Whatever becomes of this program, no server is left behind.
+    // No server is left behind, even if this program crashes.
     prctl (PR_SET_PDEATHSIG, SIGTERM);
 
     const auto displayText = ":" + std::to_string (displayNumber);
@@ -36,7 +36,7 @@ constexpr int mostAttempts = 20;
     _exit (127);
 }
 
-/** The server repeats its number as soon as it takes connections, and says nothing where the number is taken. */
+/** The server writes its number as soon as it accepts connections, and nothing if the number is already in use. */
 std::string readNumber (int numberPipe)
 {
     std::string number;

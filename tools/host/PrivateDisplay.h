@@ -4,8 +4,8 @@
 #include <string>
 
 /** A display for windows where there is none: starts a virtual X server (Xvfb) for the life of this object and points
-    DISPLAY at it. Does nothing where DISPLAY is set already. To be made before anything looks for a display, and to
-    outlive everything that has found it. */
+    DISPLAY at it. Does nothing if DISPLAY is set already. Must be made before anything looks for a display, and must
+    outlive everything that uses it. */
 class PrivateDisplay
 {
 public:
@@ -20,6 +20,6 @@ private:
     [[nodiscard]] std::string startServer (int displayNumber);
     void stopServer() noexcept;
 
-    /** The process; none is below 1. */
+    /** The process id; below 1 if there is none. */
     int server = -1;
 };

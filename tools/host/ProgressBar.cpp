@@ -2,6 +2,7 @@
 #include "host/ProgressBar.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <string>
 
@@ -17,7 +18,7 @@ ProgressBar::ProgressBar() : terminal (isatty (STDERR_FILENO) != 0) {}
 
 ProgressBar::~ProgressBar()
 {
-    // The line is wiped, so that what follows, a message or the prompt, starts in the first column.
+    // The line is cleared, so that a message or the prompt starts in the first column.
     if (shown)
         std::fprintf (stderr, "\r\033[K");
 }
@@ -31,8 +32,8 @@ void ProgressBar::show (double done)
 
     const auto elapsed = std::chrono::duration<double> (now - start).count();
     const auto remaining = done > 0.0 ? (int) std::ceil (elapsed * (1.0 - done) / done) : 0;
-    const auto filled = (size_t) std::lround (done * barWidth);
-    const auto bar = std::string (filled, '#') + std::string ((size_t) barWidth - filled, '.');
+    const auto filled = (std::size_t) std::lround (done * barWidth);
+    const auto bar = std::string (filled, '#') + std::string ((std::size_t) barWidth - filled, '.');
 
     std::fprintf (stderr, "\r[%s] %3d %%  %d:%02d left\033[K", bar.c_str(), (int) (done * 100.0), remaining / 60,
                   remaining % 60);

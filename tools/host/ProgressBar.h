@@ -3,7 +3,7 @@
 
 #include <chrono>
 
-/** One line on stderr that says how far the work is and how long it will take. Silent if stderr is no terminal. */
+/** One line on stderr with the progress and the remaining time. Silent if stderr is no terminal. */
 class ProgressBar
 {
 public:

@@ -23,7 +23,7 @@ void useChannels (juce::AudioPluginInstance& instance, int numChannels)
         throw HostError ("the module does not take " + channels.getDescription().toLowerCase());
 }
 
-/** Keeps the instance ready to process, and takes it back whatever happens. */
+/** Prepares the instance for processing, and releases it even after an exception. */
 class Prepared
 {
 public:
@@ -46,11 +46,11 @@ private:
     JUCE_DECLARE_NON_COPYABLE (Prepared)
 };
 
-/** The state of one run between the file's reader and its writer. */
-class Run
+/** Sends block after block through the instance, with the song position and the automation of each. */
+class Renderer
 {
 public:
-    Run (juce::AudioPluginInstance& pluginInstance, const Job& job, double sampleRate)
+    Renderer (juce::AudioPluginInstance& pluginInstance, const Job& job, double sampleRate)
         : instance (pluginInstance), automation (job.automation, sampleRate)
     {
         if (job.transport.has_value())
@@ -59,8 +59,8 @@ public:
         instance.setPlayHead (transport.has_value() ? &*transport : nullptr);
     }
 
-    /** Processes a block in place. Parameters move at the start of a block only, as VST3 modules made with JUCE take the
-        last of a block's points for the whole block; so the block is cut where a parameter moves. */
+    /** Processes a block in place. It is cut where a parameter moves, because VST3 modules made with JUCE use the last value
+        of a block for the whole block. */
     void process (juce::AudioBuffer<float>& buffer, int numFrames)
     {
         for (int done = 0; done < numFrames;)
@@ -94,7 +94,7 @@ void processFile (juce::AudioPluginInstance& instance, const Job& job, AudioSour
 {
     auto sizes = job.blockSizes;
     const Prepared prepared (instance, source.sampleRate(), sizes.maximum());
-    Run run (instance, job, source.sampleRate());
+    Renderer renderer (instance, job, source.sampleRate());
     juce::AudioBuffer<float> buffer (source.numChannels(), sizes.maximum());
 
     for (juce::int64 start = 0; start < source.numFrames();)
@@ -103,7 +103,7 @@ void processFile (juce::AudioPluginInstance& instance, const Job& job, AudioSour
 
         const auto numFrames = (int) std::min ((juce::int64) sizes.next(), source.numFrames() - start);
         source.read (buffer, start, numFrames);
-        run.process (buffer, numFrames);
+        renderer.process (buffer, numFrames);
         sink.write (buffer, numFrames);
         start += numFrames;
 

@@ -30,10 +30,10 @@ struct Job
     std::optional<juce::File> savedState;
 };
 
-/** Told the part of the work that is done, 0 to 1, after every block. */
+/** Called after every block with the fraction of the work that is done, 0 to 1. */
 using Progress = std::function<void (double)>;
 
-/** Runs a job. Output and settings appear both or neither.
+/** Runs a job. Output and settings appear together or not at all.
     @throws HostError, Interrupted */
 void run (HostedModule& module, const Job& job, const Progress& progress = {});
 } // namespace render

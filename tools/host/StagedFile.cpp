@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "host/StagedFile.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <system_error>
 
@@ -37,7 +38,7 @@ StagedFile::StagedFile (const juce::File& target)
 {
     requirePlainPlace (finalFile);
 
-    // To learn now, and not after a long render, that nothing can be written here.
+    // If nothing can be written here, that shows now and not after a long render.
     open().reset();
 }
 
@@ -54,7 +55,7 @@ std::unique_ptr<juce::FileOutputStream> StagedFile::open() const
     return stream;
 }
 
-void StagedFile::write (const void* data, size_t numBytes) const
+void StagedFile::write (const void* data, std::size_t numBytes) const
 {
     auto stream = open();
     stream->write (data, numBytes);

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
+
 #include <juce_core/juce_core.h>
 
-/** A file that appears complete or not at all: it is written beside its place under a hidden name, and takes the place
-    of an older file only when it is committed. Destroyed before that, it leaves nothing behind. */
+/** A file that appears complete or not at all: it is written under a hidden name in the target's folder, and replaces an
+    older file only when it is committed. If it is destroyed before that, it leaves nothing behind. */
 class StagedFile
 {
 public:
@@ -14,13 +16,13 @@ public:
 
     [[nodiscard]] const juce::File& target() const noexcept { return finalFile; }
 
-    /** Opens the hidden file, empty. The stream must be gone before commit.
+    /** Opens the hidden file, empty. The stream must be closed before commit.
         @throws HostError */
     [[nodiscard]] std::unique_ptr<juce::FileOutputStream> open() const;
 
-    /** Fills the file in one go.
+    /** Writes the whole content.
         @throws HostError */
-    void write (const void* data, size_t numBytes) const;
+    void write (const void* data, std::size_t numBytes) const;
 
     /** @throws HostError */
     void commit();

@@ -21,7 +21,7 @@ public:
 
     Transport (const Settings& transportSettings, double framesPerSecond);
 
-    /** Says which frame of the file the next block starts with. */
+    /** @param frame  the frame of the file that the next block starts with */
     void moveTo (juce::int64 frame) noexcept { currentFrame = frame; }
 
     juce::Optional<PositionInfo> getPosition() const override;

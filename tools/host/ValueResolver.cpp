@@ -10,7 +10,7 @@ namespace valueResolver
 {
 namespace
 {
-/** The locale has no say here: a position has a decimal point. */
+/** Whatever the locale is, a position has a decimal point. */
 [[nodiscard]] std::optional<float> plainNumber (const juce::String& text)
 {
     const auto characters = text.toStdString();

@@ -3,11 +3,11 @@
 
 #include "host/ParameterList.h"
 
-/** From what people write to the position that a host sends. */
+/** Turns what people write into the position that a host sends. */
 namespace valueResolver
 {
 /** A plain number without a sign is a position, 0 to 1. Everything else is a text as the module shows it: a choice
-    ("24 dB/oct"), or a number with sign or unit ("440 Hz", "30 %", "+50", "-20"), also one between two that are shown.
+    ("24 dB/oct"), or a number with sign or unit ("440 Hz", "30 %", "+50", "-20"), even between two that the module shows.
     @throws HostError, which lists the choices or names the range */
 [[nodiscard]] float resolve (const HostedParameter& parameter, const juce::String& text);
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-/** The X server's side of a window. A hosted editor is a window of the module's inside a window of ours, and only the
+/** The X server's side of a window. A hosted editor is a window of the module inside a window of the host, and only the
     server has both of them as one picture. No JUCE here: its names and Xlib's macros do not go together. */
 class XDisplay
 {
@@ -22,16 +22,16 @@ public:
     };
 
     /** Connects to the server that DISPLAY names; connected() tells whether that worked. From then on an error of the X
-        protocol is no reason to end the program: windows without a window manager cause harmless ones. */
+        protocol does not end the program: windows without a window manager cause harmless errors. */
     XDisplay();
     ~XDisplay();
 
     [[nodiscard]] bool connected() const noexcept;
 
-    /** What the window shows, with everything inside it. It must be on the screen, and nothing in front of it. */
+    /** What the window shows, with everything inside it. The window must be on the screen, with nothing in front of it. */
     [[nodiscard]] Pixels picture (WindowId window) const;
 
-    /** Presses and releases the first mouse button at a pixel of the window, in whatever window lies there. */
+    /** Presses and releases the first mouse button at a pixel of the window, in the innermost window at that place. */
     void click (WindowId window, int x, int y) const;
 
 private:

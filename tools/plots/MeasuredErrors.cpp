@@ -28,7 +28,7 @@ namespace
 constexpr double sampleRate = 48000.0;
 constexpr std::array cutoffs { 50.0, 1000.0, 10000.0 };
 
-/** Below this level the closed form and the answer both are as good as silence. */
+/** Below this level both the closed form and the answer count as silence. */
 constexpr double lowestDb = -120.0;
 
 using Complex = std::complex<double>;
@@ -376,7 +376,7 @@ template <typename Filter>
 
 //---- the table ------------------------------------------------------------------------------------------------------
 
-/** Few digits: the last ones depend on the maths library. What is smaller than any sound is no error. */
+/** Few digits: the last ones depend on the maths library. An error that is smaller than any sound counts as none. */
 [[nodiscard]] std::string inWords (double error, const char* unit)
 {
     constexpr auto nothing = 1.0e-30;

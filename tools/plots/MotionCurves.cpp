@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstddef>
 #include <ostream>
 
 #include "dsp/modulation/Frequencer.h"
@@ -17,8 +18,8 @@ struct ShapeRow
     int linesPerSecond;
 };
 
-/** Long enough to see what each shape is: two cycles at 1 Hz, some more of the irregular one, and for the drift, which
-    moves by no more than a hundredth in a second, a quarter of an hour. */
+/** Long enough to show each shape: two cycles at 1 Hz, twelve of the irregular one, and a quarter of an hour of the drift,
+    which moves by no more than a hundredth in a second. */
 constexpr std::array shapeRows {
     ShapeRow { LfoGenerator::sine, 2.0, 500 },
     ShapeRow { LfoGenerator::triangle, 2.0, 500 },

@@ -9,7 +9,7 @@ namespace motionCurves
 /** One block of lines per LFO shape: time, and the output with the curve at -100, 0 and +100. */
 void writeLfoShapes (std::ostream& out);
 
-/** Lines of a step's number and the beats from which to which it is on.
+/** Lines of a step's number, the beat where it goes on and the beat where it goes off.
     @param beats  how much of the song is shown, from beat 0 */
 void writeSteps (std::ostream& out, double beats);
 

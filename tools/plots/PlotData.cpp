@@ -2,6 +2,7 @@
 // plot-data: writes the tables from which gnuplot draws the pictures of docs/, and the table of measured errors.
 
 #include <charconv>
+#include <cstddef>
 #include <exception>
 #include <iostream>
 #include <stdexcept>
@@ -30,7 +31,7 @@ constexpr const char* usage = R"(Usage: plot-data lfos | steps BEATS | pattern |
     return number;
 }
 
-/** @returns false if the words are none of ours */
+/** @returns false if the words are no command of this program */
 [[nodiscard]] bool run (const std::vector<std::string>& words)
 {
     const auto is = [&] (std::size_t count, const std::string& first, const std::string& second = {})

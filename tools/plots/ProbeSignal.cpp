@@ -30,13 +30,13 @@ constexpr int impulseLines = 500;
 constexpr int numTones = 60;
 constexpr std::size_t toneFrames = framesPerSecond / 2;
 
-/** Only the end of a tone is measured, once the filter has swung in. */
+/** Only the end of a tone is measured, after the filter's transient. */
 constexpr std::size_t measuredFrames = toneFrames / 2;
 
 constexpr double lowestHertz = 20.0;
 constexpr double highestHertz = 20000.0;
 
-/** What float samples can still tell from silence, far below the pictures' lower edge. */
+/** The smallest gain that float samples can show, far below the pictures' lower edge. */
 constexpr double smallestGain = 1.0e-9;
 
 [[nodiscard]] double hertzAt (int index, int count)
@@ -68,7 +68,7 @@ template <typename Number>
 constexpr std::uint16_t bytesPerSample = sizeof (float);
 constexpr std::uint16_t floatFormat = 3;
 
-/** The head of a WAV file: machines that store the low byte first, as the format does. */
+/** The head of a WAV file. The machine must store the low byte first, as the format does. */
 void writeHead (std::ostream& out, std::size_t numFrames)
 {
     constexpr std::uint32_t formatSize = 16, headSize = 36;
@@ -122,17 +122,17 @@ void writeHead (std::ostream& out, std::size_t numFrames)
     return samples;
 }
 
-/** The component of one frequency; with a Hann window, other tones and what is left of the swing-in stay out of it. */
+/** The component of one frequency. A Hann window keeps other tones and the rest of the filter's transient out of it. */
 [[nodiscard]] double component (std::span<const float> samples, double hertz, bool windowed)
 {
-    const auto turn = 2.0 * std::numbers::pi;
-    const auto step = std::polar (1.0, -turn * hertz / sampleRate);
+    const auto twoPi = 2.0 * std::numbers::pi;
+    const auto step = std::polar (1.0, -twoPi * hertz / sampleRate);
     std::complex<double> rotation = 1.0, sum = 0.0;
     auto weights = 0.0;
 
     for (std::size_t i = 0; i < samples.size(); ++i)
     {
-        const auto window = 0.5 - 0.5 * std::cos (turn * ((double) i + 0.5) / (double) samples.size());
+        const auto window = 0.5 - 0.5 * std::cos (twoPi * ((double) i + 0.5) / (double) samples.size());
         const auto weight = windowed ? window : 1.0;
         sum += weight * (double) samples[i] * rotation;
         weights += weight;

@@ -13,7 +13,7 @@ inline constexpr int sampleRate = 48000;
     @param level  its height */
 void writeImpulse (std::ostream& out, double level);
 
-/** Sines one after another, from low to high. With them the response is measured as a player meets it, at a level.
+/** Sines one after another, from low to high. They measure the response to a loud sound, where the module is not linear.
     @param level  their amplitude */
 void writeTones (std::ostream& out, double level);
 
@@ -21,6 +21,6 @@ void writeTones (std::ostream& out, double level);
     @returns through out lines of a frequency in Hz and a gain in dB */
 void measureImpulse (std::istream& in, std::ostream& out, double level);
 
-/** Reads the answer to tones: of each, the part that has the tone's own frequency. */
+/** Reads the answer to tones. For each tone only its own frequency is measured. */
 void measureTones (std::istream& in, std::ostream& out, double level);
 } // namespace probeSignal

@@ -8,7 +8,7 @@ namespace CLI
 class App;
 }
 
-/** A command of kestrin-host with its options: made before the command line is read, and run if that names it. */
+/** A command of kestrin-host with its options. All are made before the command line is read; then the named one is run. */
 class Command
 {
 public:
@@ -20,7 +20,7 @@ public:
     /** True once the command line has named this command. */
     [[nodiscard]] bool isChosen() const;
 
-    /** True if it is to run on a display of its own where there is none. */
+    /** True if the command needs a private display where there is none. */
     [[nodiscard]] virtual bool wantsPrivateDisplay() const { return false; }
 
     /** Message thread only.

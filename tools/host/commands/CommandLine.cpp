@@ -52,7 +52,7 @@ Examples
 
 void run (Command& command)
 {
-    // The display comes before JUCE and goes after it, as the module's and our own JUCE hold on to it to the end.
+    // The display is there before JUCE and until after it: the module's JUCE and the host's use it to the end.
     std::optional<PrivateDisplay> display;
 
     if (command.wantsPrivateDisplay())
