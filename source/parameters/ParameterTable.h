@@ -59,6 +59,7 @@ struct LfoMember
     std::array<ParameterSet::Parameter*, ParameterSet::numLfos> ParameterSet::*parameters;
     std::size_t lfo;
 
+    /** True for the same parameter of the same LFO. */
     [[nodiscard]] constexpr bool operator== (const LfoMember&) const = default;
 };
 
@@ -68,6 +69,7 @@ struct StepMember
     std::array<ParameterSet::Parameter*, ParameterSet::numSteps> ParameterSet::*parameters;
     std::size_t step;
 
+    /** True for the same parameter of the same step. */
     [[nodiscard]] constexpr bool operator== (const StepMember&) const = default;
 };
 
