@@ -10,7 +10,9 @@
 #include <vector>
 
 #include "dsp/MainAudioProcessor.h"
-#include "support/RandomPatch.h"
+#include "support/scenario/Dice.h"
+#include "support/scenario/Playback.h"
+#include "support/scenario/Scenario.h"
 
 /** The plug-in and the second engine side by side: whatever is done to the one is done to the other, and what they give
     must be the same in every bit. Every output sample is compared, and after every block every field that both hold.

@@ -1,12 +1,16 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "support/RandomPatch.h"
+#include <map>
+#include <string>
 
 #include <gtest/gtest.h>
-#include <map>
+
+#include "support/scenario/Playback.h"
+#include "support/scenario/ReferencePlayer.h"
+#include "support/scenario/Scenario.h"
 
 using namespace scenario;
 
-TEST (RandomPatch, GivesTheSameScenarioForTheSameSeed)
+TEST (Scenario, IsTheSameForTheSameSeed)
 {
     const auto a = makeScenario (7);
     const auto b = makeScenario (7);
@@ -16,7 +20,7 @@ TEST (RandomPatch, GivesTheSameScenarioForTheSameSeed)
     EXPECT_NE (a.positions, makeScenario (8).positions);
 }
 
-TEST (RandomPatch, FillsExactlyItsFrames)
+TEST (Scenario, HasBlocksForExactlyItsFrames)
 {
     for (std::uint32_t seed = 0; seed < 50; ++seed)
     {
@@ -32,7 +36,7 @@ TEST (RandomPatch, FillsExactlyItsFrames)
     }
 }
 
-TEST (RandomPatch, ReachesEveryThemeTransportShapeSlopeAndFamilyWithinTwoHundredSeeds)
+TEST (Scenario, ReachesEveryThemeTransportShapeSlopeAndFamilyWithinTwoHundredSeeds)
 {
     std::map<std::string, int> themes;
     std::map<std::string, int> transports;
@@ -49,7 +53,7 @@ TEST (RandomPatch, ReachesEveryThemeTransportShapeSlopeAndFamilyWithinTwoHundred
     {
         const auto scenario = makeScenario (seed, options);
         ++themes[scenario.theme];
-        ++transports[scenario.transportScript];
+        ++transports[scenario.transport];
         ReferencePlayer player;
 
         for (int i = 0; i < reference::Index::count; ++i)
@@ -85,7 +89,7 @@ TEST (RandomPatch, ReachesEveryThemeTransportShapeSlopeAndFamilyWithinTwoHundred
     EXPECT_LT (slept, 190);
 }
 
-TEST (RandomPatch, SoundsTheSameHoweverItsBlocksAreCut)
+TEST (Scenario, SoundsTheSameInAnySplitOfItsBlocks)
 {
     for (std::uint32_t seed = 100; seed < 140; ++seed)
     {
@@ -99,7 +103,7 @@ TEST (RandomPatch, SoundsTheSameHoweverItsBlocksAreCut)
     }
 }
 
-TEST (RandomPatch, NeverLeavesATargetOutsideItsRangeWhateverTheHostTells)
+TEST (Scenario, KeepsTheSlewsInRangeWithAHostThatSendsNonsense)
 {
     Options options;
     options.strangeSamples = true;
@@ -121,7 +125,7 @@ TEST (RandomPatch, NeverLeavesATargetOutsideItsRangeWhateverTheHostTells)
     }
 }
 
-TEST (RandomPatch, LeavesTheWalkOutWhenAskedTo)
+TEST (Scenario, LeavesOutTheBrownianShapeOnRequest)
 {
     Options options;
     options.brownian = false;
