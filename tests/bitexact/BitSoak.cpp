@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// bit_soak: plays random sessions into the plug-in and the second engine for as long as one likes, and stops at the first
+// bit_soak: plays random sessions into the plug-in and the reference engine, as many as asked for, and stops at the first
 // bit that differs.
 #include <chrono>
 #include <cstdio>
@@ -9,40 +9,41 @@
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
-#include "bitexact/DuoPlayer.h"
+#include "bitexact/DifferentialPlayer.h"
+#include "support/scenario/Playback.h"
 
 namespace
 {
-struct Wish
+struct Arguments
 {
     double millionFrames = 50.0;
     std::uint32_t firstSeed = 1000000;
-    bool understood = true;
+    bool valid = true;
 };
 
-Wish readCommandLine (int argc, char** argv)
+Arguments readCommandLine (int argc, char** argv)
 {
-    Wish wish;
+    Arguments arguments;
 
     for (int i = 1; i < argc; i += 2)
     {
         const std::string_view option (argv[i]);
 
         if (i + 1 == argc)
-            wish.understood = false;
+            arguments.valid = false;
         else if (option == "--million")
-            wish.millionFrames = std::atof (argv[i + 1]);
+            arguments.millionFrames = std::atof (argv[i + 1]);
         else if (option == "--seed")
-            wish.firstSeed = (std::uint32_t) std::strtoul (argv[i + 1], nullptr, 10);
+            arguments.firstSeed = (std::uint32_t) std::strtoul (argv[i + 1], nullptr, 10);
         else
-            wish.understood = false;
+            arguments.valid = false;
     }
 
-    wish.understood = wish.understood && wish.millionFrames > 0.0;
-    return wish;
+    arguments.valid = arguments.valid && arguments.millionFrames > 0.0;
+    return arguments;
 }
 
-/** What a session has besides its patch: mostly usual things, and some of what hosts should not do. */
+/** Most sessions are ordinary; some have what hosts should not do. */
 scenario::Options optionsFor (std::uint32_t seed)
 {
     scenario::Options options;
@@ -62,9 +63,9 @@ void showProgress (std::int64_t frames, std::int64_t wanted, int sessions, doubl
 
 int main (int argc, char** argv)
 {
-    const auto wish = readCommandLine (argc, argv);
+    const auto arguments = readCommandLine (argc, argv);
 
-    if (! wish.understood)
+    if (! arguments.valid)
     {
         std::fputs ("usage: bit_soak [--million FRAMES] [--seed FIRST]\n", stderr);
         return 2;
@@ -72,27 +73,28 @@ int main (int argc, char** argv)
 
     using Clock = std::chrono::steady_clock;
     const juce::ScopedJuceInitialiser_GUI juceIsUp;
-    const auto wanted = (std::int64_t) (wish.millionFrames * 1e6);
+    const auto wanted = (std::int64_t) (arguments.millionFrames * 1e6);
     const auto showsProgress = isatty (STDERR_FILENO) != 0;
     const auto start = Clock::now();
     std::int64_t frames = 0;
     std::int64_t ticks = 0;
     int sessions = 0;
 
-    for (auto seed = wish.firstSeed; frames < wanted; ++seed)
+    for (auto seed = arguments.firstSeed; frames < wanted; ++seed)
     {
         const auto session = scenario::makeScenario (seed, optionsFor (seed));
-        DuoPlayer duo (session.stereo ? DuoPlayer::Channels::stereo : DuoPlayer::Channels::mono);
-        scenario::play (session, duo);
+        DifferentialPlayer player (session.stereo ? DifferentialPlayer::Channels::stereo
+                                                  : DifferentialPlayer::Channels::mono);
+        scenario::play (session, player);
 
-        if (! duo.isSame())
+        if (! player.isBitExact())
         {
-            std::fprintf (stderr, "\n%s\n%s\n", scenario::describe (session).c_str(), duo.difference().c_str());
+            std::fprintf (stderr, "\n%s\n%s\n", scenario::describe (session).c_str(), player.difference().c_str());
             return 1;
         }
 
-        frames += duo.numFramesPlayed();
-        ticks += duo.numTicks();
+        frames += player.numFramesPlayed();
+        ticks += player.numTicks();
         ++sessions;
 
         if (showsProgress && sessions % 16 == 0)
@@ -103,7 +105,7 @@ int main (int argc, char** argv)
         std::fputs ("\r\033[K", stderr);
 
     std::printf ("%lld frames with %lld ticks in %d sessions, seeds %u to %u: not one bit differs\n",
-                 (long long) frames, (long long) ticks, sessions, wish.firstSeed,
-                 wish.firstSeed + (unsigned) sessions - 1);
+                 (long long) frames, (long long) ticks, sessions, arguments.firstSeed,
+                 arguments.firstSeed + (unsigned) sessions - 1);
     return 0;
 }

@@ -2,16 +2,17 @@
 // Random sessions: a patch, a host with its transport, rate and blocks, knobs that move, and a sound.
 #include <gtest/gtest.h>
 
-#include "bitexact/DuoPlayer.h"
+#include "bitexact/DifferentialPlayer.h"
+#include "support/scenario/Playback.h"
 
 namespace
 {
 using scenario::Options;
 using scenario::Scenario;
 
-DuoPlayer::Channels channelsOf (const Scenario& session)
+DifferentialPlayer::Channels channelsOf (const Scenario& session)
 {
-    return session.stereo ? DuoPlayer::Channels::stereo : DuoPlayer::Channels::mono;
+    return session.stereo ? DifferentialPlayer::Channels::stereo : DifferentialPlayer::Channels::mono;
 }
 
 void playSessions (std::uint32_t firstSeed, int count, const Options& options)
@@ -19,47 +20,47 @@ void playSessions (std::uint32_t firstSeed, int count, const Options& options)
     for (auto seed = firstSeed; seed < firstSeed + (std::uint32_t) count; ++seed)
     {
         const auto session = scenario::makeScenario (seed, options);
-        DuoPlayer duo (channelsOf (session));
-        scenario::play (session, duo);
-        ASSERT_TRUE (duo.isSame()) << scenario::describe (session) << "\n" << duo.difference();
-        ASSERT_EQ (duo.numFramesPlayed(), options.numFrames);
+        DifferentialPlayer player (channelsOf (session));
+        scenario::play (session, player);
+        ASSERT_TRUE (player.isBitExact()) << scenario::describe (session) << "\n" << player.difference();
+        ASSERT_EQ (player.numFramesPlayed(), options.numFrames);
     }
 }
 } // namespace
 
-TEST (SameBits, InThreeHundredRandomSessions) { playSessions (1, 300, {}); }
+TEST (BitExact, InThreeHundredRandomSessions) { playSessions (1, 300, {}); }
 
-TEST (SameBits, InRandomSessionsOfAHostThatTellsNonsense)
+TEST (BitExact, InRandomSessionsOfAHostThatSendsNonsense)
 {
     Options options;
     options.strangeTransport = true;
     playSessions (10001, 80, options);
 }
 
-TEST (SameBits, InRandomSessionsWithNanAndInfinityInTheSound)
+TEST (BitExact, InRandomSessionsWithNaNAndInfinityInTheSound)
 {
     Options options;
     options.strangeSamples = true;
     playSessions (20001, 80, options);
 }
 
-TEST (SameBits, InLongRandomSessions)
+TEST (BitExact, InLongRandomSessions)
 {
     Options options;
     options.numFrames = 150000;
     playSessions (30001, 12, options);
 }
 
-TEST (SameBits, HoweverTheBlocksOfASessionAreCut)
+TEST (BitExact, InAnySplitOfASessionIntoBlocks)
 {
     for (std::uint32_t seed = 40001; seed < 40061; ++seed)
     {
         const auto session = scenario::makeScenario (seed);
-        DuoPlayer whole (channelsOf (session));
-        DuoPlayer cut (channelsOf (session));
+        DifferentialPlayer whole (channelsOf (session));
+        DifferentialPlayer cut (channelsOf (session));
         const auto wholeOutput = scenario::play (session, whole);
         const auto cutOutput = scenario::play (scenario::splitFurther (session, seed), cut);
-        ASSERT_TRUE (cut.isSame()) << scenario::describe (session) << "\n" << cut.difference();
+        ASSERT_TRUE (cut.isBitExact()) << scenario::describe (session) << "\n" << cut.difference();
         ASSERT_EQ (scenario::firstDifference (wholeOutput, cutOutput), -1) << scenario::describe (session);
     }
 }
