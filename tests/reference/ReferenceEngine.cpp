@@ -13,7 +13,7 @@ namespace reference
 
 namespace
 {
-// Flush-to-zero and denormals-are-zero for as long as it lives.
+// Sets flush-to-zero and denormals-are-zero during its lifetime.
 class DenormalsOff
 {
 public:
@@ -73,8 +73,8 @@ Engine::Engine()
 
     for (int i = 0; i < Index::count; ++i)
     {
-        value[static_cast<std::size_t> (i)] = table[static_cast<std::size_t> (i)].defaultPosition;
-        lastSeenValue[static_cast<std::size_t> (i)] = -1.0E20f;
+        value[(std::size_t) i] = table[(std::size_t) i].defaultPosition;
+        lastSeenValue[(std::size_t) i] = -1.0E20f;
     }
 
     barLengths = { 64.0f, 32.0f,
@@ -99,18 +99,18 @@ void Engine::setParameter (int index, float position)
 
     if (index != Index::link)
     {
-        // The host's limits, and the mapping onto the range 0 to 1 that turns -0 into 0.
+        // The host clamps, and the mapping onto the range 0 to 1 turns -0 into 0.
         stored = 0.0f + (1.0f - 0.0f) * clampKeepingNan (position, 0.0f, 1.0f);
     }
 
-    value[static_cast<std::size_t> (index)] = stored;
+    value[(std::size_t) index] = stored;
 }
 
-float Engine::getParameter (int index) const { return value[static_cast<std::size_t> (index)]; }
+float Engine::getParameter (int index) const { return value[(std::size_t) index]; }
 
 int Engine::getChoiceIndex (int index) const
 {
-    return choiceIndexOf (parameterTable()[static_cast<std::size_t> (index)], getParameter (index));
+    return choiceIndexOf (parameterTable()[(std::size_t) index], getParameter (index));
 }
 
 void Engine::setSampleRate (double rateOfHost) { hostRate = rateOfHost; }
@@ -189,14 +189,14 @@ void Engine::updateControlRate()
 {
     ++tickCount;
 
-    // 1
+    // The sample rate: the last plausible one counts.
     if (hostRate > 999.0 && hostRate < 10000000001.0)
         hostSampleRate = hostRate;
 
-    // 2
-    rate = static_cast<double> (oversamplingFactor) * hostSampleRate;
+    // The rate of the frames.
+    rate = (double) oversamplingFactor * hostSampleRate;
 
-    // 3
+    // The sums start at zero, and the host tells its transport.
     active = false;
     hpMod = 0.0f;
     lpMod = 0.0f;
@@ -204,33 +204,33 @@ void Engine::updateControlRate()
     lpResoMod = 0.0f;
     readTransport();
 
-    // 4
+    // For each LFO: wobble, tempo lock and curve.
     wobbleAndLock (0);
     wobbleAndLock (1);
 
-    // 5
+    // Poles and bandwidths of the slopes.
     takeSlopes();
 
-    // 6
+    // The ten steps of the Frequencer.
     evaluateSteps();
 
-    // 7
+    // The LFOs move, and their routes add to the sums.
     advanceAndRoute (0);
     advanceAndRoute (1);
 
-    // 8
+    // How far each slew goes in this tick: a part of its distance to the target of the tick before.
     setSlewSteps();
 
-    // 9
+    // The new targets, which the slews follow from the next tick on.
     setTargets();
 
-    // 10
+    // The slews move, and their values become hertz and amounts.
     advanceAndMap();
 
-    // 11
+    // The filters of the selected family are designed.
     designFilters();
 
-    // 12
+    // The next tick is asked for while anything moves.
     decideWake();
 }
 
@@ -279,18 +279,18 @@ void Engine::wobbleAndLock (int i)
 {
     const int s = getChoiceIndex (Index::lfoSync (i));
     const float v = getParameter (Index::lfoSpeed (i));
-    const float x = static_cast<float> (i ^ 0x37) * 0.001f;
+    const float x = (float) (i ^ 0x37) * 0.001f;
 
     if (s == 1)
     {
         const float hertz = std::exp ((x + 0.2297f) * v * 5.7037826f - 4.6051702f);
-        wobbleStep[i] = static_cast<float> (static_cast<double> (hertz) / rate);
+        wobbleStep[i] = (float) ((double) hertz / rate);
         wobbleDepth[i] = 0.01f;
     }
     else if (s == 2)
     {
         const float hertz = std::exp ((x + 0.3297f) * v * 5.857933f - 4.6051702f);
-        wobbleStep[i] = static_cast<float> (static_cast<double> (hertz) / rate);
+        wobbleStep[i] = (float) ((double) hertz / rate);
         wobbleDepth[i] = 0.12f;
     }
     else
@@ -302,12 +302,12 @@ void Engine::wobbleAndLock (int i)
     if (s == 3)
     {
         const int k = getChoiceIndex (Index::lfoMode (i));
-        const float L = barLengths[static_cast<std::size_t> (k)];
+        const float L = barLengths[(std::size_t) k];
         const float phase = getParameter (Index::lfoPhase (i));
 
-        double wanted = ppq / static_cast<double> (L) + 0.5 - static_cast<double> (phase);
+        double wanted = ppq / (double) L + 0.5 - (double) phase;
         wanted = wanted - std::floor (wanted);
-        const float t = static_cast<float> (wanted);
+        const float t = (float) wanted;
 
         float d = lfo[i].phaseA - t;
         d = d - std::floor (d);
@@ -326,7 +326,7 @@ void Engine::wobbleAndLock (int i)
     }
 
     const float bipolarCurve = getParameter (Index::lfoCurve (i)) * 2.0f - 1.0f;
-    const float g = static_cast<float> (static_cast<double> (bipolarCurve) * 1.7);
+    const float g = (float) ((double) bipolarCurve * 1.7);
     lfo[i].curveExponent = 1.0f / std::exp (g);
 }
 
@@ -393,7 +393,7 @@ void Engine::evaluateSteps()
 {
     const ParameterInfo& offsetInfo = parameterTable()[Index::seqOffs];
     const float o = (offsetInfo.maxValue - offsetInfo.minValue) * getParameter (Index::seqOffs) + offsetInfo.minValue;
-    const double pos = (ppq + 0.01) + static_cast<double> (o);
+    const double pos = (ppq + 0.01) + (double) o;
 
     float hpSum = 0.0f;
     float lpSum = 0.0f;
@@ -429,64 +429,64 @@ void Engine::evaluateSteps()
 
 void Engine::advanceAndRoute (int i)
 {
-    // 7.1: a reset to zero and no wrap.
+    // The wobble moves. It starts again at zero instead of wrapping.
     wobblePhase[i] = wobblePhase[i] + wobbleStep[i];
 
     if (wobblePhase[i] >= 1.0f)
         wobblePhase[i] = 0.0f;
 
-    // 7.2
+    // The slew behind the output moves.
     lfo[i].outputSlew.advance();
 
-    // 7.3
+    // The three phases move.
     lfo[i].advancePhases();
 
-    // 7.4
+    // The Brownian shape walks.
     if (lfo[i].shape == 5)
     {
         lfo[i].walk();
         lfo[i].referencePhase = lfo[i].referencePhase + lfo[i].phaseStepA;
     }
 
-    // 7.5
+    // A reserved shape follows the bars.
     lfo[i].follow();
 
-    // 7.6
+    // All phases wrap.
     lfo[i].wrapPhases();
 
-    // 7.7
+    // The wave.
     const float out = lfo[i].render();
 
-    // 7.8
+    // The four routes to the filters. A depth inside the dead band is added too, but keeps nothing awake.
     float depth = getParameter (Index::lfoToHpf (i)) * 2.0f - 1.0f;
 
-    if (static_cast<double> (depth) < -0.01 || static_cast<double> (depth) > 0.01)
+    if ((double) depth < -0.01 || (double) depth > 0.01)
         active = true;
 
     hpMod = hpMod + depth * out;
 
     depth = getParameter (Index::lfoToLpf (i)) * 2.0f - 1.0f;
 
-    if (static_cast<double> (depth) < -0.01 || static_cast<double> (depth) > 0.01)
+    if ((double) depth < -0.01 || (double) depth > 0.01)
         active = true;
 
     lpMod = lpMod + depth * out;
 
     depth = getParameter (Index::lfoToHpr (i)) * 2.0f - 1.0f;
 
-    if (static_cast<double> (depth) < -0.01 || static_cast<double> (depth) > 0.01)
+    if ((double) depth < -0.01 || (double) depth > 0.01)
         active = true;
 
     hpResoMod = hpResoMod + depth * out;
 
     depth = getParameter (Index::lfoToLpr (i)) * 2.0f - 1.0f;
 
-    if (static_cast<double> (depth) < -0.01 || static_cast<double> (depth) > 0.01)
+    if ((double) depth < -0.01 || (double) depth > 0.01)
         active = true;
 
     lpResoMod = lpResoMod + depth * out;
 
-    // 7.9
+    // The other LFO changes the speed by the square of its wave.
     float m = 1.0f;
     const int o = (i + 1) % 2;
     const float d = getParameter (Index::lfoToOther (o)) * 2.0f - 1.0f;
@@ -497,7 +497,7 @@ void Engine::advanceAndRoute (int i)
         m = t * t;
     }
 
-    // 7.10: the comparison is strict, so a depth of exactly 0.01 never wobbles.
+    // So does the wobble. The comparison is strict: a depth of exactly 0.01 has no effect.
     if (wobbleDepth[i] > 0.01f)
     {
         const float w = triangleOf (wobblePhase[i]);
@@ -505,26 +505,26 @@ void Engine::advanceAndRoute (int i)
         m = m * (t * t);
     }
 
-    // 7.11
+    // The limits of the speed.
     if (m < 0.01f)
         m = 0.01f;
 
     if (m > 1.99f)
         m = 1.99f;
 
-    // 7.12
+    // In tempo the speed comes from the bars, and nothing changes it.
     float f = 0.0f;
 
     if (getChoiceIndex (Index::lfoSync (i)) == 3)
     {
         const int k = getChoiceIndex (Index::lfoMode (i));
-        const float L = barLengths[static_cast<std::size_t> (k)];
+        const float L = barLengths[(std::size_t) k];
         m = 1.0f;
-        f = static_cast<float> (bpm / static_cast<double> (L) * 0.016666666666666666);
+        f = (float) (bpm / (double) L * 0.016666666666666666);
     }
 
-    // 7.13
-    configureLfo (i, f, static_cast<float> (rate), m);
+    // The speed becomes phase steps for the next tick.
+    configureLfo (i, f, (float) rate, m);
 }
 
 void Engine::configureLfo (int lfoIndex, float frequency, float rateAsFloat, float speedMultiplier)
@@ -572,36 +572,35 @@ void Engine::lockLfosToBars (float rateAsFloat, float barMultiple)
         return;
 
     const double position = query.position.ppqPosition;
-    const float tempo = static_cast<float> (query.position.bpm);
-    const float b =
-        static_cast<float> (query.position.timeSigNumerator) / static_cast<float> (query.position.timeSigDenominator);
+    const float tempo = (float) query.position.bpm;
+    const float b = (float) query.position.timeSigNumerator / (float) query.position.timeSigDenominator;
 
     for (int i = 0; i < 2; ++i)
     {
         const int k = getChoiceIndex (Index::lfoMode (i));
-        const float span = barMultiple * barLengths[static_cast<std::size_t> (k)];
+        const float span = barMultiple * barLengths[(std::size_t) k];
 
-        double t = position / static_cast<double> (b) / static_cast<double> (span);
+        double t = position / (double) b / (double) span;
         t = t - std::floor (t);
 
         if (t > 0.0 && t < 1.0)
         {
-            lfo[i].referencePhase = static_cast<float> (t);
+            lfo[i].referencePhase = (float) t;
             lfo[i].followReference = true;
         }
 
         const float period = rateAsFloat * 60.0f * b * span / tempo;
-        const double step = period == 0.0f ? 0.0 : 1.0 / static_cast<double> (period);
-        lfo[i].phaseStepA = static_cast<float> (step);
-        lfo[i].phaseStepB = static_cast<float> (step * 0.5);
-        lfo[i].phaseStepC = static_cast<float> (step * 2.0);
+        const double step = period == 0.0f ? 0.0 : 1.0 / (double) period;
+        lfo[i].phaseStepA = (float) step;
+        lfo[i].phaseStepB = (float) (step * 0.5);
+        lfo[i].phaseStepC = (float) (step * 2.0);
     }
 }
 
 void Engine::setSlewSteps()
 {
     const float tau = active ? 0.004f : 0.02f;
-    const float narrowRate = static_cast<float> (rate);
+    const float narrowRate = (float) rate;
 
     hpFreqSlew.mode = 1;
     lpFreqSlew.mode = 1;
@@ -655,19 +654,19 @@ void Engine::designFilters()
 {
     if (getChoiceIndex (Index::filtMode) == 1)
     {
-        hpLadder.configure (hpPoles, true, static_cast<double> (hpHz), static_cast<double> (hpResonance), 15.0, rate);
-        lpLadder.configure (lpPoles, false, static_cast<double> (lpHz), static_cast<double> (lpResonance), 80.0, rate);
+        hpLadder.configure (hpPoles, true, (double) hpHz, (double) hpResonance, 15.0, rate);
+        lpLadder.configure (lpPoles, false, (double) lpHz, (double) lpResonance, 80.0, rate);
         return;
     }
 
-    hpFilter.design (static_cast<unsigned> (hpPoles), true, static_cast<double> (hpHz), rate);
-    lpFilter.design (static_cast<unsigned> (lpPoles), false, static_cast<double> (lpHz), rate);
+    hpFilter.design ((unsigned) hpPoles, true, (double) hpHz, rate);
+    lpFilter.design ((unsigned) lpPoles, false, (double) lpHz, rate);
 
     if (hpResonance > 1E-07f)
-        hpResonator.design (rate, static_cast<double> (hpHz), static_cast<double> (hpPeakBandwidth));
+        hpResonator.design (rate, (double) hpHz, (double) hpPeakBandwidth);
 
     if (lpResonance > 1E-07f)
-        lpResonator.design (rate, static_cast<double> (lpHz) * 0.9, static_cast<double> (lpPeakBandwidth));
+        lpResonator.design (rate, (double) lpHz * 0.9, (double) lpPeakBandwidth);
 }
 
 void Engine::decideWake()
@@ -687,9 +686,9 @@ void Engine::decideWake()
 
 bool Engine::hasChanged (int index)
 {
-    const std::size_t i = static_cast<std::size_t> (index);
+    const std::size_t i = (std::size_t) index;
 
-    // Written so that NaN counts as different.
+    // Written so that NaN differs from everything, itself included.
     if (! (value[i] == lastSeenValue[i]))
     {
         lastSeenValue[i] = value[i];
@@ -701,7 +700,7 @@ bool Engine::hasChanged (int index)
 
 Engine::Frame Engine::processFrame (float left, float right)
 {
-    // Only the first that differs is brought up to date in this frame.
+    // A frame takes only the first change.
     bool changed = false;
 
     if (hasChanged (Index::hpFreq))
@@ -719,8 +718,8 @@ Engine::Frame Engine::processFrame (float left, float right)
         framesSinceRequest = 0;
     }
 
-    double L = static_cast<double> (left);
-    double R = static_cast<double> (right);
+    double L = (double) left;
+    double R = (double) right;
 
     const int family = getChoiceIndex (Index::filtMode);
 
@@ -743,8 +742,8 @@ Engine::Frame Engine::processFrame (float left, float right)
     }
 
     Frame result;
-    result.left = static_cast<float> (L);
-    result.right = static_cast<float> (R);
+    result.left = (float) L;
+    result.right = (float) R;
     return result;
 }
 
@@ -759,14 +758,14 @@ void Engine::addResonance (ResonancePeak& resonator, float resonance, double& L,
     const double excessLeft = PL - L;
     const double excessRight = PR - R;
 
-    double clampedLeft = excessLeft * static_cast<double> (resonance);
+    double clampedLeft = excessLeft * (double) resonance;
 
     if (clampedLeft < -limit)
         clampedLeft = -limit;
     else
         clampedLeft = clampedLeft < limit ? clampedLeft : limit;
 
-    double clampedRight = excessRight * static_cast<double> (resonance);
+    double clampedRight = excessRight * (double) resonance;
 
     if (clampedRight < -limit)
         clampedRight = -limit;

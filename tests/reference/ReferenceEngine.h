@@ -16,7 +16,7 @@
 namespace reference
 {
 
-/** What a host tells about its transport in one query. */
+/** A host's answer to one transport query. */
 struct Transport
 {
     bool hasPlayHead = false;
@@ -60,11 +60,11 @@ constexpr int seqHpf (int step) { return 35 + 2 * step; }
 constexpr int seqLpf (int step) { return 36 + 2 * step; }
 } // namespace Index
 
-/** The whole processor once more: sample loop, clock, clamps, tick, filters, LFOs, steps, routing.
+/** The reference engine, the whole processor a second time: sample loop, clock, clamps, tick, filters, LFOs, steps, routing.
 
-    It is written to be read slowly: no cache, no skipped work, left and right spelt out, libm called at every design.
-    It shares no code with the product and knows no framework, so that an error in either shows as a difference of
-    bits. Every field is public for comparison. */
+    It is written to be read slowly: no cache, no skipped work, left and right apart, libm called at every design. It
+    shares no code with the plug-in and knows no framework, so that an error in either shows as a difference of bits.
+    Every field is public for comparison. */
 class Engine
 {
 public:
@@ -72,18 +72,18 @@ public:
 
     static std::span<const ParameterInfo> parameterTable();
 
-    /** Takes a normalised position as a host would set it: limited to 0 to 1 (NaN passes). "link" is stored as given. */
+    /** Sets a normalised position as a host does: clamped to 0 to 1 (NaN passes). "link" is stored as given. */
     void setParameter (int index, float position);
     [[nodiscard]] float getParameter (int index) const;
     [[nodiscard]] int getChoiceIndex (int index) const;
 
-    /** What the host's sample rate query gives from now on; 0 as long as it has none. Read at the next tick. */
+    /** The host's sample rate from now on; 0 as long as it has none. Read at the next tick. */
     void setSampleRate (double rateOfHost);
 
     void prepareToPlay();
     void requestUpdate();
 
-    /** Asked at each query; no play head while it is empty. */
+    /** Answers each query; empty where there is no play head. */
     std::function<Transport()> transport;
 
     void seedLfo (int index, std::uint32_t seed);
@@ -117,7 +117,7 @@ public:
     std::array<float, Index::count> value {};
     std::array<float, Index::count> lastSeenValue {};
 
-    // What the tick keeps and publishes.
+    // The state of the tick.
     std::array<float, 17> barLengths {};
     bool stepLit[10] = {};
     SlewValue hpFreqSlew;
@@ -143,7 +143,7 @@ public:
     ResonancePeak hpResonator;
     ResonancePeak lpResonator;
 
-    // The latest tick's own numbers, and counts, for tests only.
+    // Numbers of the latest tick, and counts, for tests only.
     double rate = 0.0;
     double ppq = 0.0;
     double bpm = 0.0;

@@ -8,7 +8,7 @@ namespace reference
 
 namespace
 {
-// 0.498 in single precision, widened.
+// 0.498 in single precision, converted to double.
 constexpr double cutoffLimit = 0.49799999594688416;
 
 // The smaller of the two, but a cutoff that is NaN stays NaN.
@@ -56,8 +56,8 @@ void ButterworthFilter::design (unsigned order, bool highpass, double cutoff, do
 
     for (unsigned i = 0; i < numSections; ++i)
     {
-        const double n = static_cast<double> (numSections);
-        poleSine = std::sin ((1.5707963267948966 / n) * static_cast<double> (i) + 0.7853981633974483 / n);
+        const double n = (double) numSections;
+        poleSine = std::sin ((1.5707963267948966 / n) * (double) i + 0.7853981633974483 / n);
         const double r = poleSine;
         const double s = 2.0 * a * r + prewarpedSquared + 1.0;
 
@@ -72,7 +72,7 @@ void ButterworthFilter::design (unsigned order, bool highpass, double cutoff, do
 
     if (hasFirstOrderSection)
     {
-        // The argument itself: the first-order section knows neither the limit nor the prewarping.
+        // The cutoff as given: the first-order section has neither the limit nor the prewarping.
         const double w = cutoff * 6.283185307179586;
         const double t = 2.0 * rate;
         const double inverse = (w + t) == 0.0 ? 0.0 : 1.0 / (w + t);
@@ -185,7 +185,7 @@ void GrungeLadder::configure (int stages, bool highpass, double cutoff, double r
     numStages = stages;
     sampleRate = rate;
 
-    // Kept for the record; none of these enters the sound.
+    // For tests alone: none of these enters the sound.
     limitedCutoff = limitCutoff (cutoff, rate);
     prewarped = std::tan (limitedCutoff * 3.141592653589793 / rate);
     prewarpedSquared = prewarped * prewarped;

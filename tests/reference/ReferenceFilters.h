@@ -7,7 +7,7 @@ namespace reference
 {
 
 /** Cascade of second-order sections and one first-order section, highpass or lowpass of order 0, 1, 2, 4 or 8.
-    Left and right are written out one after the other on purpose: nothing here is clever. */
+    Left and right are written one after the other on purpose, so that nothing here is clever. */
 struct ButterworthFilter
 {
     bool isHighpass = false;
@@ -66,13 +66,13 @@ struct ResonancePeak
     double designedBandwidth = -1.0;
     bool designed = false;
 
-    int designCount = 0; // how often coefficients were really made, for tests
+    int designCount = 0; // how often coefficients were computed, for tests
 
     void design (double rate, double frequency, double bandwidthOctaves);
     void process (double& left, double& right);
 };
 
-/** Chain of one-pole stages whose pole gives way as the stage lags behind its input. */
+/** Chain of one-pole stages. The pole of a stage moves with the distance between its input and its output. */
 struct GrungeLadder
 {
     bool isHighpass = false;

@@ -33,32 +33,30 @@ void SlewValue::advance()
 
 float triangleOf (float p)
 {
-    const double wide = static_cast<double> (p);
+    const double wide = (double) p;
 
     if (wide < 0.5)
-        return static_cast<float> (4.0 * wide - 1.0);
+        return (float) (4.0 * wide - 1.0);
 
-    return static_cast<float> ((0.75 - wide) * 4.0);
+    return (float) ((0.75 - wide) * 4.0);
 }
 
 LfoGenerator::LfoGenerator()
 {
     std::random_device device;
-    rng.seed (static_cast<std::uint32_t> (device()));
+    rng.seed ((std::uint32_t) device());
 }
 
 void LfoGenerator::setRate (int newShape, float rate, float frequency)
 {
     shape = newShape;
-    walkStep = static_cast<float> (static_cast<double> (frequency) * 0.003);
+    walkStep = (float) ((double) frequency * 0.003);
 
     if (rate > 0.0f && frequency >= 0.0f)
     {
         phaseStepA = frequency / rate;
-        phaseStepB =
-            static_cast<float> (static_cast<double> (frequency) * 1.28396548763 * (1.0 / static_cast<double> (rate)));
-        phaseStepC =
-            static_cast<float> (static_cast<double> (frequency) * 0.82343668762 * (1.0 / static_cast<double> (rate)));
+        phaseStepB = (float) ((double) frequency * 1.28396548763 * (1.0 / (double) rate));
+        phaseStepC = (float) ((double) frequency * 0.82343668762 * (1.0 / (double) rate));
         outputSlew.mode = 0;
         outputSlew.step = 0.01f / rate;
     }
@@ -83,7 +81,7 @@ float LfoGenerator::render()
     if (shape == 0)
     {
         const float twoP = 2.0f * p;
-        const float angle = static_cast<float> (static_cast<double> (twoP) * 3.141592653589793);
+        const float angle = (float) ((double) twoP * 3.141592653589793);
         x = A * std::sin (angle);
     }
     else if (shape == 1)
@@ -104,7 +102,7 @@ float LfoGenerator::render()
     else if (shape == 4)
     {
         const float sum = triangleOf (phaseB) + triangleOf (phaseA) + triangleOf (phaseC);
-        x = static_cast<float> (static_cast<double> (sum) * 0.333333333 * static_cast<double> (A));
+        x = (float) ((double) sum * 0.333333333 * (double) A);
     }
     else if (shape == 5)
     {
@@ -113,7 +111,7 @@ float LfoGenerator::render()
     }
     else if (shape == 6)
     {
-        double q = static_cast<double> (p) + 0.06;
+        double q = (double) p + 0.06;
 
         if (q >= 1.0)
             q = q - 1.0;
@@ -121,11 +119,11 @@ float LfoGenerator::render()
         const double y = 1.0 - q;
         const double cube = y * y * y;
         const double z = cube * cube;
-        x = A * triangleOf (static_cast<float> (z));
+        x = A * triangleOf ((float) z);
     }
     else if (shape == 7)
     {
-        double q = static_cast<double> (p) + 0.0001;
+        double q = (double) p + 0.0001;
 
         if (q >= 1.0)
             q = q - 1.0;
@@ -135,22 +133,22 @@ float LfoGenerator::render()
 
         for (int k = 1; k <= 128; k = k * 2)
         {
-            const double ky = static_cast<double> (k) * y;
+            const double ky = (double) k * y;
             const double fraction = ky - std::floor (ky);
-            const float logarithm = std::log (static_cast<float> (2 * k));
-            sum = sum + fraction / static_cast<double> (logarithm);
+            const float logarithm = std::log ((float) (2 * k));
+            sum = sum + fraction / (double) logarithm;
         }
 
-        outputSlew.target = static_cast<float> ((sum * sum - 1.9) * static_cast<double> (A) * 0.3);
+        outputSlew.target = (float) ((sum * sum - 1.9) * (double) A * 0.3);
         x = outputSlew.current;
     }
 
     const float c = curveExponent;
 
-    if (static_cast<double> (c) > 0.99 && static_cast<double> (c) < 1.01)
+    if ((double) c > 0.99 && (double) c < 1.01)
         return x;
 
-    double clamped = (static_cast<double> (x) + 1.0) * 0.5;
+    double clamped = ((double) x + 1.0) * 0.5;
 
     if (clamped < 0.0)
         clamped = 0.0;
@@ -158,7 +156,7 @@ float LfoGenerator::render()
     if (clamped > 1.0)
         clamped = 1.0;
 
-    const float u = static_cast<float> (clamped);
+    const float u = (float) clamped;
 
     if (c > 1.0f)
     {
@@ -188,9 +186,9 @@ void LfoGenerator::advancePhases()
 
 double LfoGenerator::drawUniform()
 {
-    // Written out, since the standard leaves the rule of its distributions to each library.
-    const double r0 = static_cast<double> (static_cast<std::uint32_t> (rng()));
-    const double r1 = static_cast<double> (static_cast<std::uint32_t> (rng()));
+    // By hand, since each standard library has its own rule for its distributions.
+    const double r0 = (double) ((std::uint32_t) rng());
+    const double r1 = (double) ((std::uint32_t) rng());
     const double u = (r0 + r1 * 4294967296.0) / (4294967296.0 * 4294967296.0);
     return uniformLow + (uniformHigh - uniformLow) * u;
 }
@@ -198,7 +196,7 @@ double LfoGenerator::drawUniform()
 void LfoGenerator::walk()
 {
     const double r = drawUniform();
-    float moved = static_cast<float> (static_cast<double> (walkValue) + static_cast<double> (walkStep) * r);
+    float moved = (float) ((double) walkValue + (double) walkStep * r);
 
     if (moved < -1.0f)
         moved = -1.0f;

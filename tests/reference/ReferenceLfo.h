@@ -20,7 +20,7 @@ struct SlewValue
     void advance();
 };
 
-/** -1 at 0, +1 at a half, in double and narrowed. */
+/** -1 at 0, +1 at a half; computed in double and converted to float once. */
 float triangleOf (float p);
 
 /** One low-frequency oscillator. */

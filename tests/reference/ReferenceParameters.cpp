@@ -134,7 +134,7 @@ int indexOfParameter (const std::string& id)
 
     for (std::size_t i = 0; i < table.size(); ++i)
         if (table[i].id == id)
-            return static_cast<int> (i);
+            return (int) i;
 
     return -1;
 }
@@ -179,12 +179,12 @@ int choiceIndexOf (const ParameterInfo& info, float position)
 {
     if (info.kind == choiceKind && info.stepCount > 1)
     {
-        const float rounded = std::round (static_cast<float> (info.stepCount - 1) * position);
+        const float rounded = std::round ((float) (info.stepCount - 1) * position);
 
         if (std::isnan (rounded))
             return 0;
 
-        return static_cast<int> (rounded);
+        return (int) rounded;
     }
 
     return 0;
@@ -195,7 +195,7 @@ float positionOfChoice (int index, int stepCount)
     if (stepCount < 2)
         return 0.0f;
 
-    return static_cast<float> (index) / static_cast<float> (stepCount - 1);
+    return (float) index / (float) (stepCount - 1);
 }
 
 } // namespace reference

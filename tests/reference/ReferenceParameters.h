@@ -11,13 +11,13 @@ namespace reference
 /** The kind of every parameter that offers a list of texts. */
 inline constexpr int choiceKind = 10;
 
-/** One row of the parameter list, spelt out a second time so that a slip in the product's own list shows. */
+/** One row of the parameter list, written a second time so that a slip in the plug-in's own list shows. */
 struct ParameterInfo
 {
     std::string id;
     std::string name;
     int kind = 0;     // 1 to 13, 10 for a choice; 0 for the one on/off parameter
-    std::string unit; // as handed to the constructor; when empty, resolvedUnit() puts the kind's own in its place
+    std::string unit; // if empty, resolvedUnit() takes the unit of the kind
     float minValue = 0.0f;
     float maxValue = 1.0f;
     float defaultPosition = 0.0f;

@@ -18,21 +18,21 @@ std::string print (const char* format, Values... values)
     if (length <= 0)
         return {};
 
-    std::string text (static_cast<std::size_t> (length) + 1, '\0');
+    std::string text ((std::size_t) length + 1, '\0');
     std::snprintf (text.data(), text.size(), format, values...);
-    text.resize (static_cast<std::size_t> (length));
+    text.resize ((std::size_t) length);
     return text;
 }
 
 double exponentialValue (float lo, float hi, float p)
 {
     const float f = std::exp ((std::log (hi) - std::log (lo)) * p + std::log (lo));
-    return static_cast<double> (f);
+    return (double) f;
 }
 
 double cubed (float p)
 {
-    const double wide = static_cast<double> (p);
+    const double wide = (double) p;
     return wide * wide * wide;
 }
 } // namespace
@@ -50,7 +50,7 @@ std::string formatValueText (const ParameterInfo& info, float p)
 
     if (info.kind == 2)
     {
-        const int n = static_cast<int> (std::round (static_cast<double> (p) * 100.0));
+        const int n = (int) std::round ((double) p * 100.0);
         return print ("%d %s", n, unit);
     }
 
@@ -60,7 +60,7 @@ std::string formatValueText (const ParameterInfo& info, float p)
             return "OFF";
 
         const float range = hi - lo;
-        const double x = cubed (p) * static_cast<double> (range) + static_cast<double> (lo);
+        const double x = cubed (p) * (double) range + (double) lo;
         return print ("%+.1f %s", x, unit);
     }
 
@@ -127,14 +127,14 @@ std::string formatValueText (const ParameterInfo& info, float p)
 
     if (info.kind == 8)
     {
-        const double x = static_cast<double> (p) * 15.0;
+        const double x = (double) p * 15.0;
         return print ("%+.01f %s", x, unit);
     }
 
     if (info.kind == 9)
     {
         const float squared = p * p;
-        const double x = static_cast<double> (squared) * 4.9 + 0.1;
+        const double x = (double) squared * 4.9 + 0.1;
         return print ("%.01f %s", x, unit);
     }
 
@@ -145,8 +145,8 @@ std::string formatValueText (const ParameterInfo& info, float p)
         if (info.texts.empty())
             return "Modes not set!";
 
-        if (static_cast<unsigned> (i) < info.texts.size())
-            return info.texts[static_cast<std::size_t> (i)];
+        if ((unsigned) i < info.texts.size())
+            return info.texts[(std::size_t) i];
 
         return "";
     }
@@ -161,10 +161,10 @@ std::string formatValueText (const ParameterInfo& info, float p)
             if (std::abs (x) < 0.1f)
                 return print ("  0.0 %s", unit);
 
-            return print ("%+.1f %s", static_cast<double> (x), unit);
+            return print ("%+.1f %s", (double) x, unit);
         }
 
-        const int n = static_cast<int> (std::round (x));
+        const int n = (int) std::round (x);
 
         if (n == 0)
             return print ("  0 %s", unit);
@@ -174,9 +174,9 @@ std::string formatValueText (const ParameterInfo& info, float p)
 
     if (info.kind == 12)
     {
-        const double a = lo == 0.0f ? 0.0 : 1.0 / static_cast<double> (lo);
-        const double b = hi == 0.0f ? 0.0 : 1.0 / static_cast<double> (hi);
-        const double x = static_cast<double> (std::sqrt (p)) * (b - a) + a;
+        const double a = lo == 0.0f ? 0.0 : 1.0 / (double) lo;
+        const double b = hi == 0.0f ? 0.0 : 1.0 / (double) hi;
+        const double x = (double) std::sqrt (p) * (b - a) + a;
 
         if (x == 0.0)
             return print ("%.1f%s", 0.0, unit);
@@ -209,19 +209,19 @@ std::string formatValueText (const ParameterInfo& info, float p)
         if (limited > 1.0f)
             limited = 1.0f;
 
-        return print ("%.01f %s", static_cast<double> (limited), unit);
+        return print ("%.01f %s", (double) limited, unit);
     }
 
     const float x = (hi - lo) * p + lo;
     const bool isSigned = lo < 0.0f;
 
     if (info.kind == 1 || hi > 29.0f)
-        return print (isSigned ? "%+.0f %s" : "%.0f %s", static_cast<double> (x), unit);
+        return print (isSigned ? "%+.0f %s" : "%.0f %s", (double) x, unit);
 
     if (hi > 2.9f)
-        return print (isSigned ? "%+.01f %s" : "%.01f %s", static_cast<double> (x), unit);
+        return print (isSigned ? "%+.01f %s" : "%.01f %s", (double) x, unit);
 
-    return print (isSigned ? "%+.02f %s" : "%.02f %s", static_cast<double> (x), unit);
+    return print (isSigned ? "%+.02f %s" : "%.02f %s", (double) x, unit);
 }
 
 std::string formatDuration (double seconds)
