@@ -171,7 +171,7 @@ TEST (BitExact, WithFamiliesAndSlopesThatHaveNoText)
 
 TEST (BitExact, WithNaNInAParameter)
 {
-    constexpr auto nan = std::numeric_limits<float>::quiet_NaN();
+    constexpr auto quietNaN = std::numeric_limits<float>::quiet_NaN();
 
     for (const auto& info : reference::parameterTable())
     {
@@ -182,7 +182,7 @@ TEST (BitExact, WithNaNInAParameter)
         player.setSampleRate (48000.0);
         setFilters (player, 0, 3, 3, 0.5f);
         player.playNoise (100);
-        player.setParameter (reference::indexOfParameter (info.id), nan);
+        player.setParameter (reference::indexOfParameter (info.id), quietNaN);
         player.playNoise (300, uneven);
         player.setParameter (reference::indexOfParameter (info.id), 0.4f);
         player.playNoise (300, uneven);
@@ -193,7 +193,7 @@ TEST (BitExact, WithNaNInAParameter)
 TEST (BitExact, WithNaNAndInfinityInEachFamilyAndChannel)
 {
     constexpr auto infinity = std::numeric_limits<float>::infinity();
-    constexpr auto nan = std::numeric_limits<float>::quiet_NaN();
+    constexpr auto quietNaN = std::numeric_limits<float>::quiet_NaN();
 
     for (const auto channels : { Channels::mono, Channels::stereo })
         for (int family = 0; family < 2; ++family)
@@ -206,8 +206,8 @@ TEST (BitExact, WithNaNAndInfinityInEachFamilyAndChannel)
                     player.startAtRest();
                     player.playNoise (50);
 
-                    std::array left { 25.0f, -25.0f, infinity, 0.1f, -infinity, nan, 0.2f, -31.0f, 1e-40f };
-                    std::array right { -25.0f, 25.0f, 0.1f, infinity, -20.0f, -infinity, -0.0f, nan, 1e-45f };
+                    std::array left { 25.0f, -25.0f, infinity, 0.1f, -infinity, quietNaN, 0.2f, -31.0f, 1e-40f };
+                    std::array right { -25.0f, 25.0f, 0.1f, infinity, -20.0f, -infinity, -0.0f, quietNaN, 1e-45f };
                     player.process (left.data(), channels == Channels::stereo ? right.data() : nullptr,
                                     (int) left.size());
                     player.compareFields();

@@ -19,7 +19,7 @@ constexpr int numShapes = 30;
 constexpr int numSyncs = 10;
 constexpr int numBarLengths = 17;
 constexpr double infinity = std::numeric_limits<double>::infinity();
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double quietNaN = std::numeric_limits<double>::quiet_NaN();
 
 reference::Transport transportAt (double ppq, double bpm = 120.0, int numerator = 4, int denominator = 4)
 {
@@ -92,11 +92,11 @@ const std::array stoppedTransports {
     std::pair { "0 bpm", transportAt (4.4, 0.0) },
     std::pair { "-0 bpm", transportAt (4.4, -0.0) },
     std::pair { "negative bpm", transportAt (4.4, -90.0) },
-    std::pair { "NaN bpm", transportAt (4.4, nan) },
+    std::pair { "NaN bpm", transportAt (4.4, quietNaN) },
     std::pair { "infinite bpm", transportAt (4.4, infinity) },
     std::pair { "huge bpm", transportAt (4.4, 1e300) },
     std::pair { "tiny bpm", transportAt (4.4, 1e-300) },
-    std::pair { "NaN position", transportAt (nan) },
+    std::pair { "NaN position", transportAt (quietNaN) },
     std::pair { "infinite position", transportAt (infinity) },
     std::pair { "negatively infinite position", transportAt (-infinity) },
     std::pair { "far away", transportAt (1e18) },

@@ -1,50 +1,32 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// Facts that were worked out by hand, so that an error which both engines share does not go unnoticed.
+// Facts worked out by hand, so that an error that both engines share is noticed. What the plug-in and the reference engine do
+// alike is tested over both in tests/unit/dsp.
 #include "reference/ReferenceEngine.h"
 
 #include <bit>
 #include <cmath>
-#include <gtest/gtest.h>
 #include <limits>
 #include <set>
+
+#include <gtest/gtest.h>
 
 namespace
 {
 using namespace reference;
 
-constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
+constexpr float quietNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr double pi = 3.141592653589793;
-
-// A stopped transport at this position.
-std::function<Transport()> transportAt (double ppq, double bpm = 120.0)
-{
-    return [=]
-    {
-        Transport t;
-        t.hasPlayHead = true;
-        t.hasPosition = true;
-        t.ppqPosition = ppq;
-        t.bpm = bpm;
-        return t;
-    };
-}
 
 void run (Engine& engine, int numFrames)
 {
-    std::vector<float> left (static_cast<std::size_t> (numFrames), 0.0f);
-    std::vector<float> right (static_cast<std::size_t> (numFrames), 0.0f);
+    std::vector<float> left ((std::size_t) numFrames, 0.0f);
+    std::vector<float> right ((std::size_t) numFrames, 0.0f);
     engine.process (left.data(), right.data(), numFrames);
-}
-
-void setBypassed (Engine& engine)
-{
-    engine.setParameter (Index::hpMode, 0.0f);
-    engine.setParameter (Index::lpMode, 0.0f);
 }
 
 std::string textOf (const std::string& id, float position)
 {
-    return formatValueText (parameterTable()[static_cast<std::size_t> (indexOfParameter (id))], position);
+    return formatValueText (parameterTable()[(std::size_t) indexOfParameter (id)], position);
 }
 
 ParameterInfo numberOfKind (int kind, float lo, float hi, const char* unit = "")
@@ -63,8 +45,8 @@ double gainInDb (Filter& filter, double frequency, double rate)
 {
     double sum = 0.0;
     double reference = 0.0;
-    const int settle = static_cast<int> (rate);
-    const int measure = static_cast<int> (rate);
+    const int settle = (int) rate;
+    const int measure = (int) rate;
 
     for (int n = 0; n < settle + measure; ++n)
     {
@@ -105,7 +87,7 @@ TEST (ReferenceTable, HoldsFiftyFiveParametersInHostOrder)
 TEST (ReferenceTable, NamesEveryIndexAsTheListDoes)
 {
     const auto table = parameterTable();
-    const auto idAt = [&] (int index) { return table[static_cast<std::size_t> (index)].id; };
+    const auto idAt = [&] (int index) { return table[(std::size_t) index].id; };
 
     for (int i = 0; i < 2; ++i)
     {
@@ -169,7 +151,7 @@ TEST (ReferenceTable, RoundsAChoiceHalfAwayFromZero)
     EXPECT_EQ (choiceIndexOf (slope, 0.5f), 5); // 9 x 0.5 = 4.5
     EXPECT_EQ (choiceIndexOf (slope, 2.0f / 9.0f), 2);
     EXPECT_EQ (choiceIndexOf (slope, 1.0f), 9);
-    EXPECT_EQ (choiceIndexOf (slope, notANumber), 0);
+    EXPECT_EQ (choiceIndexOf (slope, quietNaN), 0);
     EXPECT_EQ (choiceIndexOf (parameterTable()[11], 1.0f), 29);
 
     ParameterInfo single = slope;
@@ -305,48 +287,6 @@ TEST (ReferenceText, FloorsATimeToItsLargestUnit)
 }
 
 //======================================================================================================================
-TEST (ReferenceFrame, ClampsTheTwoChannelsDifferently)
-{
-    EXPECT_EQ (Engine::clampFirstChannel (-25.0f), -25.0f);
-    EXPECT_EQ (Engine::clampFirstChannel (-31.0f), -30.0f);
-    EXPECT_EQ (Engine::clampFirstChannel (25.0f), 20.0f);
-    EXPECT_EQ (Engine::clampFirstChannel (notANumber), 20.0f);
-    EXPECT_EQ (Engine::clampSecondChannel (-25.0f), -20.0f);
-    EXPECT_EQ (Engine::clampSecondChannel (25.0f), 20.0f);
-    EXPECT_TRUE (std::isnan (Engine::clampSecondChannel (notANumber)));
-}
-
-TEST (ReferenceFrame, PassesAFrameUntouchedWithBothSlopesAtBypass)
-{
-    Engine engine;
-    setBypassed (engine);
-    engine.setParameter (Index::hpReso, 1.0f);
-    engine.setParameter (Index::lpReso, 1.0f);
-
-    for (int n = 0; n < 5000; ++n)
-    {
-        const float in = std::sin (static_cast<float> (n)) * 0.9f;
-        float left = in;
-        float right = -0.3f * in;
-        engine.process (&left, &right, 1);
-        ASSERT_EQ (left, in);
-        ASSERT_EQ (right, -0.3f * in);
-    }
-}
-
-TEST (ReferenceFrame, PassesEveryFrameOfAFamilyThatDoesNotExist)
-{
-    Engine engine;
-    engine.setParameter (Index::filtMode, 2.0f / 9.0f);
-    engine.setParameter (Index::lpFreq, 0.1f);
-    float left = 0.7f;
-    float right = -0.2f;
-    engine.process (&left, &right, 1);
-    EXPECT_EQ (left, 0.7f);
-    EXPECT_EQ (right, -0.2f);
-    EXPECT_EQ (engine.lpFilter.numSections, 1u); // designed all the same
-}
-
 TEST (ReferenceFrame, GivesAMonoFrameTheLeftSampleOnBothSides)
 {
     Engine mono;
@@ -369,80 +309,20 @@ TEST (ReferenceFrame, GivesAMonoFrameTheLeftSampleOnBothSides)
     EXPECT_NE (stereo.hpFilter.w1Left[0], stereo.hpFilter.w1Right[0]);
 }
 
-TEST (ReferenceFrame, TicksInTheFirstFiveFramesAfterConstruction)
-{
-    // The construction asks for the first tick, and the four watched parameters for one each.
-    Engine engine;
-    engine.setParameter (Index::lpFreq, 0.0f); // everything stands at its target from the start
-
-    for (int n = 1; n <= 5; ++n)
-    {
-        run (engine, 1);
-        EXPECT_EQ (engine.tickCount, n);
-        EXPECT_EQ (engine.controlUpdatePending, n <= 4);
-    }
-
-    run (engine, 100);
-    EXPECT_EQ (engine.tickCount, 5);
-    EXPECT_EQ (engine.framesSinceRequest, 101); // zeroed within the fourth frame
-}
-
-TEST (ReferenceFrame, TicksOnceMoreAfter65536FramesHoweverTheyAreSplit)
-{
-    Engine engine;
-    engine.setParameter (Index::lpFreq, 0.0f);
-    run (engine, 65535);
-    EXPECT_EQ (engine.tickCount, 5);
-    EXPECT_EQ (engine.controlCounter, 65535u);
-    run (engine, 0);
-    EXPECT_EQ (engine.tickCount, 5);
-    run (engine, 1);
-    EXPECT_EQ (engine.tickCount, 6);
-    EXPECT_EQ (engine.controlCounter, 0u);
-    run (engine, 65536);
-    EXPECT_EQ (engine.tickCount, 7);
-}
-
-TEST (ReferenceFrame, BringsOneWatchedParameterUpToDatePerFrame)
+TEST (ReferenceFrame, AsksForATickWhenPrepared)
 {
     Engine engine;
     engine.setParameter (Index::lpFreq, 0.0f);
     run (engine, 200);
     ASSERT_EQ (engine.tickCount, 5);
-
-    engine.setParameter (Index::hpFreq, 0.0001f); // too small a way to keep the engine awake by itself
-    engine.setParameter (Index::lpReso, 0.0001f);
-    run (engine, 1);
-    EXPECT_EQ (engine.lastSeenValue[Index::hpFreq], 0.0001f);
-    EXPECT_EQ (engine.lastSeenValue[Index::lpReso], 0.0f);
-    EXPECT_TRUE (engine.controlUpdatePending);
-    run (engine, 1);
-    EXPECT_EQ (engine.lastSeenValue[Index::lpReso], 0.0001f);
-    EXPECT_TRUE (engine.controlUpdatePending);
-    run (engine, 10);
-    EXPECT_EQ (engine.tickCount, 7);
-}
-
-TEST (ReferenceFrame, WakesForNoOtherParameter)
-{
-    Engine engine;
-    engine.setParameter (Index::lpFreq, 0.0f);
-    run (engine, 200);
-
-    for (int i = 0; i < Index::count; ++i)
-        if (i != Index::hpFreq && i != Index::lpFreq && i != Index::hpReso && i != Index::lpReso)
-            engine.setParameter (i, 0.9f);
-
-    run (engine, 200);
-    EXPECT_EQ (engine.tickCount, 5);
     engine.prepareToPlay();
+    EXPECT_TRUE (engine.controlUpdatePending);
     EXPECT_EQ (engine.framesSinceRequest, 0);
     run (engine, 1);
     EXPECT_EQ (engine.tickCount, 6);
-    EXPECT_TRUE (engine.controlUpdatePending); // the routing that was set keeps it awake
 }
 
-TEST (ReferenceFrame, LimitsAPositionAsAHostsParameterDoes)
+TEST (ReferenceFrame, ClampsAPositionAsAHostDoes)
 {
     Engine engine;
     engine.setParameter (Index::hpFreq, 2.0f);
@@ -453,157 +333,7 @@ TEST (ReferenceFrame, LimitsAPositionAsAHostsParameterDoes)
     EXPECT_FALSE (std::signbit (engine.getParameter (Index::hpFreq)));
 }
 
-TEST (ReferenceFrame, SurvivesAParameterThatIsNotANumber)
-{
-    Engine engine;
-    run (engine, 10);
-
-    for (int i = 0; i < Index::count; ++i)
-        engine.setParameter (i, notANumber);
-
-    run (engine, 10);
-    EXPECT_EQ (engine.hpFreqSlew.target, 0.0f);
-    EXPECT_EQ (engine.lpFreqSlew.target, 0.0f);
-    EXPECT_EQ (engine.hpPoles, 0);
-    EXPECT_EQ (engine.tickCount, 20); // NaN differs from itself at every watch
-}
-
 //======================================================================================================================
-TEST (ReferenceTick, KeepsTheRateForAnImplausibleOne)
-{
-    Engine engine;
-    run (engine, 1);
-    EXPECT_EQ (engine.rate, 96000.0);
-
-    for (double implausible : { 999.0, 10000000001.0, 0.0, -1.0, std::numeric_limits<double>::quiet_NaN() })
-    {
-        engine.setSampleRate (implausible);
-        engine.requestUpdate();
-        run (engine, 1);
-        EXPECT_EQ (engine.hostSampleRate, 96000.0);
-    }
-
-    engine.setSampleRate (44100.0);
-    engine.requestUpdate();
-    run (engine, 1);
-    EXPECT_EQ (engine.rate, 44100.0);
-}
-
-TEST (ReferenceTick, StartsMovingOneTickAfterTheTargetAndGlidesByAFixedFraction)
-{
-    Engine engine;
-    engine.setSampleRate (48000.0);
-    run (engine, 1);
-    EXPECT_EQ (engine.lpFreqSlew.target, 1.0f);
-    EXPECT_EQ (engine.lpFreqSlew.current, 0.0f);
-    run (engine, 1);
-    EXPECT_EQ (engine.lpFreqSlew.current, 1.0f / (48000.0f * 0.02f)); // 1/960
-    EXPECT_NEAR (engine.lpHz, 20.0 * std::pow (1000.0, 1.0 / 960.0), 1e-4);
-
-    // A one-pole glide of 20 ms: after 960 more ticks 1 - (959/960)^961 of the way is done.
-    run (engine, 960);
-    EXPECT_NEAR (engine.lpFreqSlew.current, 1.0 - std::pow (959.0 / 960.0, 961.0), 1e-4);
-}
-
-TEST (ReferenceTick, StopsShortOfTheTargetAndCreepsOnAtTheNextWrap)
-{
-    Engine engine;
-    engine.setSampleRate (48000.0);
-    run (engine, 20000);
-    EXPECT_FALSE (engine.controlUpdatePending);
-    const float left = 1.0f - engine.lpFreqSlew.current;
-    EXPECT_GT (left, 0.0f);
-    EXPECT_LE (left, 0.0002f);
-    const auto ticks = engine.tickCount;
-    EXPECT_LT (ticks, 20000);
-    run (engine, 65536 - 20000 - 1);
-    EXPECT_EQ (engine.tickCount, ticks);
-    EXPECT_EQ (1.0f - engine.lpFreqSlew.current, left);
-    run (engine, 1);
-    EXPECT_EQ (engine.tickCount, ticks + 1);
-    EXPECT_LT (1.0f - engine.lpFreqSlew.current, left);
-    EXPECT_FALSE (engine.controlUpdatePending);
-}
-
-TEST (ReferenceTick, GlidesFiveTimesFasterWhileModulationIsActive)
-{
-    Engine engine;
-    engine.setSampleRate (48000.0);
-    engine.setParameter (Index::seqHpf (0), 1.0f);
-    run (engine, 2);
-    EXPECT_TRUE (engine.active);
-    EXPECT_EQ (engine.lpFreqSlew.current, 1.0f / (48000.0f * 0.004f));
-}
-
-TEST (ReferenceTick, HalvesTheModulationOfFrequenciesAlone)
-{
-    Engine engine;
-    engine.transport = transportAt (3.25);
-    engine.setParameter (Index::hpFreq, 0.25f);
-    engine.setParameter (Index::hpReso, 0.25f);
-    engine.setParameter (Index::lfoShape (0), 3.0f / 29.0f); // square, -1 in the first half
-    engine.setParameter (Index::lfoToHpf (0), 0.4f);         // depth -0.2
-    engine.setParameter (Index::lfoToHpr (0), 0.4f);
-    run (engine, 3);
-    EXPECT_NEAR (engine.hpFreqSlew.target, 0.35, 1e-6);
-    EXPECT_NEAR (engine.hpResoSlew.target, 0.45, 1e-6);
-}
-
-TEST (ReferenceTick, TakesTheSlopeFromTheChoice)
-{
-    struct Row
-    {
-        int index;
-        int poles;
-        float bandwidth;
-    };
-
-    for (const Row& row : { Row { 0, 0, 3.0f }, Row { 1, 1, 2.0f }, Row { 2, 2, 1.25f }, Row { 3, 4, 0.707f },
-                            Row { 4, 8, 0.5f }, Row { 5, 0, 3.0f }, Row { 9, 0, 3.0f } })
-    {
-        Engine engine;
-        engine.setParameter (Index::hpMode, positionOfChoice (row.index, 10));
-        engine.setParameter (Index::lpMode, positionOfChoice (row.index, 10));
-        run (engine, 1);
-        EXPECT_EQ (engine.hpPoles, row.poles);
-        EXPECT_EQ (engine.lpPoles, row.poles);
-        EXPECT_EQ (engine.hpPeakBandwidth, row.bandwidth);
-        EXPECT_EQ (engine.lpPeakBandwidth, row.bandwidth);
-    }
-}
-
-TEST (ReferenceTick, MapsResonanceBySixthPowerTimesTen)
-{
-    Engine engine;
-    engine.hpResoSlew.current = 0.5f;
-    engine.hpResoSlew.target = 0.5f;
-    engine.setParameter (Index::hpReso, 0.5f);
-    run (engine, 1);
-    EXPECT_EQ (engine.hpResonance, 0.15625f); // 10 / 64
-    EXPECT_EQ (engine.lpResonance, 0.0f);
-    EXPECT_TRUE (engine.hpResonator.designed);
-    EXPECT_FALSE (engine.lpResonator.designed);
-
-    Engine other;
-    other.lpResoSlew.current = 0.5f;
-    other.lpResoSlew.target = 0.5f;
-    other.setParameter (Index::lpReso, 0.5f);
-    run (other, 1);
-    EXPECT_EQ (other.lpResonance, 0.15625f);
-    EXPECT_EQ (other.hpResonance, 0.0f);
-}
-
-TEST (ReferenceTick, PutsTheLowpassPeakATenthBelowItsCutoff)
-{
-    Engine engine;
-    engine.setParameter (Index::hpReso, 1.0f);
-    engine.setParameter (Index::lpReso, 1.0f);
-    run (engine, 1000);
-    EXPECT_EQ (engine.hpResonator.designedFrequency, static_cast<double> (engine.hpHz));
-    EXPECT_EQ (engine.lpResonator.designedFrequency, static_cast<double> (engine.lpHz) * 0.9);
-    EXPECT_EQ (engine.lpResonator.designedBandwidth, 1.25);
-}
-
 TEST (ReferenceTick, UsesTheStatedBitsOfItsConstants)
 {
     Engine engine;
@@ -611,103 +341,8 @@ TEST (ReferenceTick, UsesTheStatedBitsOfItsConstants)
     EXPECT_EQ (std::bit_cast<std::uint32_t> (engine.freqExpOffset), 0x403FBA14u);
     EXPECT_EQ (std::bit_cast<std::uint32_t> (6.9077554f), 0x40DD0C55u);
     EXPECT_EQ (std::bit_cast<std::uint32_t> (0.707f), 0x3F34FDF4u);
-    EXPECT_EQ (static_cast<double> (1E-07f), 1.0000000116860974e-07);
-    EXPECT_EQ (static_cast<double> (0.498f), 0.49799999594688416);
-}
-
-TEST (ReferenceTick, TreatsBothChannelsAlikeInEitherFamily)
-{
-    for (float family : { 0.0f, 1.0f / 9.0f })
-    {
-        for (int slope = 0; slope <= 4; ++slope)
-        {
-            Engine engine;
-            engine.setParameter (Index::filtMode, family);
-            engine.setParameter (Index::hpMode, positionOfChoice (slope, 10));
-            engine.setParameter (Index::lpMode, positionOfChoice (slope, 10));
-            engine.setParameter (Index::hpReso, 0.9f);
-            engine.setParameter (Index::lpReso, 0.9f);
-            engine.setParameter (Index::hpFreq, 0.3f);
-            engine.setParameter (Index::lpFreq, 0.6f);
-            float largest = 0.0f;
-
-            for (int n = 0; n < 9000; ++n)
-            {
-                float left = n % 100 < 50 ? 0.5f : -0.5f;
-                float right = left;
-                engine.process (&left, &right, 1);
-                ASSERT_EQ (left, right) << n;
-                largest = std::max (largest, std::abs (left));
-            }
-
-            EXPECT_GT (largest, 1e-5f); // eight stages at full grunge leave little of it
-        }
-    }
-}
-
-TEST (ReferenceTick, LeavesTheOtherFamilyAsItWas)
-{
-    Engine engine;
-    engine.setParameter (Index::filtMode, 1.0f / 9.0f);
-    run (engine, 50);
-    EXPECT_EQ (engine.hpFilter.sampleRate, 0.0);
-    EXPECT_EQ (engine.hpLadder.numStages, 2);
-    EXPECT_TRUE (engine.hpLadder.isHighpass);
-    engine.setParameter (Index::filtMode, 0.0f);
-    const double before = engine.lpLadder.poleCoefficient;
-    run (engine, 50);
-    EXPECT_EQ (engine.lpLadder.poleCoefficient, before);
-    EXPECT_EQ (engine.hpFilter.sampleRate, 96000.0);
-}
-
-TEST (ReferenceTick, AsksTheHostOncePerTickAndOncePerReservedShape)
-{
-    Engine engine;
-    engine.transport = transportAt (0.0);
-    run (engine, 1);
-    EXPECT_EQ (engine.queryCount, 1);
-    engine.setParameter (Index::lfoShape (0), positionOfChoice (6, 30));
-    engine.setParameter (Index::lfoShape (1), positionOfChoice (7, 30));
-    run (engine, 1);
-    EXPECT_EQ (engine.queryCount, 4);
-}
-
-//======================================================================================================================
-TEST (ReferenceResonance, AddsTheCrestOfASineWhereTheExcessIsNotANumber)
-{
-    Engine engine;
-    engine.setParameter (Index::hpReso, 1.0f);
-    engine.setParameter (Index::hpMode, positionOfChoice (1, 10));
-    engine.setParameter (Index::lpMode, 0.0f);
-    run (engine, 200);
-    ASSERT_GT (engine.hpResonance, 1E-07f);
-    engine.hpResonator.output1Left = std::numeric_limits<double>::quiet_NaN();
-
-    float left = 0.0f;
-    float right = 0.0f;
-    engine.process (&left, &right, 1);
-    EXPECT_EQ (left, 1.0f);
-    EXPECT_EQ (right, 0.0f);
-}
-
-TEST (ReferenceResonance, NeverAddsMoreThanOneOnEitherSide)
-{
-    Engine engine;
-    engine.setParameter (Index::lpMode, 0.0f);
-    engine.setParameter (Index::hpMode, positionOfChoice (2, 10));
-    engine.setParameter (Index::hpReso, 1.0f);
-    engine.setParameter (Index::hpFreq, 0.6f);
-    run (engine, 40000);
-    Engine plain = engine;
-    plain.hpResonance = 0.0f;
-
-    for (int n = 0; n < 2000; ++n)
-    {
-        const float in = 10.0f * std::sin (static_cast<float> (n) * 0.08f);
-        const auto with = engine.processFrame (in, in);
-        const auto without = plain.processFrame (in, in);
-        ASSERT_LE (std::abs (with.left - without.left), 1.0f + 1e-6f);
-    }
+    EXPECT_EQ ((double) (1E-07f), 1.0000000116860974e-07);
+    EXPECT_EQ ((double) 0.498f, 0.49799999594688416);
 }
 
 //======================================================================================================================
@@ -1014,7 +649,7 @@ TEST (ReferenceLfo, AimsTheReservedSumThroughItsSlew)
     lfo.shape = 7;
     lfo.phaseA = 0.4999f; // q = 0.5, y = 0.5: only k = 1 leaves a fraction, 0.5 / ln 2
     EXPECT_EQ (lfo.render(), 0.0f);
-    const double y = 1.0 - (static_cast<double> (0.4999f) + 0.0001);
+    const double y = 1.0 - ((double) 0.4999f + 0.0001);
     double sum = 0.0;
 
     for (int k = 1; k <= 128; k *= 2)
@@ -1117,327 +752,4 @@ TEST (ReferenceLfo, FollowsTheReferenceOnlyInAReservedShape)
     lfo.phaseA = 0.5f; // half a cycle away: the sign turns and it moves off
     lfo.follow();
     EXPECT_EQ (lfo.phaseA, 0.75f);
-}
-
-//======================================================================================================================
-TEST (ReferenceRouting, HoldsBothLfosAtZeroWithoutAPosition)
-{
-    for (const auto& transport : { std::function<Transport()> {}, transportAt (0.0), transportAt (-0.0),
-                                   std::function<Transport()> (
-                                       []
-                                       {
-                                           Transport t;
-                                           t.hasPlayHead = true;
-                                           t.ppqPosition = 4.0;
-                                           return t;
-                                       }) })
-    {
-        Engine engine;
-        engine.transport = transport;
-        engine.setParameter (Index::lfoToLpf (0), 1.0f);
-        run (engine, 500);
-        EXPECT_TRUE (engine.transportAbsent);
-        EXPECT_EQ (engine.lfo[0].phaseA, engine.lfo[0].phaseStepA); // one step from zero
-        EXPECT_GT (engine.lfo[0].phaseStepA, 0.0f);
-    }
-}
-
-TEST (ReferenceRouting, RunsALfoAtItsFreeSpeedAtAnyPositionButZero)
-{
-    Engine engine;
-    engine.setSampleRate (48000.0);
-    engine.transport = transportAt (1.0);
-    engine.setParameter (Index::lfoToLpf (0), 1.0f);
-    run (engine, 4801);
-    EXPECT_NEAR (engine.lfoFrequency[0], 0.632456, 1e-5); // 0.02 * 1000^0.5
-    EXPECT_NEAR (engine.lfo[0].phaseA, 0.0632456, 2e-5);  // a tenth of a second
-}
-
-TEST (ReferenceRouting, LocksATempoLfoToTheBarsAndLetsItRunAHundredthOfABeat)
-{
-    Engine engine;
-    engine.setSampleRate (48000.0);
-    engine.transport = transportAt (5.0, 60.0);
-    engine.setParameter (Index::lfoSync (0), positionOfChoice (3, 10));
-    engine.setParameter (Index::lfoMode (0), positionOfChoice (6, 17)); // four beats
-    engine.setParameter (Index::lfoToLpf (0), 1.0f);
-    run (engine, 1);
-    EXPECT_EQ (engine.lfoFrequency[0], 0.25f); // 60 bpm / 4 beats
-    EXPECT_EQ (engine.lfo[0].phaseA, 0.25f);   // frac (5/4 + 0.5 - 0.5); the speed takes hold at the next tick
-
-    float furthest = 0.0f;
-
-    for (int n = 0; n < 2000; ++n)
-    {
-        run (engine, 1);
-        furthest = std::max (furthest, engine.lfo[0].phaseA - 0.25f);
-    }
-
-    EXPECT_GT (furthest, 0.0024f);
-    EXPECT_LT (furthest, 0.0026f); // 0.01 / 4, and one step beyond
-}
-
-TEST (ReferenceRouting, FallsBackToTheFreeSpeedAtZeroBeatsPerMinute)
-{
-    Engine engine;
-    engine.transport = transportAt (5.0, 0.0);
-    engine.setParameter (Index::lfoSync (0), positionOfChoice (3, 10));
-    engine.setParameter (Index::lfoToOther (1), 1.0f); // has no effect in tempo
-    run (engine, 2);
-    EXPECT_NEAR (engine.lfoFrequency[0], 0.632456, 1e-5);
-}
-
-TEST (ReferenceRouting, SumsTheDepthInsideTheDeadBandToo)
-{
-    Engine engine;
-    engine.transport = transportAt (1.0);
-    engine.setParameter (Index::lfoToHpf (0), 0.5025f); // depth 0.005
-    run (engine, 1);
-    EXPECT_FALSE (engine.active);
-    EXPECT_NEAR (engine.hpMod, -0.005, 1e-7); // the triangle at the start of its cycle
-}
-
-TEST (ReferenceRouting, LetsACrossRouteAloneSleep)
-{
-    Engine engine;
-    engine.transport = transportAt (1.0);
-    engine.setParameter (Index::lpFreq, 0.0f);
-    engine.setParameter (Index::lfoToOther (0), 1.0f);
-    run (engine, 100);
-    EXPECT_EQ (engine.tickCount, 5);
-}
-
-TEST (ReferenceRouting, MovesTheSpeedOfTheOtherLfoBySquares)
-{
-    Engine engine;
-    engine.transport = transportAt (1.0);
-    engine.setParameter (Index::lfoShape (0), positionOfChoice (3, 30));
-    engine.setParameter (Index::lfoToOther (0), 0.75f); // depth 0.5, square at -1: (1 - 0.25)^2 = 0.5625
-    run (engine, 3);
-    EXPECT_NEAR (engine.lfoFrequency[1], 0.02 * std::pow (1000.0, 0.5 * 0.5625 * 0.5625), 1e-6);
-    EXPECT_NEAR (engine.lfoFrequency[0], 0.632456, 1e-5);
-}
-
-TEST (ReferenceRouting, WobblesOnlyWhenDrunk)
-{
-    Engine engine;
-    engine.transport = transportAt (1.0);
-    engine.setParameter (Index::lfoToLpf (0), 1.0f);
-    engine.setParameter (Index::lfoSync (0), positionOfChoice (1, 10));
-    run (engine, 100);
-    EXPECT_EQ (engine.wobbleDepth[0], 0.01f);
-    EXPECT_GT (engine.wobblePhase[0], 0.0f);
-    EXPECT_NEAR (engine.lfoFrequency[0], 0.632456, 1e-5);
-
-    engine.setParameter (Index::lfoSync (0), positionOfChoice (2, 10));
-    run (engine, 1);
-    EXPECT_EQ (engine.wobbleDepth[0], 0.12f);
-    // Close to the triangle's lowest point: m is (1 - 0.12)^2, and enters squared.
-    const double m = 0.88 * 0.88;
-    EXPECT_NEAR (engine.lfoFrequency[0], 0.02 * std::pow (1000.0, 0.5 * m * m), 1e-3);
-    EXPECT_NEAR (static_cast<double> (engine.wobbleStep[0]) * 96000.0, 0.01 * std::pow (350.0, (0.055 + 0.3297) * 0.5),
-                 1e-6);
-
-    engine.setParameter (Index::lfoSync (0), positionOfChoice (4, 10));
-    run (engine, 1);
-    EXPECT_EQ (engine.wobbleDepth[0], 0.0f);
-}
-
-TEST (ReferenceRouting, GivesACentredCurveExactlyOne)
-{
-    Engine engine;
-    run (engine, 1);
-    EXPECT_EQ (engine.lfo[0].curveExponent, 1.0f);
-    engine.setParameter (Index::lfoCurve (0), 1.0f);
-    engine.setParameter (Index::lfoCurve (1), 0.0f);
-    run (engine, 1);
-    EXPECT_NEAR (engine.lfo[0].curveExponent, 0.18268, 1e-5);
-    EXPECT_NEAR (engine.lfo[1].curveExponent, 5.47395, 1e-4);
-}
-
-TEST (ReferenceRouting, NeverMovesTheDriftFasterThanAHundredthPerSecond)
-{
-    Engine engine;
-    engine.setSampleRate (22050.0);
-    engine.transport = transportAt (1.0);
-    engine.seedLfo (0, 7u);
-    engine.setParameter (Index::lfoShape (0), positionOfChoice (5, 30));
-    engine.setParameter (Index::lfoSpeed (0), 1.0f);
-    engine.setParameter (Index::lfoToLpf (0), 1.0f);
-    run (engine, 1);
-    float before = engine.lfo[0].outputSlew.current;
-
-    for (int second = 0; second < 2; ++second)
-    {
-        run (engine, 22050);
-        EXPECT_LE (std::abs (engine.lfo[0].outputSlew.current - before), 0.01f * 1.001f);
-        before = engine.lfo[0].outputSlew.current;
-    }
-
-    EXPECT_NE (before, 0.0f);
-}
-
-TEST (ReferenceRouting, RunsAReservedShapeWithTheBars)
-{
-    Engine engine;
-    engine.setSampleRate (48000.0);
-    engine.transport = transportAt (3.0, 120.0);
-    engine.setParameter (Index::lfoShape (1), positionOfChoice (6, 30));
-    engine.setParameter (Index::lfoMode (0), positionOfChoice (6, 17)); // four beats
-    engine.setParameter (Index::lfoMode (1), positionOfChoice (8, 17)); // two beats
-    run (engine, 1);
-    EXPECT_EQ (engine.lfo[0].referencePhase, 0.75f);
-    EXPECT_EQ (engine.lfo[1].referencePhase, 0.5f);
-    EXPECT_TRUE (engine.lfo[0].followReference);
-    EXPECT_FLOAT_EQ (engine.lfo[0].phaseStepA, 120.0f / (48000.0f * 60.0f * 4.0f));
-    EXPECT_FLOAT_EQ (engine.lfo[1].phaseStepA, 120.0f / (48000.0f * 60.0f * 2.0f));
-    EXPECT_FLOAT_EQ (engine.lfo[1].phaseStepB, 0.5f * engine.lfo[1].phaseStepA);
-    EXPECT_FLOAT_EQ (engine.lfo[1].phaseStepC, 2.0f * engine.lfo[1].phaseStepA);
-
-    // The other way round LFO 2, configured after it, takes its own speed again.
-    Engine other;
-    other.setSampleRate (48000.0);
-    other.transport = transportAt (3.0, 120.0);
-    other.setParameter (Index::lfoShape (0), positionOfChoice (6, 30));
-    run (other, 1);
-    EXPECT_FLOAT_EQ (other.lfo[1].phaseStepA, other.lfoFrequency[1] / 48000.0f);
-}
-
-TEST (ReferenceRouting, MakesASineOfEveryShapeFromTheEighthUp)
-{
-    for (int position : { 8, 15, 29 })
-    {
-        Engine engine;
-        engine.setParameter (Index::lfoShape (0), positionOfChoice (position, 30));
-        run (engine, 1);
-        EXPECT_EQ (engine.lfo[0].shape, 0);
-    }
-}
-
-TEST (ReferenceRouting, LivesThroughATransportThatIsNotFinite)
-{
-    for (double strange : { std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity(), 1e300,
-                            -std::numeric_limits<double>::infinity() })
-    {
-        for (int sync : { 0, 2, 3 })
-        {
-            for (int shape : { 1, 4, 5, 6, 7 })
-            {
-                Engine engine;
-                engine.transport = transportAt (strange, strange);
-                engine.setParameter (Index::lfoShape (0), positionOfChoice (shape, 30));
-                engine.setParameter (Index::lfoSync (0), positionOfChoice (sync, 10));
-                engine.setParameter (Index::lfoToLpf (0), 1.0f);
-                engine.setParameter (Index::seqLpf (3), 0.8f);
-                run (engine, 300);
-                EXPECT_GE (engine.lpFreqSlew.target, 0.0f);
-                EXPECT_LE (engine.lpFreqSlew.target, 1.0f);
-                EXPECT_TRUE (std::isfinite (engine.lpHz));
-            }
-        }
-    }
-}
-
-//======================================================================================================================
-TEST (ReferenceSteps, AreTheDigitsOfACounterOfHalfBeats)
-{
-    Engine engine;
-
-    for (double ppq : { 0.25, 0.5, 0.995, 1.0, 1.75, 100.3, 255.0, 300.6, 511.9, 512.0 })
-    {
-        engine.transport = transportAt (ppq);
-        engine.requestUpdate();
-        run (engine, 1);
-        const int halfBeats = static_cast<int> (std::floor (2.0 * (ppq + 0.01)));
-
-        for (int j = 0; j < 10; ++j)
-            EXPECT_EQ (engine.stepLit[j], ((halfBeats >> j) & 1) == 0) << ppq << " step " << j + 1;
-    }
-}
-
-TEST (ReferenceSteps, StandAllOnWithoutAPosition)
-{
-    Engine engine;
-    run (engine, 1);
-
-    for (bool lit : engine.stepLit)
-        EXPECT_TRUE (lit);
-}
-
-TEST (ReferenceSteps, RunOnBelowZero)
-{
-    Engine engine;
-    engine.transport = transportAt (-0.51); // -0.5 with the hundredth of a beat
-    run (engine, 1);
-    EXPECT_FALSE (engine.stepLit[0]);
-    EXPECT_FALSE (engine.stepLit[1]); // -0.25 is 0.75 of the period
-}
-
-TEST (ReferenceSteps, FollowASignedSquareLaw)
-{
-    const std::pair<float, double> rows[] = { { 0.6f, 0.2 }, { 0.75f, 1.25 }, { 0.4f, -0.2 }, { 0.25f, -1.25 } };
-
-    for (const auto& row : rows)
-    {
-        Engine engine;
-        engine.setParameter (Index::seqHpf (4), row.first);
-        run (engine, 1);
-        EXPECT_NEAR (engine.hpMod, row.second, 1e-6);
-        EXPECT_EQ (engine.lpMod, 0.0f);
-        EXPECT_TRUE (engine.active);
-    }
-}
-
-TEST (ReferenceSteps, ClampTheirSumAtTwo)
-{
-    Engine engine;
-
-    for (int j = 0; j < 10; ++j)
-    {
-        engine.setParameter (Index::seqHpf (j), 1.0f);
-        engine.setParameter (Index::seqLpf (j), 0.0f);
-    }
-
-    run (engine, 1);
-    EXPECT_EQ (engine.hpMod, 2.0f);
-    EXPECT_EQ (engine.lpMod, -2.0f);
-}
-
-TEST (ReferenceSteps, AddBothOffsetsOfAStepOrNeither)
-{
-    Engine engine;
-    engine.setParameter (Index::seqHpf (0), 0.5004f);
-    run (engine, 1);
-    EXPECT_EQ (engine.hpMod, 0.0f);
-    EXPECT_FALSE (engine.active);
-
-    engine.setParameter (Index::seqLpf (0), 0.8f);
-    run (engine, 1);
-    EXPECT_GT (engine.hpMod, 0.0f);
-    EXPECT_NEAR (engine.lpMod, 1.8, 1e-5);
-    EXPECT_TRUE (engine.active);
-}
-
-TEST (ReferenceSteps, KeepTheEngineAwakeWhileTheyAreOff)
-{
-    Engine engine;
-    engine.transport = transportAt (0.75);
-    engine.setParameter (Index::seqHpf (0), 0.8f);
-    run (engine, 50);
-    EXPECT_FALSE (engine.stepLit[0]);
-    EXPECT_EQ (engine.hpMod, 0.0f);
-    EXPECT_EQ (engine.tickCount, 50);
-}
-
-TEST (ReferenceSteps, ShiftByBeatsWhateverTheUnit)
-{
-    for (float unit : { 0.0f, 1.0f / 9.0f })
-    {
-        Engine engine;
-        engine.setParameter (Index::seqUnit, unit);
-        engine.setParameter (Index::seqOffs, 0.5f + 0.5f / 2048.0f); // half a beat
-        run (engine, 1);
-        EXPECT_FALSE (engine.stepLit[0]);
-        EXPECT_TRUE (engine.stepLit[1]);
-    }
 }

@@ -77,13 +77,13 @@ void RandomTransport::advance (int numFrames, double rate)
 void RandomTransport::makeStrange (reference::Transport& transport)
 {
     constexpr double infinity = std::numeric_limits<double>::infinity();
-    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    constexpr double quietNaN = std::numeric_limits<double>::quiet_NaN();
 
     if (dice.chance (0.3))
-        transport.ppqPosition = dice.oneOf (std::array { infinity, -infinity, nan, 1e300, -1e18, 5e-324 });
+        transport.ppqPosition = dice.oneOf (std::array { infinity, -infinity, quietNaN, 1e300, -1e18, 5e-324 });
 
     if (dice.chance (0.3))
-        transport.bpm = dice.oneOf (std::array { infinity, -infinity, nan, 1e300, -120.0, 1e-300 });
+        transport.bpm = dice.oneOf (std::array { infinity, -infinity, quietNaN, 1e300, -120.0, 1e-300 });
 
     if (dice.chance (0.3))
         transport.timeSigNumerator = dice.oneOf (std::array { 0, -1, 2147483647 });

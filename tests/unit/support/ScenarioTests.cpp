@@ -57,7 +57,7 @@ TEST (Scenario, ReachesEveryThemeTransportShapeSlopeAndFamilyWithinTwoHundredSee
         ReferencePlayer player;
 
         for (int i = 0; i < reference::Index::count; ++i)
-            player.engine.setParameter (i, scenario.positions[static_cast<std::size_t> (i)]);
+            player.engine.setParameter (i, scenario.positions[(std::size_t) i]);
 
         for (int lfo = 0; lfo < 2; ++lfo)
         {

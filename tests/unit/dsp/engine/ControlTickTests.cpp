@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "dsp/MainAudioProcessor.h"
-
+// One tick of either engine, from the sample rate to the design of the filters.
 #include <array>
 #include <cmath>
 #include <limits>
 
 #include <gtest/gtest.h>
 
+#include "support/Engines.h"
 #include "support/EngineUnderTest.h"
 
 namespace
@@ -14,6 +14,16 @@ namespace
 constexpr double rate = 48000.0;
 constexpr float glideSeconds = 0.02f;
 constexpr float activeGlideSeconds = 0.004f;
+constexpr auto quietNaN = std::numeric_limits<float>::quiet_NaN();
+
+constexpr std::array slewedIds { "hp_freq", "lp_freq", "hp_reso", "lp_reso" };
+
+/** In the order of slewedIds. */
+template <typename Engine>
+[[nodiscard]] auto slewsOf (Engine& engine)
+{
+    return std::array { &engine.hpFreqSlew, &engine.lpFreqSlew, &engine.hpResoSlew, &engine.lpResoSlew };
+}
 
 /** The frequency map, of a value that the compiler cannot know. */
 [[nodiscard]] double hertzOf (float position)
@@ -21,102 +31,100 @@ constexpr float activeGlideSeconds = 0.004f;
     return (double) std::exp (6.907754898071289f * position + 2.995732307434082f);
 }
 
-/** Stands all slews where the parameters want them, as if the engine had glided there long ago. */
-void standStill (EngineUnderTest& engine)
+/** Puts all slews at their targets, as if the engine had glided there long ago. */
+template <typename Driver>
+void standStill (Driver& driver)
 {
-    auto& processor = engine.processor;
-    engine.tick();
+    // The frames notice one of the four watched parameters each.
+    driver.tick (5);
 
-    for (auto* const slew :
-         { &processor.hpFreqSlew, &processor.lpFreqSlew, &processor.hpResoSlew, &processor.lpResoSlew })
+    for (auto* const slew : slewsOf (driver.engine))
         slew->current = slew->target;
 
-    engine.tick();
-    ASSERT_FALSE (processor.controlUpdatePending);
+    driver.tick();
+    ASSERT_FALSE (driver.isUpdatePending());
 }
+
+template <typename Driver>
+class ControlTick : public testing::Test
+{
+};
+
+TYPED_TEST_SUITE (ControlTick, Engines, EngineNames);
 } // namespace
 
-TEST (ControlTick, KeepsTheLastPlausibleSampleRate)
+TYPED_TEST (ControlTick, KeepsTheLastPlausibleSampleRate)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    EXPECT_EQ (processor.hostSampleRate, 96000.0);
+    TypeParam driver;
+    auto& engine = driver.engine;
+    EXPECT_EQ (engine.hostSampleRate, 96000.0);
 
-    for (const auto implausible : { 0.0, 999.0, 10000000001.0 })
+    for (const auto implausible : { 0.0, 999.0, 10000000001.0, -1.0, (double) quietNaN })
     {
-        processor.setRateAndBufferSizeDetails (implausible, 64);
-        engine.tick();
-        EXPECT_EQ (processor.hostSampleRate, 96000.0);
-        EXPECT_EQ (processor.lpFilter->sampleRate, 96000.0);
+        driver.setSampleRate (implausible);
+        driver.tick();
+        EXPECT_EQ (engine.hostSampleRate, 96000.0) << implausible;
+        EXPECT_EQ (driver.lpFilter().sampleRate, 96000.0) << implausible;
     }
 
-    processor.setRateAndBufferSizeDetails (44100.0, 64);
-    engine.tick();
-    EXPECT_EQ (processor.hostSampleRate, 44100.0);
-    EXPECT_EQ (processor.lpFilter->sampleRate, 44100.0);
+    driver.setSampleRate (44100.0);
+    driver.tick();
+    EXPECT_EQ (engine.hostSampleRate, 44100.0);
+    EXPECT_EQ (driver.lpFilter().sampleRate, 44100.0);
 
-    processor.setRateAndBufferSizeDetails (999.0, 64);
-    engine.tick();
-    EXPECT_EQ (processor.hostSampleRate, 44100.0);
+    driver.setSampleRate (999.0);
+    driver.tick();
+    EXPECT_EQ (engine.hostSampleRate, 44100.0);
 }
 
-TEST (ControlTick, DesignsForTheOversampledRate)
+TYPED_TEST (ControlTick, StartsAtTwentyHertzAndGlidesFromTheSecondTick)
 {
-    EngineUnderTest engine;
-    engine.processor.oversamplingFactor = 4;
-    engine.tick();
-    EXPECT_EQ (engine.processor.lpFilter->sampleRate, 4.0 * rate);
+    TypeParam driver;
+    auto& engine = driver.engine;
+    driver.tick();
+    EXPECT_EQ (engine.lpFreqSlew.current, 0.0f);
+    EXPECT_EQ (engine.lpFreqSlew.target, 1.0f);
+    EXPECT_EQ (driver.lpFilter().limitedCutoff, hertzOf (engine.lpFreqSlew.current));
+    EXPECT_NEAR (driver.lpFilter().limitedCutoff, 20.0, 1.0e-4);
+    EXPECT_TRUE (driver.isUpdatePending());
+
+    driver.tick();
+    EXPECT_EQ (engine.lpFreqSlew.current, 1.0f / ((float) rate * glideSeconds));
+    EXPECT_EQ (driver.lpFilter().limitedCutoff, hertzOf (engine.lpFreqSlew.current));
 }
 
-TEST (ControlTick, StartsAtTwentyHertzAndGlidesFromTheSecondTick)
+TYPED_TEST (ControlTick, MapsThePositionsOntoThreeDecades)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.tick();
-    EXPECT_EQ (processor.lpFreqSlew.current, 0.0f);
-    EXPECT_EQ (processor.lpFreqSlew.target, 1.0f);
-    EXPECT_EQ (processor.lpFilter->limitedCutoff, hertzOf (processor.lpFreqSlew.current));
-    EXPECT_NEAR (processor.lpFilter->limitedCutoff, 20.0, 1.0e-4);
-    EXPECT_TRUE (processor.controlUpdatePending);
-
-    engine.tick();
-    EXPECT_EQ (processor.lpFreqSlew.current, 1.0f / ((float) rate * glideSeconds));
-    EXPECT_EQ (processor.lpFilter->limitedCutoff, hertzOf (processor.lpFreqSlew.current));
-}
-
-TEST (ControlTick, MapsThePositionsOntoThreeDecades)
-{
-    EngineUnderTest engine;
+    TypeParam driver;
 
     for (const auto position : { 0.0f, 0.25f, 1.0f / 3.0f, 0.5f, 1.0f })
     {
-        engine.set ("hp_freq", position);
-        standStill (engine);
-        EXPECT_EQ (engine.processor.hpFilter->limitedCutoff, hertzOf (engine.processor.hpFreqSlew.current));
+        driver.set ("hp_freq", position);
+        standStill (driver);
+        EXPECT_EQ (driver.hpFilter().limitedCutoff, hertzOf (driver.engine.hpFreqSlew.current));
 
         // A float of the exponent 10 is exact to some 1e-6 of the hertz.
-        EXPECT_NEAR (engine.processor.hpFilter->limitedCutoff / (20.0 * std::pow (1000.0, (double) position)), 1.0,
-                     2.0e-6);
+        EXPECT_NEAR (driver.hpFilter().limitedCutoff / (20.0 * std::pow (1000.0, (double) position)), 1.0, 2.0e-6);
     }
 }
 
-TEST (ControlTick, TakesTheSixthPowerOfTheResonance)
+TYPED_TEST (ControlTick, TakesTheSixthPowerOfTheResonance)
 {
-    EngineUnderTest engine;
+    TypeParam driver;
 
     for (const auto position : { 0.0f, 0.3f, 0.5f, 0.9f, 1.0f })
     {
-        engine.set ("hp_reso", position);
-        engine.set ("lp_reso", 1.0f - position);
-        standStill (engine);
+        driver.set ("hp_reso", position);
+        driver.set ("lp_reso", 1.0f - position);
+        standStill (driver);
         const auto cube = position * position * position;
-        EXPECT_EQ (engine.processor.hpResonance, cube * cube * 10.0f);
+        EXPECT_EQ (driver.engine.hpResonance, cube * cube * 10.0f);
         const auto lowCube = (1.0f - position) * (1.0f - position) * (1.0f - position);
-        EXPECT_EQ (engine.processor.lpResonance, lowCube * lowCube * 10.0f);
+        EXPECT_EQ (driver.engine.lpResonance, lowCube * lowCube * 10.0f);
     }
 }
 
-TEST (ControlTick, TakesPolesAndBandwidthFromTheSlope)
+TYPED_TEST (ControlTick, TakesPolesAndBandwidthFromTheSlope)
 {
     struct Slope
     {
@@ -124,268 +132,255 @@ TEST (ControlTick, TakesPolesAndBandwidthFromTheSlope)
         float bandwidth;
     };
 
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
+    TypeParam driver;
+    auto& engine = driver.engine;
 
     for (const auto& slope :
          { Slope { 0, 0, 3.0f }, Slope { 1, 1, 2.0f }, Slope { 2, 2, 1.25f }, Slope { 3, 4, 0.707f },
            Slope { 4, 8, 0.5f }, Slope { 5, 0, 3.0f }, Slope { 7, 0, 3.0f }, Slope { 9, 0, 3.0f } })
     {
-        engine.choose ("hp_mode", slope.index);
-        engine.choose ("lp_mode", 4);
-        engine.tick();
-        EXPECT_EQ (processor.hpPoles, slope.poles) << slope.index;
-        EXPECT_EQ (processor.hpPeakBandwidth, slope.bandwidth) << slope.index;
-        EXPECT_EQ (processor.lpPoles, 8);
-        EXPECT_EQ (processor.lpPeakBandwidth, 0.5f);
+        driver.choose ("hp_mode", slope.index);
+        driver.choose ("lp_mode", 4);
+        driver.tick();
+        EXPECT_EQ (engine.hpPoles, slope.poles) << slope.index;
+        EXPECT_EQ (engine.hpPeakBandwidth, slope.bandwidth) << slope.index;
+        EXPECT_EQ (engine.lpPoles, 8);
+        EXPECT_EQ (engine.lpPeakBandwidth, 0.5f);
 
-        engine.choose ("lp_mode", slope.index);
-        engine.choose ("hp_mode", 1);
-        engine.tick();
-        EXPECT_EQ (processor.lpPoles, slope.poles) << slope.index;
-        EXPECT_EQ (processor.lpPeakBandwidth, slope.bandwidth) << slope.index;
-        EXPECT_EQ (processor.hpPoles, 1);
+        driver.choose ("lp_mode", slope.index);
+        driver.choose ("hp_mode", 1);
+        driver.tick();
+        EXPECT_EQ (engine.lpPoles, slope.poles) << slope.index;
+        EXPECT_EQ (engine.lpPeakBandwidth, slope.bandwidth) << slope.index;
+        EXPECT_EQ (engine.hpPoles, 1);
     }
 }
 
-TEST (ControlTick, TreatsThePositionInTheMiddleOfTheSlopesAsBypass)
+TYPED_TEST (ControlTick, TreatsTheMiddlePositionOfTheSlopesAsBypass)
 {
     // 4.5 of 9 is rounded away from 0, to an index without a text.
-    EngineUnderTest engine;
-    engine.set ("hp_mode", 0.5f);
-    engine.tick();
-    EXPECT_EQ (engine.processor.hpPoles, 0);
-    EXPECT_EQ (engine.processor.hpPeakBandwidth, 3.0f);
+    TypeParam driver;
+    driver.set ("hp_mode", 0.5f);
+    driver.tick();
+    EXPECT_EQ (driver.engine.hpPoles, 0);
+    EXPECT_EQ (driver.engine.hpPeakBandwidth, 3.0f);
 }
 
-TEST (ControlTick, GlidesLikeAOnePoleOfTwentyMilliseconds)
+TYPED_TEST (ControlTick, GlidesLikeAOnePoleOfTwentyMilliseconds)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.set ("lp_freq", 0.0f);
-    standStill (engine);
-    engine.set ("lp_freq", 1.0f);
-    engine.tick (1 + 960);
+    TypeParam driver;
+    driver.set ("lp_freq", 0.0f);
+    standStill (driver);
+    driver.set ("lp_freq", 1.0f);
+    driver.tick (1 + 960);
 
     // One time constant; the float's rounding adds up to less than 1e-4 in a thousand steps.
-    EXPECT_NEAR (1.0f - processor.lpFreqSlew.current, std::pow (1.0 - 1.0 / 960.0, 960.0), 1.0e-4);
+    EXPECT_NEAR (1.0f - driver.engine.lpFreqSlew.current, std::pow (1.0 - 1.0 / 960.0, 960.0), 1.0e-4);
 }
 
-TEST (ControlTick, GlidesFiveTimesAsFastWhileSomethingIsActive)
+TYPED_TEST (ControlTick, GlidesFiveTimesAsFastWhileSomethingIsActive)
 {
     for (const auto active : { false, true })
     {
-        EngineUnderTest engine;
-        engine.set ("lp_freq", 0.0f);
-        standStill (engine);
+        TypeParam driver;
+        driver.set ("lp_freq", 0.0f);
+        standStill (driver);
 
         // The offset of a step that moves the highpass alone.
         if (active)
-            engine.set ("seq1_hpf", 0.6f);
+            driver.set ("seq1_hpf", 0.6f);
 
-        engine.set ("lp_freq", 0.5f);
-        engine.tick();
-        EXPECT_EQ (engine.processor.lpFreqSlew.current, 0.0f);
-        engine.tick();
-        EXPECT_EQ (engine.processor.lpFreqSlew.current,
-                   0.5f / ((float) rate * (active ? activeGlideSeconds : glideSeconds)));
-        EXPECT_EQ (engine.processor.lpFreqSlew.mode, 1);
+        driver.set ("lp_freq", 0.5f);
+        driver.tick();
+        EXPECT_EQ (driver.engine.lpFreqSlew.current, 0.0f);
+        driver.tick();
+        const auto step = 0.5f / ((float) rate * (active ? activeGlideSeconds : glideSeconds));
+        EXPECT_EQ (driver.engine.lpFreqSlew.current, step);
+        EXPECT_EQ (driver.engine.lpFreqSlew.mode, 1);
     }
 }
 
-TEST (ControlTick, FollowsANewTargetOneTickLater)
+TYPED_TEST (ControlTick, FollowsANewTargetOneTickLater)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    standStill (engine);
-    engine.set ("hp_freq", 0.25f);
-    engine.tick();
-    EXPECT_EQ (processor.hpFreqSlew.target, 0.25f);
-    EXPECT_EQ (processor.hpFreqSlew.step, 0.0f);
-    EXPECT_EQ (processor.hpFreqSlew.current, 0.0f);
-    EXPECT_TRUE (processor.controlUpdatePending);
-    engine.tick();
-    EXPECT_EQ (processor.hpFreqSlew.current, 0.25f / ((float) rate * glideSeconds));
+    TypeParam driver;
+    auto& slew = driver.engine.hpFreqSlew;
+    standStill (driver);
+    driver.set ("hp_freq", 0.25f);
+    driver.tick();
+    EXPECT_EQ (slew.target, 0.25f);
+    EXPECT_EQ (slew.step, 0.0f);
+    EXPECT_EQ (slew.current, 0.0f);
+    EXPECT_TRUE (driver.isUpdatePending());
+    driver.tick();
+    EXPECT_EQ (slew.current, 0.25f / ((float) rate * glideSeconds));
 }
 
-TEST (ControlTick, HalvesTheFrequencySumsAndTakesTheResonanceSumsWhole)
+TYPED_TEST (ControlTick, HalvesTheFrequencySumsAndTakesTheResonanceSumsWhole)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
+    TypeParam driver;
+    const auto& engine = driver.engine;
 
-    // A square stands at -1 until it has been shown a transport that moves.
-    engine.choose ("lfo1_shape", 3);
-    engine.set ("hp_freq", 0.9f);
-    engine.set ("lp_freq", 0.9f);
-    engine.set ("hp_reso", 0.9f);
-    engine.set ("lp_reso", 0.9f);
+    // Without a transport the phase is held at 0, where a square gives -1.
+    driver.choose ("lfo1_shape", 3);
+
+    for (const auto* const id : slewedIds)
+        driver.set (id, 0.9f);
 
     for (const auto* const route : { "lfo1T_hpf", "lfo1T_lpf", "lfo1T_hpr", "lfo1T_lpr" })
-        engine.set (route, 0.75f);
+        driver.set (route, 0.75f);
 
-    engine.tick (2);
-    EXPECT_EQ (processor.hpFreqSlew.target, -0.5f * 0.5f + 0.9f);
-    EXPECT_EQ (processor.lpFreqSlew.target, -0.5f * 0.5f + 0.9f);
-    EXPECT_EQ (processor.hpResoSlew.target, 0.9f - 0.5f);
-    EXPECT_EQ (processor.lpResoSlew.target, 0.9f - 0.5f);
+    driver.tick (100);
+    EXPECT_EQ (engine.hpFreqSlew.target, -0.5f * 0.5f + 0.9f);
+    EXPECT_EQ (engine.lpFreqSlew.target, -0.5f * 0.5f + 0.9f);
+    EXPECT_EQ (engine.hpResoSlew.target, 0.9f - 0.5f);
+    EXPECT_EQ (engine.lpResoSlew.target, 0.9f - 0.5f);
 }
 
-TEST (ControlTick, KeepsTheTargetsBetweenZeroAndOne)
+TYPED_TEST (ControlTick, KeepsTheTargetsBetweenZeroAndOne)
 {
     for (const auto depth : { 0.0f, 1.0f })
     {
-        EngineUnderTest engine;
-        auto& processor = engine.processor;
-        engine.choose ("lfo1_shape", 3);
-        engine.set ("hp_freq", 0.4f);
-        engine.set ("lp_freq", 0.6f);
+        TypeParam driver;
+        const auto& engine = driver.engine;
+        driver.choose ("lfo1_shape", 3);
+        driver.set ("hp_freq", 0.4f);
+        driver.set ("lp_freq", 0.6f);
 
         for (const auto* const route : { "lfo1T_hpf", "lfo1T_lpf", "lfo1T_hpr", "lfo1T_lpr" })
-            engine.set (route, depth);
+            driver.set (route, depth);
 
-        engine.tick (2);
+        driver.tick (100);
         const auto expected = depth > 0.5f ? 0.0f : 1.0f;
-        EXPECT_EQ (processor.hpResoSlew.target, expected);
-        EXPECT_EQ (processor.lpResoSlew.target, expected);
-        EXPECT_NEAR (processor.hpFreqSlew.target, depth > 0.5f ? 0.0f : 0.9f, 1.0e-6f);
-        EXPECT_NEAR (processor.lpFreqSlew.target, depth > 0.5f ? 0.1f : 1.0f, 1.0e-6f);
+        EXPECT_EQ (engine.hpResoSlew.target, expected);
+        EXPECT_EQ (engine.lpResoSlew.target, expected);
+        EXPECT_NEAR (engine.hpFreqSlew.target, depth > 0.5f ? 0.0f : 0.9f, 1.0e-6f);
+        EXPECT_NEAR (engine.lpFreqSlew.target, depth > 0.5f ? 0.1f : 1.0f, 1.0e-6f);
     }
 }
 
-TEST (ControlTick, PutsTheHighpassPeakOnItsCutoffAndTheLowpassPeakATenthBelow)
+TYPED_TEST (ControlTick, PutsTheHighpassPeakOnItsCutoffAndTheLowpassPeakATenthBelow)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.set ("hp_freq", 0.3f);
-    engine.set ("lp_freq", 0.7f);
-    engine.set ("hp_reso", 0.5f);
-    engine.set ("lp_reso", 0.5f);
-    engine.choose ("hp_mode", 1);
-    engine.choose ("lp_mode", 3);
-    standStill (engine);
-    EXPECT_EQ (processor.hpResonator->designedFrequency, hertzOf (processor.hpFreqSlew.current));
-    EXPECT_EQ (processor.lpResonator->designedFrequency, hertzOf (processor.lpFreqSlew.current) * 0.9);
-    EXPECT_EQ (processor.hpResonator->designedBandwidth, 2.0);
-    EXPECT_EQ (processor.lpResonator->designedBandwidth, (double) 0.707f);
-    EXPECT_EQ (processor.hpResonator->designedRate, rate);
-    EXPECT_EQ (processor.hpResonator->designedGainDb, 20.0);
+    TypeParam driver;
+    driver.set ("hp_freq", 0.3f);
+    driver.set ("lp_freq", 0.7f);
+    driver.set ("hp_reso", 0.5f);
+    driver.set ("lp_reso", 0.5f);
+    driver.choose ("hp_mode", 1);
+    driver.choose ("lp_mode", 3);
+    standStill (driver);
+    EXPECT_EQ (driver.hpResonator().designedFrequency, hertzOf (driver.engine.hpFreqSlew.current));
+    EXPECT_EQ (driver.lpResonator().designedFrequency, hertzOf (driver.engine.lpFreqSlew.current) * 0.9);
+    EXPECT_EQ (driver.hpResonator().designedBandwidth, 2.0);
+    EXPECT_EQ (driver.lpResonator().designedBandwidth, (double) 0.707f);
+    EXPECT_EQ (driver.hpResonator().designedRate, rate);
+    EXPECT_EQ (driver.hpResonator().designedGainDb, 20.0);
 }
 
-TEST (ControlTick, DesignsNoPeakForAResonanceThatIsTooSmall)
+TYPED_TEST (ControlTick, DesignsNoPeakForAResonanceThatIsTooSmall)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
+    TypeParam driver;
 
     // 10 * 0.0464^6 is just below 1e-7, and 10 * 0.0465^6 just above.
-    engine.set ("hp_reso", 0.0464f);
-    engine.set ("lp_reso", 0.0465f);
-    standStill (engine);
-    EXPECT_LT (processor.hpResonance, 1.0e-7f);
-    EXPECT_GT (processor.lpResonance, 1.0e-7f);
-    EXPECT_FALSE (processor.hpResonator->designed);
-    EXPECT_TRUE (processor.lpResonator->designed);
+    driver.set ("hp_reso", 0.0464f);
+    driver.set ("lp_reso", 0.0465f);
+    standStill (driver);
+    EXPECT_LT (driver.engine.hpResonance, 1.0e-7f);
+    EXPECT_GT (driver.engine.lpResonance, 1.0e-7f);
+    EXPECT_FALSE (driver.hpResonator().designed);
+    EXPECT_TRUE (driver.lpResonator().designed);
 }
 
-TEST (ControlTick, LeavesTheFamilyThatIsNotSelectedWithItsOldCoefficients)
+TYPED_TEST (ControlTick, KeepsTheOldCoefficientsOfTheFamilyThatIsNotSelected)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.set ("hp_freq", 0.5f);
-    engine.set ("hp_reso", 0.5f);
-    engine.set ("lp_reso", 0.5f);
-    standStill (engine);
-    const auto oldCutoff = processor.hpFilter->limitedCutoff;
-    const auto oldPeak = processor.hpResonator->designedFrequency;
-    EXPECT_EQ (processor.hpLadder->sampleRate, 0.0);
+    TypeParam driver;
+    const auto& engine = driver.engine;
+    driver.set ("hp_freq", 0.5f);
+    driver.set ("hp_reso", 0.5f);
+    driver.set ("lp_reso", 0.5f);
+    standStill (driver);
+    const auto oldCutoff = driver.hpFilter().limitedCutoff;
+    const auto oldPeak = driver.hpResonator().designedFrequency;
+    EXPECT_EQ (driver.hpLadder().sampleRate, 0.0);
 
-    engine.choose ("filtmode", 1);
-    engine.set ("hp_freq", 0.25f);
-    standStill (engine);
-    const auto newCutoff = hertzOf (processor.hpFreqSlew.current);
-    EXPECT_EQ (processor.hpFilter->limitedCutoff, oldCutoff);
-    EXPECT_EQ (processor.hpResonator->designedFrequency, oldPeak);
-    EXPECT_EQ (processor.hpLadder->limitedCutoff, newCutoff);
-    const auto oldPole = processor.hpLadder->poleCoefficient;
+    driver.choose ("filtmode", 1);
+    driver.set ("hp_freq", 0.25f);
+    standStill (driver);
+    const auto newCutoff = hertzOf (engine.hpFreqSlew.current);
+    EXPECT_EQ (driver.hpFilter().limitedCutoff, oldCutoff);
+    EXPECT_EQ (driver.hpResonator().designedFrequency, oldPeak);
+    EXPECT_EQ (driver.hpLadder().limitedCutoff, newCutoff);
+    const auto oldPole = driver.hpLadder().poleCoefficient;
 
-    engine.choose ("filtmode", 0);
-    engine.set ("hp_freq", 0.75f);
-    standStill (engine);
-    EXPECT_EQ (processor.hpFilter->limitedCutoff, hertzOf (processor.hpFreqSlew.current));
-    EXPECT_EQ (processor.hpLadder->poleCoefficient, oldPole);
+    driver.choose ("filtmode", 0);
+    driver.set ("hp_freq", 0.75f);
+    standStill (driver);
+    EXPECT_EQ (driver.hpFilter().limitedCutoff, hertzOf (engine.hpFreqSlew.current));
+    EXPECT_EQ (driver.hpLadder().poleCoefficient, oldPole);
 }
 
-TEST (ControlTick, GivesTheLaddersTheirGains)
+TYPED_TEST (ControlTick, GivesTheLaddersTheirStagesAndGains)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.choose ("filtmode", 1);
-    engine.choose ("hp_mode", 3);
-    engine.choose ("lp_mode", 4);
-    engine.set ("hp_reso", 1.0f);
-    engine.set ("lp_reso", 1.0f);
-    standStill (engine);
-    EXPECT_EQ (processor.hpLadder->grunge, 150000.0);
-    EXPECT_EQ (processor.lpLadder->grunge, 800000.0);
-    EXPECT_EQ (processor.hpLadder->numStages, 4);
-    EXPECT_EQ (processor.lpLadder->numStages, 8);
-    EXPECT_TRUE (processor.hpLadder->isHighpass);
-    EXPECT_FALSE (processor.lpLadder->isHighpass);
+    TypeParam driver;
+    driver.choose ("filtmode", 1);
+    driver.choose ("hp_mode", 3);
+    driver.choose ("lp_mode", 4);
+    driver.set ("hp_reso", 1.0f);
+    driver.set ("lp_reso", 1.0f);
+    standStill (driver);
+    EXPECT_EQ (driver.hpLadder().grunge, 150000.0);
+    EXPECT_EQ (driver.lpLadder().grunge, 800000.0);
+    EXPECT_EQ (driver.hpLadder().numStages, 4);
+    EXPECT_EQ (driver.lpLadder().numStages, 8);
+    EXPECT_TRUE (driver.hpLadder().isHighpass);
+    EXPECT_FALSE (driver.lpLadder().isHighpass);
 }
 
-TEST (ControlTick, KeepsDesigningTheButterworthFamilyForAModeWithoutAText)
+TYPED_TEST (ControlTick, DesignsTheButterworthFamilyForAModeWithoutAText)
 {
-    EngineUnderTest engine;
+    TypeParam driver;
 
     for (int index = 2; index < 10; ++index)
     {
-        engine.choose ("filtmode", index);
-        engine.set ("hp_freq", 0.08f * (float) index);
-        standStill (engine);
-        EXPECT_EQ (engine.processor.hpFilter->limitedCutoff, hertzOf (engine.processor.hpFreqSlew.current));
-        EXPECT_EQ (engine.processor.hpLadder->sampleRate, 0.0);
+        driver.choose ("filtmode", index);
+        driver.set ("hp_freq", 0.08f * (float) index);
+        standStill (driver);
+        EXPECT_EQ (driver.hpFilter().limitedCutoff, hertzOf (driver.engine.hpFreqSlew.current));
+        EXPECT_EQ (driver.hpLadder().sampleRate, 0.0);
     }
 }
 
-TEST (ControlTick, StaysAwakeWhileASlewIsFurtherOffThanItsThreshold)
+TYPED_TEST (ControlTick, StaysAwakeWhileASlewIsFurtherOffThanItsThreshold)
 {
-    struct Case
-    {
-        SlewValue MainAudioProcessor::*slew;
-        float threshold;
-    };
-
-    for (const auto& [slew, threshold] :
-         { Case { &MainAudioProcessor::hpFreqSlew, 0.0002f }, Case { &MainAudioProcessor::lpFreqSlew, 0.0002f },
-           Case { &MainAudioProcessor::hpResoSlew, 0.0003f }, Case { &MainAudioProcessor::lpResoSlew, 0.0003f } })
+    for (std::size_t i = 0; i < slewedIds.size(); ++i)
         for (const auto direction : { -1.0f, 1.0f })
             for (const auto isFar : { false, true })
             {
-                EngineUnderTest engine;
+                TypeParam driver;
 
-                for (const auto* const id : { "hp_freq", "lp_freq", "hp_reso", "lp_reso" })
-                    engine.set (id, 0.5f);
+                for (const auto* const id : slewedIds)
+                    driver.set (id, 0.5f);
 
-                standStill (engine);
-                engine.processor.framesSinceRequest = 5;
+                standStill (driver);
 
                 // The tick itself still moves the slew by one part in 960.
-                (engine.processor.*slew).current = 0.5f + direction * threshold * (isFar ? 1.01f : 0.99f);
-                engine.tick();
-                EXPECT_EQ (engine.processor.controlUpdatePending, isFar) << threshold;
-                EXPECT_EQ (engine.processor.framesSinceRequest, isFar ? 0 : 5);
+                const auto threshold = i < 2 ? 0.0002f : 0.0003f;
+                slewsOf (driver.engine)[i]->current = 0.5f + direction * threshold * (isFar ? 1.01f : 0.99f);
+                driver.tick();
+                EXPECT_EQ (driver.isUpdatePending(), isFar) << slewedIds[i];
+                EXPECT_EQ (driver.framesSinceRequest(), isFar ? 0 : 1) << slewedIds[i];
             }
 }
 
-TEST (ControlTick, FallsAsleepShortOfTheTargetsAndCreepsOnAtEachWrap)
+TYPED_TEST (ControlTick, FallsAsleepShortOfTheTargetsAndCreepsOnWhenTheClockWraps)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.set ("lp_reso", 0.5f);
-    engine.fallAsleep();
+    TypeParam driver;
+    const auto& engine = driver.engine;
+    driver.set ("lp_reso", 0.5f);
+    driver.fallAsleep();
 
-    const auto residueOf = [] (const SlewValue& slew) { return std::abs (slew.target - slew.current); };
-    const auto frequency = residueOf (processor.lpFreqSlew);
-    const auto resonance = residueOf (processor.lpResoSlew);
+    const auto residueOf = [] (const auto& slew) { return std::abs (slew.target - slew.current); };
+    const auto frequency = residueOf (engine.lpFreqSlew);
+    const auto resonance = residueOf (engine.lpResoSlew);
     EXPECT_GT (frequency, 0.0f);
     EXPECT_LE (frequency, 0.0002f);
     EXPECT_GT (resonance, 0.0f);
@@ -396,99 +391,111 @@ TEST (ControlTick, FallsAsleepShortOfTheTargetsAndCreepsOnAtEachWrap)
 
     for (int i = 0; i < 64; ++i)
     {
-        const auto before = processor.lpFreqSlew.current;
-        engine.runSilence (1024);
-        numMoves += processor.lpFreqSlew.current != before ? 1 : 0;
+        const auto before = engine.lpFreqSlew.current;
+        driver.runSilence (1024);
+        numMoves += engine.lpFreqSlew.current != before ? 1 : 0;
     }
 
     EXPECT_EQ (numMoves, 1);
-    EXPECT_LT (residueOf (processor.lpFreqSlew), frequency);
-    EXPECT_FALSE (processor.controlUpdatePending);
+    EXPECT_LT (residueOf (engine.lpFreqSlew), frequency);
+    EXPECT_FALSE (driver.isUpdatePending());
 }
 
-TEST (ControlTick, SleepsUntilAFrameSeesAChange)
+TYPED_TEST (ControlTick, SleepsUntilAFrameSeesAChange)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.fallAsleep();
-    engine.runSilence (100);
-    EXPECT_FALSE (processor.controlUpdatePending);
-    EXPECT_GE (processor.framesSinceRequest, 100);
+    TypeParam driver;
+    driver.fallAsleep();
+    driver.runSilence (100);
+    EXPECT_FALSE (driver.isUpdatePending());
+    EXPECT_GE (driver.framesSinceRequest(), 100);
 
-    engine.set ("hp_freq", 0.5f);
-    EXPECT_FALSE (processor.controlUpdatePending);
-    engine.runSilence (1);
-    EXPECT_TRUE (processor.controlUpdatePending);
-    EXPECT_EQ (processor.hpFreqSlew.target, 0.0f);
-    engine.runSilence (1);
-    EXPECT_EQ (processor.hpFreqSlew.target, 0.5f);
+    driver.set ("hp_freq", 0.5f);
+    EXPECT_FALSE (driver.isUpdatePending());
+    driver.runSilence (1);
+    EXPECT_TRUE (driver.isUpdatePending());
+    EXPECT_EQ (driver.engine.hpFreqSlew.target, 0.0f);
+    driver.runSilence (1);
+    EXPECT_EQ (driver.engine.hpFreqSlew.target, 0.5f);
 }
 
-TEST (ControlTick, ReadsNeitherInertiaNorLinkNorTheOffsetUnit)
+TYPED_TEST (ControlTick, IgnoresInertiaLinkOffsetUnitAndRandomAmounts)
 {
-    EngineUnderTest plain, changed;
+    TypeParam plain, changed;
     changed.set ("inertia", 1.0f);
     changed.set ("link", 1.0f);
     changed.choose ("seq_unit", 1);
     changed.set ("srnd_hpf", 1.0f);
     changed.set ("srnd_lpf", 0.0f);
 
-    for (auto* const engine : { &plain, &changed })
+    for (auto* const driver : { &plain, &changed })
     {
-        engine->setTransport (3.3);
-        engine->set ("hp_freq", 0.4f);
-        engine->set ("seq_offs", 0.51f);
-        engine->set ("seq2_hpf", 0.7f);
-        engine->set ("lfo1T_lpf", 0.8f);
+        driver->setTransport (3.3);
+        driver->set ("hp_freq", 0.4f);
+        driver->set ("seq_offs", 0.51f);
+        driver->set ("seq2_hpf", 0.7f);
+        driver->set ("lfo1T_lpf", 0.8f);
     }
 
-    EXPECT_EQ (plain.run (EngineUnderTest::noise (1, 5000)), changed.run (EngineUnderTest::noise (1, 5000)));
-    EXPECT_EQ (plain.processor.freqLinkOffset, changed.processor.freqLinkOffset);
+    EXPECT_EQ (plain.run (EngineDriver::noise (1, 5000)), changed.run (EngineDriver::noise (1, 5000)));
 }
 
-TEST (ControlTick, TurnsANotANumberTargetIntoZero)
+TYPED_TEST (ControlTick, TurnsANaNTargetIntoZero)
 {
-    constexpr auto notANumber = std::numeric_limits<float>::quiet_NaN();
-
-    for (const auto* const id : { "hp_freq", "lp_freq", "hp_reso", "lp_reso" })
+    for (const auto* const id : slewedIds)
     {
-        EngineUnderTest engine;
+        TypeParam driver;
 
-        for (const auto* const each : { "hp_freq", "lp_freq", "hp_reso", "lp_reso" })
-            engine.set (each, 0.5f);
+        for (const auto* const each : slewedIds)
+            driver.set (each, 0.5f);
 
-        engine.set (id, notANumber);
-        engine.tick();
-        auto& processor = engine.processor;
-        auto sum = 0.0f;
+        driver.set (id, quietNaN);
+        driver.tick();
 
-        for (const auto* const slew :
-             { &processor.hpFreqSlew, &processor.lpFreqSlew, &processor.hpResoSlew, &processor.lpResoSlew })
-            sum += slew->target;
-
-        EXPECT_EQ (sum, 1.5f) << id;
+        for (std::size_t i = 0; i < slewedIds.size(); ++i)
+            EXPECT_EQ (slewsOf (driver.engine)[i]->target, slewedIds[i] == id ? 0.0f : 0.5f)
+                << id << ", " << slewedIds[i];
     }
 }
 
-TEST (ControlTick, SurvivesANotANumberInAnyParameter)
+TYPED_TEST (ControlTick, SurvivesNaNInAnyParameter)
 {
-    for (int index = 0; index < MainAudioProcessor().getParameters().size(); ++index)
+    for (const auto& info : reference::parameterTable())
     {
-        EngineUnderTest engine;
-        engine.setTransport (3.3);
-        engine.choose ("lfo2_shape", 5);
+        TypeParam driver;
+        driver.setTransport (3.3);
+        driver.choose ("lfo2_shape", 5);
 
         for (const auto* const id : { "seq1_hpf", "seq1_lpf", "lfo1T_lpr", "lfo1T_lfo2", "lfo2T_hpf", "hp_reso" })
-            engine.set (id, 0.7f);
+            driver.set (id, 0.7f);
 
-        auto& parameter = *engine.processor.getParameters()[index];
-        const auto before = parameter.getValue();
-        engine.run (EngineUnderTest::noise (1, 300));
-        parameter.setValue (std::numeric_limits<float>::quiet_NaN());
-        engine.run (EngineUnderTest::noise (2, 300));
-        parameter.setValue (before);
+        const auto before = driver.get (info.id);
+        driver.run (EngineDriver::noise (1, 300));
+        driver.set (info.id, quietNaN);
+        driver.run (EngineDriver::noise (2, 300));
+        driver.set (info.id, before);
 
-        for (const auto& [left, right] : engine.run (EngineUnderTest::noise (3, 300)))
-            ASSERT_TRUE (std::isfinite (left) && std::isfinite (right)) << parameter.getName (100);
+        for (const auto& [left, right] : driver.run (EngineDriver::noise (3, 300)))
+            ASSERT_TRUE (std::isfinite (left) && std::isfinite (right)) << info.id;
     }
+}
+
+//======================================================================================================================
+// What the plug-in alone has.
+
+TEST (PluginTick, DesignsForTheOversampledRate)
+{
+    EngineUnderTest engine;
+    engine.processor.oversamplingFactor = 4;
+    engine.tick();
+    EXPECT_EQ (engine.processor.lpFilter->sampleRate, 4.0 * rate);
+}
+
+TEST (PluginTick, LeavesTheOffsetOfLinkedFrequenciesToTheWindow)
+{
+    EngineUnderTest engine;
+    engine.set ("link", 1.0f);
+    engine.set ("hp_freq", 0.4f);
+    const auto before = engine.processor.freqLinkOffset;
+    engine.runSilence (1000);
+    EXPECT_EQ (engine.processor.freqLinkOffset, before);
 }

@@ -105,7 +105,7 @@ const Regime regimes[] {
               parameter->setValueNotifyingHost ((float) ((block * 31 + parameter->getParameterIndex() * 17) % 101)
                                                 * 0.01f);
       } },
-    { "prepared anew", [] (EngineUnderTest&) {},
+    { "prepared again", [] (EngineUnderTest&) {},
       [] (EngineUnderTest& engine, int block)
       {
           engine.processor.setRateAndBufferSizeDetails (block % 2 == 0 ? 44100.0 : 192000.0, 512);
@@ -158,7 +158,7 @@ TEST_P (EngineAudioThread, NeitherAllocatesNorReleasesNorLocks)
 
 INSTANTIATE_TEST_SUITE_P (Regimes, EngineAudioThread, testing::ValuesIn (regimes), nameOf);
 
-TEST (EngineAudioThreadOnce, NeitherAllocatesNorLocksInABlockLongerThanOneRun)
+TEST (EngineAudioThreadOnce, NeitherAllocatesNorLocksInABlockThatIsProcessedInSeveralPieces)
 {
     EngineUnderTest engine;
     juce::AudioBuffer<float> buffer (2, 600000);

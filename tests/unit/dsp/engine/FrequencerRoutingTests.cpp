@@ -1,211 +1,275 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "dsp/MainAudioProcessor.h"
-
+// The ten steps in the ticks of either engine.
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <iterator>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
-#include "support/EngineUnderTest.h"
+#include "support/Engines.h"
 
 namespace
 {
-/** The sum that a tick takes from the steps, read back from the target of a highpass that stands in the middle. */
-[[nodiscard]] float highpassSum (EngineUnderTest& engine)
+/** More ticks than the plug-in takes together. */
+constexpr int manyTicks = 100;
+
+// A tenth of a sum, through the 0.5 of the target: single precision.
+constexpr float rounding = 1.0e-5f;
+
+/** The sum of the steps over many ticks, read back from the target of a highpass that stands in the middle. */
+template <typename Driver>
+[[nodiscard]] float highpassSum (Driver& driver)
 {
-    engine.set ("hp_freq", 0.5f);
-    engine.tick();
-    return (engine.processor.hpFreqSlew.target - 0.5f) * 2.0f;
+    driver.set ("hp_freq", 0.5f);
+    driver.tick (manyTicks);
+    return (driver.engine.hpFreqSlew.target - 0.5f) * 2.0f;
 }
 
-[[nodiscard]] bool isLit (EngineUnderTest& engine, std::size_t step)
+template <typename Driver>
+[[nodiscard]] bool isLit (Driver& driver, std::size_t step)
 {
-    engine.tick();
-    return engine.processor.stepLit[step];
+    driver.tick();
+    return driver.engine.stepLit[step];
 }
 
-void setAll (EngineUnderTest& engine, const std::string& suffix, float offset)
+template <typename Driver>
+[[nodiscard]] bool areAllLit (const Driver& driver)
+{
+    return std::all_of (std::begin (driver.engine.stepLit), std::end (driver.engine.stepLit),
+                        [] (bool lit) { return lit; });
+}
+
+void setAll (EngineDriver& driver, const std::string& suffix, float offset)
 {
     for (int step = 1; step <= 10; ++step)
-        engine.set ("seq" + std::to_string (step) + suffix, offset);
+        driver.set ("seq" + std::to_string (step) + suffix, offset);
 }
 
-// A tenth of a step sum, through the 0.5 of the target: single precision.
-constexpr float rounding = 1.0e-5f;
+template <typename Driver>
+class FrequencerRouting : public testing::Test
+{
+};
+
+TYPED_TEST_SUITE (FrequencerRouting, Engines, EngineNames);
 } // namespace
 
-TEST (FrequencerRouting, AppliesAllOffsetsAsAConstantWithoutATransport)
+TYPED_TEST (FrequencerRouting, AppliesAllOffsetsAsAConstantWithoutATransport)
 {
-    EngineUnderTest engine;
-    setAll (engine, "_hpf", 0.55f);
+    TypeParam driver;
+    setAll (driver, "_hpf", 0.55f);
+    EXPECT_NEAR (highpassSum (driver), 0.5f, rounding);
+    EXPECT_TRUE (areAllLit (driver));
 
-    for (const auto kind : { 0, 1, 2 })
+    driver.setTransportWithoutPosition();
+    EXPECT_NEAR (highpassSum (driver), 0.5f, rounding);
+    EXPECT_TRUE (areAllLit (driver));
+
+    driver.setTransport (0.0);
+    EXPECT_NEAR (highpassSum (driver), 0.5f, rounding);
+    EXPECT_TRUE (areAllLit (driver));
+}
+
+TYPED_TEST (FrequencerRouting, LightsTheStepsAsTheDigitsOfACounterOfHalfBeats)
+{
+    TypeParam driver;
+
+    for (const auto beats : { 0.25, 0.5, 0.995, 1.0, 1.75, 100.3, 255.0, 300.6, 511.9, 512.0 })
     {
-        if (kind == 1)
-            engine.processor.setPlayHead (&engine.playHead);
+        driver.setTransport (beats);
+        driver.tick();
+        const auto halfBeats = (int) std::floor (2.0 * (beats + 0.01));
 
-        if (kind == 2)
-            engine.setTransport (0.0);
-
-        EXPECT_NEAR (highpassSum (engine), 0.5f, rounding);
-        EXPECT_TRUE (std::all_of (engine.processor.stepLit.begin(), engine.processor.stepLit.end(),
-                                  [] (bool lit) { return lit; }));
+        for (std::size_t step = 0; step < 10; ++step)
+            EXPECT_EQ (driver.engine.stepLit[step], ((halfBeats >> step) & 1) == 0)
+                << beats << " beats, step " << step + 1;
     }
 }
 
-TEST (FrequencerRouting, HoldsItsStepsAtAStoppedTransport)
+TYPED_TEST (FrequencerRouting, HoldsItsStepsAtAStoppedTransport)
 {
-    EngineUnderTest engine;
-    engine.setTransport (5.3);
-    engine.set ("seq1_hpf", 0.6f);
-    engine.set ("seq3_hpf", 0.7f);
-    engine.tick();
-    const auto lit = engine.processor.stepLit;
-    const auto sum = highpassSum (engine);
+    TypeParam driver;
+    driver.setTransport (5.3);
+    driver.set ("seq1_hpf", 0.6f);
+    driver.set ("seq3_hpf", 0.7f);
+    const auto sum = highpassSum (driver);
 
     // Half beat 10, binary 1010: steps 2 and 4 are off.
-    EXPECT_TRUE (lit[0]);
-    EXPECT_FALSE (lit[1]);
-    EXPECT_TRUE (lit[2]);
-    EXPECT_FALSE (lit[3]);
+    const std::array lit { true, false, true, false, true, true, true, true, true, true };
+    const auto isHeld = [&] { return std::equal (lit.begin(), lit.end(), std::begin (driver.engine.stepLit)); };
+    EXPECT_TRUE (isHeld());
     EXPECT_NEAR (sum, 0.2f + 0.8f, rounding);
 
-    for (int i = 0; i < 100; ++i)
+    for (int i = 0; i < 10; ++i)
     {
-        ASSERT_EQ (highpassSum (engine), sum);
-        ASSERT_EQ (engine.processor.stepLit, lit);
+        ASSERT_EQ (highpassSum (driver), sum);
+        ASSERT_TRUE (isHeld());
     }
 }
 
-TEST (FrequencerRouting, RunsAHundredthOfABeatAhead)
+TYPED_TEST (FrequencerRouting, RunsAHundredthOfABeatAhead)
 {
-    EngineUnderTest engine;
-    engine.setTransport (0.995);
-    EXPECT_TRUE (isLit (engine, 0));
-    EXPECT_FALSE (isLit (engine, 1));
-    engine.setTransport (0.985);
-    EXPECT_FALSE (isLit (engine, 0));
-    EXPECT_TRUE (isLit (engine, 1));
+    TypeParam driver;
+    driver.setTransport (0.995);
+    EXPECT_TRUE (isLit (driver, 0));
+    EXPECT_FALSE (isLit (driver, 1));
+    driver.setTransport (0.985);
+    EXPECT_FALSE (isLit (driver, 0));
+    EXPECT_TRUE (isLit (driver, 1));
 }
 
-TEST (FrequencerRouting, RunsOnBelowZero)
+TYPED_TEST (FrequencerRouting, RunsOnBelowZero)
 {
-    EngineUnderTest engine;
-    engine.setTransport (-0.51);
-    EXPECT_FALSE (isLit (engine, 0));
-    engine.setTransport (-0.9);
-    EXPECT_TRUE (isLit (engine, 0));
+    TypeParam driver;
+    driver.setTransport (-0.51);
+    EXPECT_FALSE (isLit (driver, 0));
+
+    // -0.5 with the hundredth of a beat: three quarters through the period of the second step.
+    EXPECT_FALSE (isLit (driver, 1));
+    driver.setTransport (-0.9);
+    EXPECT_TRUE (isLit (driver, 0));
 }
 
-TEST (FrequencerRouting, ShiftsByTheOffsetInBeats)
+TYPED_TEST (FrequencerRouting, SquaresAnOffsetAndKeepsItsSign)
 {
-    EngineUnderTest engine;
-    engine.setTransport (0.1);
+    for (const auto& [offset, sum] : { std::pair { 0.6f, 0.2f }, { 0.75f, 1.25f }, { 0.4f, -0.2f }, { 0.3f, -0.8f } })
+    {
+        TypeParam driver;
+        driver.set ("lp_freq", 0.5f);
+        driver.set ("seq5_hpf", offset);
+
+        // The target ends at 1, and so at a sum of 1.
+        EXPECT_NEAR (highpassSum (driver), std::min (sum, 1.0f), rounding);
+        EXPECT_EQ (driver.engine.lpFreqSlew.target, 0.5f);
+        EXPECT_TRUE (driver.isUpdatePending());
+    }
+}
+
+TYPED_TEST (FrequencerRouting, ShiftsByTheOffsetInBeats)
+{
+    TypeParam driver;
+    driver.setTransport (0.1);
 
     // The knob spans -1024 to 1024 beats; 1/2 + 1/4096 is half a beat.
-    engine.set ("seq_offs", 0.5f + 1.0f / 4096.0f);
-    EXPECT_FALSE (isLit (engine, 0));
-    EXPECT_TRUE (isLit (engine, 1));
-    engine.set ("seq_offs", 0.5f - 1.0f / 2048.0f);
-    EXPECT_TRUE (isLit (engine, 0));
-    EXPECT_FALSE (isLit (engine, 1));
+    driver.set ("seq_offs", 0.5f + 1.0f / 4096.0f);
+    EXPECT_FALSE (isLit (driver, 0));
+    EXPECT_TRUE (isLit (driver, 1));
+    driver.set ("seq_offs", 0.5f - 1.0f / 2048.0f);
+    EXPECT_TRUE (isLit (driver, 0));
+    EXPECT_FALSE (isLit (driver, 1));
 }
 
-TEST (FrequencerRouting, TakesTheOffsetInBeatsWhateverItsUnitSays)
+TYPED_TEST (FrequencerRouting, TakesTheOffsetInBeatsInEveryUnit)
 {
     for (const auto unit : { 0, 1, 9 })
     {
-        EngineUnderTest engine;
-        engine.setTransport (0.1, 60.0);
-        engine.choose ("seq_unit", unit);
-        engine.set ("seq_offs", 0.5f + 1.0f / 4096.0f);
-        EXPECT_FALSE (isLit (engine, 0)) << unit;
-        EXPECT_TRUE (isLit (engine, 1)) << unit;
+        TypeParam driver;
+        driver.setTransport (0.1, 60.0);
+        driver.choose ("seq_unit", unit);
+        driver.set ("seq_offs", 0.5f + 1.0f / 4096.0f);
+        EXPECT_FALSE (isLit (driver, 0)) << unit;
+        EXPECT_TRUE (isLit (driver, 1)) << unit;
     }
 }
 
-TEST (FrequencerRouting, LimitsTheStepsBeforeTheLfosAdd)
+TYPED_TEST (FrequencerRouting, LimitsTheStepsBeforeTheLfosAdd)
 {
-    EngineUnderTest engine;
-    engine.setTransport (64.0);
-    engine.set ("lp_freq", 0.25f);
-    setAll (engine, "_lpf", 0.0f);
-
-    // A square at +1, at full depth twice: -2 of the steps and +2 of the LFOs are nothing.
-    for (auto& generator : engine.processor.lfo)
+    for (const auto* const filter : { "hp", "lp" })
     {
-        generator.shape = LfoGenerator::square;
-        generator.phaseA = 0.75f;
+        TypeParam driver;
+        auto& engine = driver.engine;
+        const std::string suffix = filter;
+        driver.setTransport (64.0);
+        driver.set (suffix + "_freq", 0.25f);
+        setAll (driver, "_" + suffix + "f", 0.0f);
+
+        // A square at +1, at full depth twice: -2 of the steps and +2 of the LFOs cancel out.
+        for (std::size_t i = 0; i < 2; ++i)
+        {
+            const auto lfo = "lfo" + std::to_string (i + 1);
+            driver.choose (lfo + "_shape", 3);
+            engine.lfo[i].shape = 3;
+            engine.lfo[i].phaseA = 0.75f;
+            driver.set (lfo + "T_" + suffix + "f", 1.0f);
+        }
+
+        driver.tick (manyTicks);
+        EXPECT_EQ ((suffix == "hp" ? engine.hpFreqSlew : engine.lpFreqSlew).target, 0.25f) << filter;
     }
-
-    engine.set ("lfo1T_lpf", 1.0f);
-    engine.set ("lfo2T_lpf", 1.0f);
-    engine.tick();
-    EXPECT_EQ (engine.processor.lpFreqSlew.target, 0.25f);
 }
 
-TEST (FrequencerRouting, IsWorthAWholeRangeAtItsLimit)
+TYPED_TEST (FrequencerRouting, MovesAFrequencyOverItsWholeRangeAtTheLimit)
 {
-    EngineUnderTest engine;
-    setAll (engine, "_hpf", 1.0f);
-    engine.set ("hp_freq", 0.0f);
-    engine.tick();
-    EXPECT_EQ (engine.processor.hpFreqSlew.target, 1.0f);
+    TypeParam driver;
+    setAll (driver, "_hpf", 1.0f);
+    setAll (driver, "_lpf", 0.0f);
+    driver.set ("hp_freq", 0.0f);
+    driver.set ("lp_freq", 1.0f);
+    driver.tick (manyTicks);
+    EXPECT_EQ (driver.engine.hpFreqSlew.target, 1.0f);
+    EXPECT_EQ (driver.engine.lpFreqSlew.target, 0.0f);
 }
 
-TEST (FrequencerRouting, SleepsOnAStepInsideTheDeadBand)
+TYPED_TEST (FrequencerRouting, SleepsOnAStepInsideTheDeadBand)
 {
-    EngineUnderTest engine;
-    engine.set ("seq1_hpf", 0.5004f);
-    EXPECT_EQ (highpassSum (engine), 0.0f);
-    engine.fallAsleep();
+    TypeParam driver;
+    driver.set ("seq1_hpf", 0.5004f);
+    EXPECT_EQ (highpassSum (driver), 0.0f);
+    driver.fallAsleep();
 }
 
-TEST (FrequencerRouting, StaysAwakeThroughAStepThatIsOff)
+TYPED_TEST (FrequencerRouting, StaysAwakeThroughAStepThatIsOff)
 {
-    EngineUnderTest engine;
-    engine.setTransport (0.5);
-    engine.set ("seq1_lpf", 0.502f);
-    engine.runSilence (48000);
-    EXPECT_TRUE (engine.processor.controlUpdatePending);
-    EXPECT_EQ (engine.processor.framesSinceRequest, 0);
-    EXPECT_FALSE (engine.processor.stepLit[0]);
+    TypeParam driver;
+    driver.setTransport (0.5);
+    driver.set ("hp_freq", 0.5f);
+    driver.set ("seq1_lpf", 0.502f);
+    driver.runSilence (48000);
+    EXPECT_TRUE (driver.isUpdatePending());
+    EXPECT_EQ (driver.framesSinceRequest(), 0);
+    EXPECT_FALSE (driver.engine.stepLit[0]);
+    EXPECT_EQ (driver.numQueries(), 48000);
+    EXPECT_EQ (driver.engine.hpFreqSlew.target, 0.5f);
 }
 
-TEST (FrequencerRouting, AddsTheSmallPartnerOfAStepThatIsHeard)
+TYPED_TEST (FrequencerRouting, AddsTheSmallOffsetOfAStepWhoseOtherOffsetIsLarge)
 {
-    EngineUnderTest engine;
-    engine.set ("seq1_hpf", 0.5005f);
-    engine.set ("seq1_lpf", 0.8f);
-    engine.set ("hp_freq", 0.0f);
-    engine.tick();
-    const auto h = engine.processor.parameters.seqHpf[0]->get() - 0.5f;
-    EXPECT_EQ (engine.processor.hpFreqSlew.target, std::abs (h) * h * 20.0f * 0.5f);
-    EXPECT_GT (engine.processor.hpFreqSlew.target, 0.0f);
+    TypeParam driver;
+    driver.set ("seq1_hpf", 0.5005f);
+    driver.set ("seq1_lpf", 0.8f);
+    driver.set ("hp_freq", 0.0f);
+    driver.set ("lp_freq", 0.0f);
+    driver.tick (manyTicks);
+    const auto h = driver.get ("seq1_hpf") - 0.5f;
+    EXPECT_EQ (driver.engine.hpFreqSlew.target, std::abs (h) * h * 20.0f * 0.5f);
+    EXPECT_GT (driver.engine.hpFreqSlew.target, 0.0f);
+    EXPECT_NEAR (driver.engine.lpFreqSlew.target, 0.9f, rounding);
+    EXPECT_TRUE (driver.isUpdatePending());
 }
 
-TEST (FrequencerRouting, JumpsWithTheTransport)
+TYPED_TEST (FrequencerRouting, JumpsWithTheTransport)
 {
-    EngineUnderTest engine;
-    engine.set ("seq3_hpf", 0.6f);
-    engine.setTransport (1.0);
-    EXPECT_NEAR (highpassSum (engine), 0.2f, rounding);
-    engine.setTransport (2.0);
-    EXPECT_EQ (highpassSum (engine), 0.0f);
-    engine.setTransport (1.0);
-    EXPECT_NEAR (highpassSum (engine), 0.2f, rounding);
+    TypeParam driver;
+    driver.set ("seq3_hpf", 0.6f);
+    driver.setTransport (1.0);
+    EXPECT_NEAR (highpassSum (driver), 0.2f, rounding);
+    driver.setTransport (2.0);
+    EXPECT_EQ (highpassSum (driver), 0.0f);
+    driver.setTransport (1.0);
+    EXPECT_NEAR (highpassSum (driver), 0.2f, rounding);
 }
 
-TEST (FrequencerRouting, RenewsTheLightsOfASleepingEngineOnlyAtItsWraps)
+TYPED_TEST (FrequencerRouting, UpdatesTheLightsOfASleepingEngineOnlyWhenTheClockWraps)
 {
-    EngineUnderTest engine;
-    engine.setTransport (0.1);
-    engine.fallAsleep();
-    EXPECT_TRUE (engine.processor.stepLit[0]);
-    engine.setTransport (0.6);
-    engine.runSilence (512);
-    EXPECT_TRUE (engine.processor.stepLit[0]);
-    engine.runSilence (65536);
-    EXPECT_FALSE (engine.processor.stepLit[0]);
+    TypeParam driver;
+    driver.setTransport (0.1);
+    driver.fallAsleep();
+    EXPECT_TRUE (driver.engine.stepLit[0]);
+    driver.setTransport (0.6);
+    driver.runSilence (512);
+    EXPECT_TRUE (driver.engine.stepLit[0]);
+    driver.runSilence (65536);
+    EXPECT_FALSE (driver.engine.stepLit[0]);
 }

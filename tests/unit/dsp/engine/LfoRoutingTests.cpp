@@ -1,35 +1,55 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "dsp/MainAudioProcessor.h"
-
+// The two LFOs in the ticks of either engine: speed, wobble, tempo lock, bar lock, and what they move.
 #include <array>
 #include <cmath>
+#include <limits>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 
-#include "support/EngineUnderTest.h"
+#include "support/Engines.h"
 
 namespace
 {
 constexpr float rate = 48000.0f;
 
-// What a knob's position means, from a value that the compiler cannot know.
-[[nodiscard]] float freeFrequency (EngineUnderTest& engine, std::size_t i, float multiplier = 1.0f)
-{
-    const auto speed = engine.processor.parameters.lfoSpeed[i]->get();
-    return std::exp (speed * multiplier * multiplier * 6.9077554f - 3.912023f);
-}
+/** More ticks than the plug-in takes together. */
+constexpr int manyTicks = 100;
 
-[[nodiscard]] std::string lfoId (int number, const char* suffix) { return "lfo" + std::to_string (number) + suffix; }
+// Places of the shapes and sync types on their choices.
+constexpr int triangle = 1;
+constexpr int saw = 2;
+constexpr int square = 3;
+constexpr int randomTriangles = 4;
+constexpr int brownian = 5;
+constexpr int reservedPulse = 6;
+constexpr int reservedSum = 7;
+constexpr int wobbly = 1;
+constexpr int drunk = 2;
+constexpr int tempo = 3;
 
 /** A transport that stands somewhere but at the start. */
 constexpr double somewhere = 3.3;
 
-/** Stands the LFO at full swing: a square in its upper half, whatever the tick adds to its phase. */
-void raise (LfoGenerator& generator)
+/** The number of an LFO is 1 or 2. */
+[[nodiscard]] std::string lfoId (int number, const char* suffix) { return "lfo" + std::to_string (number) + suffix; }
+
+[[nodiscard]] std::string speedId (std::size_t i) { return lfoId ((int) i + 1, "_speed"); }
+
+// What a knob's position means, from a value that the compiler cannot know.
+[[nodiscard]] float freeFrequency (const EngineDriver& driver, std::size_t i, float multiplier = 1.0f)
 {
-    generator.shape = LfoGenerator::square;
-    generator.phaseA = 0.75f;
+    return std::exp (driver.get (speedId (i)) * multiplier * multiplier * 6.9077554f - 3.912023f);
+}
+
+/** Puts an LFO at full swing: a square in its upper half, and far from the end of it. */
+template <typename Driver>
+void raise (Driver& driver, std::size_t i)
+{
+    driver.choose (lfoId ((int) i + 1, "_shape"), square);
+    driver.engine.lfo[i].shape = square;
+    driver.engine.lfo[i].phaseA = 0.75f;
 }
 
 [[nodiscard]] float triangleAt (float phase)
@@ -39,30 +59,40 @@ void raise (LfoGenerator& generator)
 }
 
 [[nodiscard]] float fractionOf (double cycles) { return (float) (cycles - std::floor (cycles)); }
+
+template <typename Driver>
+class LfoRouting : public testing::Test
+{
+};
+
+TYPED_TEST_SUITE (LfoRouting, Engines, EngineNames);
 } // namespace
 
-TEST (LfoRouting, HoldsBothLfosAtTheirStartWithoutATransport)
+//======================================================================================================================
+// Whether they move.
+
+TYPED_TEST (LfoRouting, HoldsBothLfosAtTheirStartWithoutATransport)
 {
-    for (const auto kind : { 0, 1, 2 })
+    for (const auto kind : { 0, 1, 2, 3 })
     {
-        EngineUnderTest engine;
-        auto& processor = engine.processor;
-        engine.choose ("lfo1_shape", 5);
-        engine.set ("lfo1_speed", 1.0f);
-        engine.set ("lfo1T_lpf", 1.0f);
-        engine.set ("lfo2T_lpf", 1.0f);
+        TypeParam driver;
+        auto& engine = driver.engine;
+        driver.choose ("lfo1_shape", brownian);
+        driver.set ("lfo1_speed", 1.0f);
+        driver.set ("lfo1T_lpf", 1.0f);
+        driver.set ("lfo2T_lpf", 1.0f);
 
         if (kind == 1)
-            processor.setPlayHead (&engine.playHead);
+            driver.setTransportWithoutPosition();
 
-        if (kind == 2)
-            engine.setTransport (0.0);
+        if (kind >= 2)
+            driver.setTransport (kind == 2 ? 0.0 : -0.0);
 
-        for (int i = 0; i < 1000; ++i)
+        for (const auto together : { 1, 1, 1, 1, 1, 63, 64, 65, 500 })
         {
-            engine.tick();
+            driver.tick (together);
 
-            for (const auto& generator : processor.lfo)
+            for (const auto& generator : engine.lfo)
             {
                 // One step from zero; before its first rate the step is none.
                 ASSERT_LE (generator.phaseA, generator.phaseStepA);
@@ -70,453 +100,578 @@ TEST (LfoRouting, HoldsBothLfosAtTheirStartWithoutATransport)
             }
         }
 
-        EXPECT_EQ (processor.lfo[1].phaseA, processor.lfo[1].phaseStepA);
-        EXPECT_GT (processor.lfo[1].phaseA, 0.0f);
-        EXPECT_NE (processor.lfo[0].walkValue, 0.0f);
+        EXPECT_EQ (engine.lfo[1].phaseA, engine.lfo[1].phaseStepA);
+        EXPECT_GT (engine.lfo[1].phaseA, 0.0f);
+        EXPECT_NE (engine.lfo[0].walkValue, 0.0f);
     }
 }
 
-TEST (LfoRouting, RunsUnderAStoppedTransportThatStandsAnywhereElse)
+TYPED_TEST (LfoRouting, MovesUnderAStoppedTransportThatStandsAnywhereElse)
 {
     for (const auto beats : { somewhere, -1.0 })
     {
-        EngineUnderTest engine;
-        engine.setTransport (beats);
-        engine.tick (101);
-        const auto& generator = engine.processor.lfo[0];
-        auto expected = 0.0f;
+        TypeParam driver;
+        driver.keepAwake();
+        driver.setTransport (beats);
+        driver.tick (101);
 
-        for (int i = 0; i < 100; ++i)
-            expected += generator.phaseStepA;
+        for (const auto& generator : driver.engine.lfo)
+        {
+            auto expected = 0.0f;
 
-        EXPECT_EQ (generator.phaseA, expected);
+            for (int i = 0; i < 100; ++i)
+                expected += generator.phaseStepA;
+
+            EXPECT_EQ (generator.phaseA, expected);
+        }
     }
 }
 
-TEST (LfoRouting, StandsStillWhileTheEngineSleeps)
+TYPED_TEST (LfoRouting, RunsAtItsFrequency)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.setTransport (somewhere);
-    engine.fallAsleep();
-    const auto phase = processor.lfo[0].phaseA;
-    EXPECT_GT (phase, 0.0f);
-    engine.runSilence (10000);
-    EXPECT_EQ (processor.lfo[0].phaseA, phase);
+    TypeParam driver;
+    driver.keepAwake();
+    driver.setTransport (somewhere);
+    driver.tick (4801);
 
-    // One step for each wrap of the clock.
-    engine.runSilence (65536);
-    EXPECT_EQ (processor.lfo[0].phaseA, phase + processor.lfo[0].phaseStepA);
+    // A tenth of a second of 0.02 * 1000^0.5 hertz.
+    EXPECT_NEAR (driver.engine.lfo[0].phaseA, 0.0632456f, 2.0e-5f);
 }
 
-TEST (LfoRouting, KeepsTheEngineAwakeFromADepthAboveAHundredth)
+TYPED_TEST (LfoRouting, StandsStillWhileTheEngineSleeps)
+{
+    TypeParam driver;
+    const auto& generator = driver.engine.lfo[0];
+    driver.setTransport (somewhere);
+    driver.fallAsleep();
+    const auto phase = generator.phaseA;
+    EXPECT_GT (phase, 0.0f);
+    driver.runSilence (10000);
+    EXPECT_EQ (generator.phaseA, phase);
+
+    // One step for each wrap of the clock.
+    driver.runSilence (65536);
+    EXPECT_EQ (generator.phaseA, phase + generator.phaseStepA);
+}
+
+TYPED_TEST (LfoRouting, KeepsTheEngineAwakeFromADepthAboveAHundredth)
 {
     for (const auto number : { 1, 2 })
         for (const auto* const suffix : { "T_hpf", "T_lpf", "T_hpr", "T_lpr" })
             for (const auto direction : { -1.0f, 1.0f })
             {
-                EngineUnderTest engine;
-                engine.set ("hp_freq", 0.5f);
-                engine.set ("lp_freq", 0.5f);
-                engine.fallAsleep();
-                engine.set (lfoId (number, suffix), 0.5f + direction * 0.0049f);
-                engine.tick (2);
+                TypeParam driver;
+                auto& engine = driver.engine;
+                driver.set ("hp_freq", 0.5f);
+                driver.set ("lp_freq", 0.5f);
+                driver.set (lfoId (number, suffix), 0.5f + direction * 0.0049f);
+                driver.tick (10);
 
-                // Inside the dead band it is added all the same, too little here to wake a resonance that is limited at 0.
-                auto* const slew = &engine.processor.hpFreqSlew;
-                slew->current = slew->target;
-                engine.processor.lpFreqSlew.current = engine.processor.lpFreqSlew.target;
-                engine.processor.hpResoSlew.current = engine.processor.hpResoSlew.target;
-                engine.processor.lpResoSlew.current = engine.processor.lpResoSlew.target;
-                engine.tick();
-                EXPECT_FALSE (engine.processor.controlUpdatePending) << suffix;
+                // A depth inside the dead band is added all the same, but keeps nothing awake.
+                for (auto* const slew :
+                     { &engine.hpFreqSlew, &engine.lpFreqSlew, &engine.hpResoSlew, &engine.lpResoSlew })
+                    slew->current = slew->target;
 
-                engine.set (lfoId (number, suffix), 0.5f + direction * 0.0051f);
-                engine.tick();
-                EXPECT_TRUE (engine.processor.controlUpdatePending) << suffix;
+                driver.tick();
+                EXPECT_FALSE (driver.isUpdatePending()) << suffix;
+
+                driver.set (lfoId (number, suffix), 0.5f + direction * 0.0051f);
+                driver.tick();
+                EXPECT_TRUE (driver.isUpdatePending()) << suffix;
             }
 }
 
-TEST (LfoRouting, LetsTheEngineSleepOverACrossRoute)
+TYPED_TEST (LfoRouting, LetsTheEngineSleepOverACrossRoute)
 {
-    EngineUnderTest engine;
-    engine.set ("lfo1T_lfo2", 1.0f);
-    engine.set ("lfo2T_lfo1", 0.0f);
-    engine.setTransport (somewhere);
-    engine.fallAsleep();
+    TypeParam driver;
+    driver.set ("lfo1T_lfo2", 1.0f);
+    driver.set ("lfo2T_lfo1", 0.0f);
+    driver.setTransport (somewhere);
+    driver.fallAsleep();
+    const auto before = driver.numQueries();
+    driver.runSilence (1000);
+    EXPECT_EQ (driver.numQueries(), before);
 }
 
-TEST (LfoRouting, AddsADepthInsideTheDeadBandToo)
+TYPED_TEST (LfoRouting, AsksTheHostOncePerTickAndOncePerReservedShape)
 {
-    EngineUnderTest engine;
-    engine.set ("lp_freq", 0.5f);
-    engine.set ("lfo1T_lpf", 0.504f);
-    engine.setTransport (somewhere);
-    raise (engine.processor.lfo[0]);
-    engine.tick();
-    const auto depth = engine.processor.parameters.lfoToLpFreq[0]->get() * 2.0f - 1.0f;
-    EXPECT_EQ (engine.processor.lpFreqSlew.target, depth * 0.5f + 0.5f);
+    TypeParam driver;
+    driver.keepAwake();
+    driver.setTransport (somewhere);
+    driver.tick (manyTicks);
+    EXPECT_EQ (driver.numQueries(), manyTicks);
+
+    driver.choose ("lfo1_shape", reservedPulse);
+    driver.tick (manyTicks);
+    EXPECT_EQ (driver.numQueries(), 3 * manyTicks);
+
+    driver.choose ("lfo2_shape", reservedSum);
+    driver.tick (manyTicks);
+    EXPECT_EQ (driver.numQueries(), 6 * manyTicks);
+}
+
+//======================================================================================================================
+// What they move.
+
+TYPED_TEST (LfoRouting, AddsADepthInsideTheDeadBandToo)
+{
+    TypeParam driver;
+    driver.set ("lp_freq", 0.5f);
+    driver.set ("lfo1T_lpf", 0.504f);
+    driver.setTransport (somewhere);
+    raise (driver, 0);
+    driver.tick (manyTicks);
+    const auto depth = driver.get ("lfo1T_lpf") * 2.0f - 1.0f;
+    EXPECT_EQ (driver.engine.lpFreqSlew.target, depth * 0.5f + 0.5f);
     EXPECT_GT (depth, 0.0f);
 }
 
-TEST (LfoRouting, RoutesEachDepthToItsOwnTarget)
+TYPED_TEST (LfoRouting, RoutesEachDepthToItsOwnTarget)
 {
     struct Route
     {
         const char* suffix;
-        SlewValue MainAudioProcessor::*slew;
+        std::size_t target;
         float moved;
     };
 
     for (const auto number : { 1, 2 })
-        for (const auto& [suffix, slew, moved] : { Route { "T_hpf", &MainAudioProcessor::hpFreqSlew, 0.125f },
-                                                   { "T_lpf", &MainAudioProcessor::lpFreqSlew, 0.125f },
-                                                   { "T_hpr", &MainAudioProcessor::hpResoSlew, 0.25f },
-                                                   { "T_lpr", &MainAudioProcessor::lpResoSlew, 0.25f } })
+        for (const auto& [suffix, target, moved] : { Route { "T_hpf", 0, 0.125f }, Route { "T_lpf", 1, 0.125f },
+                                                     Route { "T_hpr", 2, 0.25f }, Route { "T_lpr", 3, 0.25f } })
         {
-            EngineUnderTest engine;
-            engine.setTransport (somewhere);
+            TypeParam driver;
+            const auto& engine = driver.engine;
+            driver.setTransport (somewhere);
 
             for (const auto* const id : { "hp_freq", "lp_freq", "hp_reso", "lp_reso" })
-                engine.set (id, 0.5f);
+                driver.set (id, 0.5f);
 
-            raise (engine.processor.lfo[(std::size_t) number - 1]);
-            engine.set (lfoId (number, suffix), 0.625f);
-            engine.tick();
+            raise (driver, (std::size_t) number - 1);
+            driver.set (lfoId (number, suffix), 0.625f);
+            driver.tick (manyTicks);
 
-            for (const auto each : { &MainAudioProcessor::hpFreqSlew, &MainAudioProcessor::lpFreqSlew,
-                                     &MainAudioProcessor::hpResoSlew, &MainAudioProcessor::lpResoSlew })
-                EXPECT_EQ ((engine.processor.*each).target, each == slew ? 0.5f + moved : 0.5f) << suffix;
+            const std::array targets { engine.hpFreqSlew.target, engine.lpFreqSlew.target, engine.hpResoSlew.target,
+                                       engine.lpResoSlew.target };
+
+            for (std::size_t i = 0; i < targets.size(); ++i)
+                EXPECT_EQ (targets[i], i == target ? 0.5f + moved : 0.5f) << lfoId (number, suffix);
         }
 }
 
-TEST (LfoRouting, AddsTwoFullLfosToTwo)
+TYPED_TEST (LfoRouting, AddsTwoFullLfosToTwo)
 {
-    EngineUnderTest engine;
-    engine.setTransport (somewhere);
-    engine.set ("hp_freq", 0.0f);
-    engine.set ("lfo1T_hpf", 1.0f);
-    engine.set ("lfo2T_hpf", 1.0f);
-    raise (engine.processor.lfo[0]);
-    raise (engine.processor.lfo[1]);
-    engine.tick();
-    EXPECT_EQ (engine.processor.hpFreqSlew.target, 1.0f);
+    TypeParam driver;
+    driver.setTransport (somewhere);
+    driver.set ("hp_freq", 0.0f);
+    driver.set ("lfo1T_hpf", 1.0f);
+    driver.set ("lfo2T_hpf", 1.0f);
+    raise (driver, 0);
+    raise (driver, 1);
+    driver.tick (manyTicks);
+    EXPECT_EQ (driver.engine.hpFreqSlew.target, 1.0f);
 }
 
-TEST (LfoRouting, RunsAFreeLfoOverThreeDecadesFromAFiftiethOfAHertz)
+TYPED_TEST (LfoRouting, MovesATargetAlongTheWaveInEveryShape)
 {
-    EngineUnderTest engine;
-    engine.setTransport (somewhere);
+    for (const auto shape : { 0, triangle, saw, square, randomTriangles, reservedPulse })
+    {
+        TypeParam driver;
+        auto& generator = driver.engine.lfo[0];
+        driver.setTransport (somewhere);
+        driver.set ("lp_freq", 0.5f);
+        driver.set ("lfo1T_lpf", 0.9f);
+        driver.set ("lfo1_speed", 0.9f);
+        driver.choose ("lfo1_shape", shape);
+
+        for (int segment = 0; segment < 20; ++segment)
+        {
+            // The second tick has the shape of the choice.
+            driver.tick (2 + segment * 13);
+            const auto depth = driver.get ("lfo1T_lpf") * 2.0f - 1.0f;
+            ASSERT_EQ (driver.engine.lpFreqSlew.target, depth * generator.render() * 0.5f + 0.5f)
+                << "shape " << shape << ", segment " << segment;
+        }
+    }
+}
+
+//======================================================================================================================
+// Speed, shape and curve.
+
+TYPED_TEST (LfoRouting, RunsAFreeLfoOverThreeDecadesFromAFiftiethOfAHertz)
+{
+    TypeParam driver;
+    driver.setTransport (somewhere);
 
     for (const auto& [position, hertz] :
          { std::pair { 0.0f, 0.02f }, { 0.5f, 0.632456f }, { 1.0f, 20.0f }, { 1.0f / 3.0f, 0.2f } })
     {
-        engine.set ("lfo2_speed", position);
-        engine.tick();
-        EXPECT_EQ (engine.processor.lfo[1].phaseStepA, freeFrequency (engine, 1) / rate);
-        EXPECT_NEAR (freeFrequency (engine, 1), hertz, hertz * 1.0e-5f);
+        driver.set ("lfo2_speed", position);
+        driver.tick();
+        EXPECT_EQ (driver.engine.lfo[1].phaseStepA, freeFrequency (driver, 1) / rate);
+        EXPECT_NEAR (freeFrequency (driver, 1), hertz, hertz * 1.0e-5f);
     }
 }
 
-TEST (LfoRouting, TakesTheShapeOfTheChoiceAtTheEndOfTheTick)
+TYPED_TEST (LfoRouting, TakesTheShapeOfTheChoiceAtTheEndOfTheTick)
 {
-    EngineUnderTest engine;
-    engine.setTransport (somewhere);
-    engine.set ("lp_freq", 0.5f);
-    engine.set ("lfo1T_lpf", 1.0f);
-    engine.choose ("lfo1_shape", 2);
-    engine.tick();
+    TypeParam driver;
+    driver.setTransport (somewhere);
+    driver.set ("lp_freq", 0.5f);
+    driver.set ("lfo1T_lpf", 1.0f);
+    driver.choose ("lfo1_shape", saw);
+    driver.tick();
 
     // The triangle's -1 for one more tick, and then the saw's +1, one step on.
-    EXPECT_EQ (engine.processor.lpFreqSlew.target, 0.0f);
-    EXPECT_EQ (engine.processor.lfo[0].shape, LfoGenerator::saw);
-    engine.tick();
-    EXPECT_GT (engine.processor.lpFreqSlew.target, 0.99f);
+    EXPECT_EQ (driver.engine.lpFreqSlew.target, 0.0f);
+    EXPECT_EQ (driver.engine.lfo[0].shape, saw);
+    driver.tick();
+    EXPECT_GT (driver.engine.lpFreqSlew.target, 0.99f);
 }
 
-TEST (LfoRouting, MakesASineOfEveryShapeWithoutAPlace)
+TYPED_TEST (LfoRouting, MakesASineOfEveryShapeWithoutAPlace)
 {
-    EngineUnderTest engine;
-    engine.setTransport (somewhere);
+    TypeParam driver;
+    driver.setTransport (somewhere);
 
     for (int index = 0; index < 30; ++index)
     {
-        engine.choose ("lfo1_shape", index);
-        engine.tick();
-        EXPECT_EQ (engine.processor.lfo[0].shape, index < 8 ? index : 0);
+        driver.choose ("lfo1_shape", index);
+        driver.tick();
+        EXPECT_EQ (driver.engine.lfo[0].shape, index < 8 ? index : 0);
 
         // The reserved shapes have no frequency of their own.
         if (index < 6 || index >= 8)
         {
-            EXPECT_EQ (engine.processor.lfo[0].phaseStepA, freeFrequency (engine, 0) / rate);
+            EXPECT_EQ (driver.engine.lfo[0].phaseStepA, freeFrequency (driver, 0) / rate);
         }
     }
 }
 
-TEST (LfoRouting, SetsTheAmplitudeAtEveryTick)
+TYPED_TEST (LfoRouting, SetsTheAmplitudeAtEveryTick)
 {
-    EngineUnderTest engine;
-    engine.processor.lfo[0].amplitude = 0.3f;
-    engine.tick();
-    EXPECT_EQ (engine.processor.lfo[0].amplitude, 1.0f);
+    TypeParam driver;
+    driver.keepAwake();
+    driver.engine.lfo[0].amplitude = 0.3f;
+    driver.tick();
+    EXPECT_EQ (driver.engine.lfo[0].amplitude, 1.0f);
+    driver.engine.lfo[0].amplitude = 0.3f;
+    driver.tick (manyTicks);
+    EXPECT_EQ (driver.engine.lfo[0].amplitude, 1.0f);
 }
 
-TEST (LfoRouting, BendsByTheCurveKnobInBothDirections)
+TYPED_TEST (LfoRouting, BendsByTheCurveKnobInBothDirections)
 {
-    EngineUnderTest engine;
-    auto& generator = engine.processor.lfo[0];
-    engine.tick();
+    TypeParam driver;
+    const auto& generator = driver.engine.lfo[0];
+    driver.tick();
     EXPECT_EQ (generator.curveExponent, 1.0f);
 
     for (const auto position : { 0.0f, 0.1f, 0.7f, 1.0f })
     {
-        engine.set ("lfo1_curve", position);
-        engine.tick();
+        driver.set ("lfo1_curve", position);
+        driver.tick();
         EXPECT_NEAR (generator.curveExponent, std::exp (-1.7 * (2.0 * (double) position - 1.0)), 2.0e-6);
         EXPECT_EQ (generator.curveExponent > 1.0f, position < 0.5f);
     }
 }
 
-TEST (LfoRouting, ActsLikeTimeInEverySyncWithoutAText)
+//======================================================================================================================
+// Sync: time, wobbly, drunk.
+
+TYPED_TEST (LfoRouting, SoundsLikeTimeInEverySyncWithoutAText)
 {
     const auto rendered = [] (int sync)
     {
-        EngineUnderTest engine;
-        engine.setTransport (somewhere);
-        engine.choose ("lfo1_sync", sync);
-        engine.choose ("lfo2_sync", sync);
-        engine.set ("lp_freq", 0.5f);
-        engine.set ("lfo1T_lpf", 0.9f);
-        engine.set ("lfo2T_hpr", 0.9f);
-        engine.set ("lfo1_speed", 1.0f);
-        return engine.run (EngineUnderTest::noise (1, 3000));
+        TypeParam driver;
+        driver.setTransport (somewhere);
+        driver.choose ("lfo1_sync", sync);
+        driver.choose ("lfo2_sync", sync);
+        driver.set ("lp_freq", 0.5f);
+        driver.set ("lfo1T_lpf", 0.9f);
+        driver.set ("lfo2T_hpr", 0.9f);
+        driver.set ("lfo1_speed", 1.0f);
+        return driver.run (EngineDriver::noise (1, 3000));
     };
     const auto time = rendered (0);
 
     for (int sync = 4; sync < 10; ++sync)
         EXPECT_EQ (rendered (sync), time) << sync;
 
-    // "Wobbly" too is heard like "Time"; "Drunk" and "Tempo" are not.
-    EXPECT_EQ (rendered (1), time);
-    EXPECT_NE (rendered (2), time);
-    EXPECT_NE (rendered (3), time);
+    // "Wobbly" too sounds like "Time"; "Drunk" and "Tempo" do not.
+    EXPECT_EQ (rendered (wobbly), time);
+    EXPECT_NE (rendered (drunk), time);
+    EXPECT_NE (rendered (tempo), time);
 }
 
-TEST (LfoRouting, TurnsTheWobbleOfWobblyWithoutEffect)
+TYPED_TEST (LfoRouting, MovesTheWobbleOfWobblyWithoutEffect)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.setTransport (somewhere);
-    engine.choose ("lfo1_sync", 1);
-    engine.choose ("lfo2_sync", 1);
-    engine.tick (100);
+    TypeParam driver;
+    const auto& engine = driver.engine;
+    driver.keepAwake();
+    driver.setTransport (somewhere);
+    driver.choose ("lfo1_sync", wobbly);
+    driver.choose ("lfo2_sync", wobbly);
+    driver.tick (manyTicks);
 
     for (std::size_t i = 0; i < 2; ++i)
     {
         const auto detune = i == 0 ? 0.055f : 0.054f;
-        const auto speed = processor.parameters.lfoSpeed[i]->get();
-        const auto hertz = std::exp ((detune + 0.2297f) * speed * 5.7037826f - 4.6051702f);
-        EXPECT_EQ (processor.wobbleStep[i], (float) ((double) hertz / (double) rate));
-        EXPECT_EQ (processor.wobbleDepth[i], 0.01f);
-        EXPECT_GT (processor.wobblePhase[i], 0.0f);
-        EXPECT_EQ (processor.lfo[i].phaseStepA, freeFrequency (engine, i) / rate);
+        const auto hertz = std::exp ((detune + 0.2297f) * driver.get (speedId (i)) * 5.7037826f - 4.6051702f);
+        EXPECT_EQ (engine.wobbleStep[i], (float) ((double) hertz / (double) rate));
+        EXPECT_EQ (engine.wobbleDepth[i], 0.01f);
+        EXPECT_EQ (engine.lfo[i].phaseStepA, freeFrequency (driver, i) / rate);
+
+        auto phase = 0.0f;
+
+        for (int tick = 0; tick < manyTicks; ++tick)
+            phase += engine.wobbleStep[i];
+
+        EXPECT_EQ (engine.wobblePhase[i], phase);
     }
 
-    EXPECT_NE (processor.wobbleStep[0], processor.wobbleStep[1]);
+    EXPECT_NE (engine.wobbleStep[0], engine.wobbleStep[1]);
 }
 
-TEST (LfoRouting, WobblesTheSpeedOfDrunk)
+TYPED_TEST (LfoRouting, WobblesTheSpeedOfDrunk)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.setTransport (somewhere);
-    engine.choose ("lfo1_sync", 2);
-    engine.choose ("lfo2_sync", 2);
+    TypeParam driver;
+    auto& engine = driver.engine;
+    driver.keepAwake();
+    driver.setTransport (somewhere);
+    driver.choose ("lfo1_sync", drunk);
+    driver.choose ("lfo2_sync", drunk);
 
-    for (const auto phase : { 0.0f, 0.2f, 0.5f, 0.9f })
-    {
-        processor.wobblePhase = { phase, phase };
-        engine.tick();
-
-        for (std::size_t i = 0; i < 2; ++i)
+    for (const auto together : { 1, manyTicks })
+        for (const auto start : { 0.0f, 0.2f, 0.5f, 0.9f })
         {
-            const auto detune = i == 0 ? 0.055f : 0.054f;
-            const auto speed = processor.parameters.lfoSpeed[i]->get();
-            const auto hertz = std::exp ((detune + 0.3297f) * speed * 5.857933f - 4.6051702f);
-            EXPECT_EQ (processor.wobbleStep[i], (float) ((double) hertz / (double) rate));
-            EXPECT_EQ (processor.wobbleDepth[i], 0.12f);
-            EXPECT_EQ (processor.wobblePhase[i], phase + processor.wobbleStep[i]);
+            engine.wobblePhase[0] = start;
+            engine.wobblePhase[1] = start;
+            driver.tick (together);
 
-            const auto factor = triangleAt (processor.wobblePhase[i]) * 0.12f + 1.0f;
-            EXPECT_EQ (processor.lfo[i].phaseStepA, freeFrequency (engine, i, factor * factor) / rate) << phase;
+            for (std::size_t i = 0; i < 2; ++i)
+            {
+                const auto detune = i == 0 ? 0.055f : 0.054f;
+                const auto hertz = std::exp ((detune + 0.3297f) * driver.get (speedId (i)) * 5.857933f - 4.6051702f);
+                EXPECT_EQ (engine.wobbleStep[i], (float) ((double) hertz / (double) rate));
+                EXPECT_EQ (engine.wobbleDepth[i], 0.12f);
+
+                auto phase = start;
+
+                for (int tick = 0; tick < together; ++tick)
+                    phase += engine.wobbleStep[i];
+
+                EXPECT_EQ (engine.wobblePhase[i], phase);
+
+                const auto factor = triangleAt (phase) * 0.12f + 1.0f;
+                EXPECT_EQ (engine.lfo[i].phaseStepA, freeFrequency (driver, i, factor * factor) / rate) << start;
+            }
         }
+}
+
+TYPED_TEST (LfoRouting, StopsTheWobbleInEveryOtherSync)
+{
+    TypeParam driver;
+    const auto& engine = driver.engine;
+    driver.keepAwake();
+    driver.setTransport (somewhere);
+    driver.choose ("lfo1_sync", drunk);
+    driver.tick (5);
+    const auto phase = engine.wobblePhase[0];
+    EXPECT_GT (phase, 0.0f);
+
+    for (const auto sync : { 0, tempo, 4, 9 })
+    {
+        driver.choose ("lfo1_sync", sync);
+        driver.tick (manyTicks);
+        EXPECT_EQ (engine.wobbleStep[0], 0.0f);
+        EXPECT_EQ (engine.wobbleDepth[0], 0.0f);
+        EXPECT_EQ (engine.wobblePhase[0], phase);
     }
 }
 
-TEST (LfoRouting, StopsTheWobbleInEveryOtherSync)
+TYPED_TEST (LfoRouting, ResetsTheWobbleToZeroInsteadOfWrappingIt)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.setTransport (somewhere);
-    engine.choose ("lfo1_sync", 2);
-    engine.tick (5);
-    const auto phase = processor.wobblePhase[0];
+    TypeParam driver;
+    auto& engine = driver.engine;
+    driver.setSampleRate (1000.0);
+    driver.setTransport (somewhere);
+    driver.choose ("lfo1_sync", drunk);
+    driver.set ("lfo1_speed", 1.0f);
+    driver.tick();
+    engine.wobblePhase[0] = std::nextafter (1.0f, 0.0f);
+    driver.tick();
+    EXPECT_GT (engine.wobbleStep[0], 1.0e-5f);
+    EXPECT_EQ (engine.wobblePhase[0], 0.0f);
+}
 
-    for (const auto sync : { 0, 3, 4, 9 })
+TYPED_TEST (LfoRouting, KeepsTheWobbleWhenTheTransportResetsTheLfos)
+{
+    TypeParam driver;
+    driver.keepAwake();
+    driver.choose ("lfo1_sync", drunk);
+    driver.tick (10);
+    EXPECT_GT (driver.engine.wobblePhase[0], 9.0f * driver.engine.wobbleStep[0]);
+    EXPECT_LT (driver.engine.lfo[0].phaseA, 2.0f * driver.engine.lfo[0].phaseStepA);
+}
+
+//======================================================================================================================
+// Cross routes.
+
+TYPED_TEST (LfoRouting, ReadsLfoTwoBeforeItMovesAndLfoOneAfterItHasMoved)
+{
+    TypeParam driver;
+    auto& engine = driver.engine;
+    driver.setTransport (somewhere);
+    driver.set ("lfo1T_lfo2", 0.9f);
+    driver.set ("lfo2T_lfo1", 0.2f);
+    driver.set ("lfo1_curve", 0.3f);
+    driver.tick();
+    engine.lfo[0].phaseA = 0.1f;
+    engine.lfo[0].phaseStepA = 0.05f;
+    engine.lfo[1].phaseA = 0.3f;
+    engine.lfo[1].phaseStepA = 0.07f;
+
+    auto first = engine.lfo[0], second = engine.lfo[1];
+    const auto multiplied = [&] (auto& other, const char* route)
     {
-        engine.choose ("lfo1_sync", sync);
-        engine.tick();
-        EXPECT_EQ (processor.wobbleStep[0], 0.0f);
-        EXPECT_EQ (processor.wobbleDepth[0], 0.0f);
-        EXPECT_EQ (processor.wobblePhase[0], phase);
-    }
-}
-
-TEST (LfoRouting, ResetsTheWobbleToZeroInsteadOfWrappingIt)
-{
-    EngineUnderTest engine (1000.0);
-    auto& processor = engine.processor;
-    engine.setTransport (somewhere);
-    engine.choose ("lfo1_sync", 2);
-    engine.set ("lfo1_speed", 1.0f);
-    engine.tick();
-    processor.wobblePhase[0] = std::nextafter (1.0f, 0.0f);
-    engine.tick();
-    EXPECT_GT (processor.wobbleStep[0], 1.0e-5f);
-    EXPECT_EQ (processor.wobblePhase[0], 0.0f);
-}
-
-TEST (LfoRouting, KeepsTheWobbleThroughAReset)
-{
-    EngineUnderTest engine;
-    engine.choose ("lfo1_sync", 2);
-    engine.tick (10);
-    EXPECT_GT (engine.processor.wobblePhase[0], engine.processor.wobbleStep[0]);
-}
-
-TEST (LfoRouting, ReadsTheOtherLfoBeforeItsAdvanceInOneAndAfterItInTwo)
-{
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.setTransport (somewhere);
-    engine.set ("lfo1T_lfo2", 0.9f);
-    engine.set ("lfo2T_lfo1", 0.2f);
-    engine.set ("lfo1_curve", 0.3f);
-    engine.tick();
-    processor.lfo[0].phaseA = 0.1f;
-    processor.lfo[0].phaseStepA = 0.05f;
-    processor.lfo[1].phaseA = 0.3f;
-    processor.lfo[1].phaseStepA = 0.07f;
-
-    auto first = processor.lfo[0], second = processor.lfo[1];
-    const auto multiplied = [] (LfoGenerator& other, const ParameterSet::Parameter& route)
-    {
-        const auto depth = route.get() * 2.0f - 1.0f;
+        const auto depth = driver.get (route) * 2.0f - 1.0f;
         const auto factor = 1.0f + other.render() * depth * 0.5f;
         return factor * factor;
     };
 
-    first.advance();
-    const auto ofFirst = multiplied (second, *processor.parameters.lfoToOtherLfo[1]);
-    second.advance();
-    const auto ofSecond = multiplied (first, *processor.parameters.lfoToOtherLfo[0]);
+    // LFO 1 reads LFO 2 as it stands. LFO 2 reads LFO 1 one step on.
+    first.phaseA += first.phaseStepA;
+    const auto ofFirst = multiplied (second, "lfo2T_lfo1");
+    const auto ofSecond = multiplied (first, "lfo1T_lfo2");
 
-    engine.tick();
-    EXPECT_EQ (processor.lfo[0].phaseStepA, freeFrequency (engine, 0, ofFirst) / rate);
-    EXPECT_EQ (processor.lfo[1].phaseStepA, freeFrequency (engine, 1, ofSecond) / rate);
+    driver.tick();
+    EXPECT_EQ (engine.lfo[0].phaseStepA, freeFrequency (driver, 0, ofFirst) / rate);
+    EXPECT_EQ (engine.lfo[1].phaseStepA, freeFrequency (driver, 1, ofSecond) / rate);
     EXPECT_NE (ofFirst, 1.0f);
     EXPECT_NE (ofSecond, 1.0f);
 }
 
-TEST (LfoRouting, LimitsTheSpeedMultiplier)
+TYPED_TEST (LfoRouting, MovesTheSpeedOfTheOtherLfoBySquares)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.setTransport (somewhere);
-    engine.set ("lfo2T_lfo1", 1.0f);
-    raise (processor.lfo[1]);
-    engine.tick();
-    EXPECT_EQ (processor.lfo[0].phaseStepA, freeFrequency (engine, 0, 1.99f) / rate);
+    TypeParam driver;
+    driver.keepAwake();
+    driver.setTransport (somewhere);
+    driver.choose ("lfo1_shape", square);
+    driver.set ("lfo1T_lfo2", 0.75f);
+    driver.tick (manyTicks);
 
-    // A phase that has run away gives the triangle's -2, and (1 - 1) squared.
-    processor.lfo[1].shape = LfoGenerator::triangle;
-    processor.lfo[1].phaseA = 1.25f;
-    engine.tick();
-    EXPECT_EQ (processor.lfo[0].phaseStepA, freeFrequency (engine, 0, 0.01f) / rate);
+    // The square stands at -1 in its first half: at a depth of 0.5 the factor is (1 - 0.25)^2, and it enters squared.
+    const auto hertz = 0.02 * std::pow (1000.0, 0.5 * 0.5625 * 0.5625);
+    EXPECT_NEAR (driver.engine.lfo[1].phaseStepA * rate, hertz, 1.0e-6);
+    EXPECT_EQ (driver.engine.lfo[0].phaseStepA, freeFrequency (driver, 0) / rate);
 }
 
-TEST (LfoRouting, IgnoresACrossRouteInsideItsDeadBand)
+TYPED_TEST (LfoRouting, LimitsTheSpeedMultiplier)
+{
+    TypeParam driver;
+    auto& engine = driver.engine;
+    driver.keepAwake();
+    driver.setTransport (somewhere);
+    driver.set ("lfo2T_lfo1", 1.0f);
+    raise (driver, 1);
+    driver.tick (manyTicks);
+    EXPECT_EQ (engine.lfo[0].phaseStepA, freeFrequency (driver, 0, 1.99f) / rate);
+
+    // A phase that has run away gives the triangle's -2, and (1 - 1) squared.
+    engine.lfo[1].shape = triangle;
+    engine.lfo[1].phaseA = 1.25f;
+    driver.tick();
+    EXPECT_EQ (engine.lfo[0].phaseStepA, freeFrequency (driver, 0, 0.01f) / rate);
+}
+
+TYPED_TEST (LfoRouting, IgnoresACrossRouteInsideItsDeadBand)
 {
     for (const auto position : { 0.4951f, 0.5f, 0.5049f })
     {
-        EngineUnderTest engine;
-        engine.setTransport (somewhere);
-        engine.set ("lfo2T_lfo1", position);
-        raise (engine.processor.lfo[1]);
-        engine.tick();
-        EXPECT_EQ (engine.processor.lfo[0].phaseStepA, freeFrequency (engine, 0) / rate);
+        TypeParam driver;
+        driver.keepAwake();
+        driver.setTransport (somewhere);
+        driver.set ("lfo2T_lfo1", position);
+        raise (driver, 1);
+        driver.tick (manyTicks);
+        EXPECT_EQ (driver.engine.lfo[0].phaseStepA, freeFrequency (driver, 0) / rate);
     }
 }
 
-TEST (LfoRouting, LetsAPhaseRunAwayAtExtremeSpeeds)
+TYPED_TEST (LfoRouting, LeavesTheRangeOfAShapeWhoseSpeedIsExtremeUnlessTheCurveLimitsIt)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.setTransport (somewhere);
-    engine.set ("lfo1_speed", 1.0f);
-    engine.set ("lfo2T_lfo1", 1.0f);
-    engine.set ("lfo1T_lpf", 1.0f);
-    engine.set ("lp_freq", 0.5f);
-    engine.choose ("lfo2_shape", 3);
-    engine.set ("lfo2_speed", 0.0f);
-    raise (processor.lfo[1]);
-    engine.tick (3);
-    EXPECT_GT (processor.lfo[0].phaseStepA, 1.0f);
-    EXPECT_GT (processor.lfo[0].phaseA, 1.0f);
-    EXPECT_LT (processor.lfo[0].render(), -1.0f);
+    for (const auto shape : { triangle, saw, randomTriangles })
+    {
+        TypeParam driver;
+        auto& engine = driver.engine;
+        auto& generator = engine.lfo[0];
+        driver.setTransport (somewhere);
+        driver.choose ("lfo1_shape", shape);
+        driver.set ("lfo1_speed", 1.0f);
+        driver.set ("lfo2T_lfo1", 1.0f);
+        driver.set ("lfo1T_lpf", 1.0f);
+        driver.set ("lp_freq", 0.5f);
+        driver.set ("lfo2_speed", 0.0f);
+        raise (driver, 1);
+        driver.tick (3);
+        ASSERT_GT (generator.phaseStepA, 1.0f);
+        ASSERT_GT (generator.phaseA, 1.0f);
+        ASSERT_GT (generator.phaseB, 1.0f);
+        ASSERT_GT (generator.phaseC, 1.0f);
 
-    // The curve holds the wave, and the clamp the target in either case.
-    EXPECT_EQ (processor.lpFreqSlew.target, 0.0f);
-    engine.set ("lfo1_curve", 0.9f);
-    engine.tick();
-    EXPECT_EQ (processor.lfo[0].render(), -1.0f);
+        const auto sum = triangleAt (generator.phaseB) + triangleAt (generator.phaseA) + triangleAt (generator.phaseC);
+        const auto expected = shape == triangle ? triangleAt (generator.phaseA)
+                              : shape == saw    ? 1.0f - 2.0f * generator.phaseA
+                                                : (float) ((double) sum * 0.333333333);
+        EXPECT_LT (expected, -1.0f);
+        EXPECT_EQ (generator.render(), expected) << shape;
 
-    for (const auto& [left, right] : engine.run (EngineUnderTest::noise (2, 1000)))
-        ASSERT_TRUE (std::isfinite (left) && std::isfinite (right));
+        // The curve limits the wave, and in either case the tick limits the target.
+        EXPECT_EQ (engine.lpFreqSlew.target, 0.0f);
+        driver.set ("lfo1_curve", 0.9f);
+        driver.tick();
+        EXPECT_EQ (generator.render(), -1.0f);
+
+        for (const auto& [left, right] : driver.run (EngineDriver::noise (2, 1000)))
+            ASSERT_TRUE (std::isfinite (left) && std::isfinite (right));
+    }
 }
 
-TEST (LfoRouting, LocksATempoLfoToEachOfItsLengths)
+//======================================================================================================================
+// Tempo.
+
+TYPED_TEST (LfoRouting, LocksATempoLfoToEachOfItsLengths)
 {
     constexpr std::array beats { 64.0f, 32.0f, 16.0f,       12.0f, 8.0f,        6.0f,  4.0f,        3.0f,  2.0f,
                                  1.5f,  1.0f,  2.0f / 3.0f, 0.5f,  1.0f / 3.0f, 0.25f, 1.0f / 6.0f, 0.125f };
 
     for (std::size_t k = 0; k < beats.size(); ++k)
     {
-        EngineUnderTest engine;
-        auto& generator = engine.processor.lfo[1];
-        engine.setTransport (37.3, 131.0);
-        engine.choose ("lfo2_sync", 3);
-        engine.choose ("lfo2_mode", (int) k);
-        engine.set ("lfo2_phase", 0.3f);
-        const auto phase = engine.processor.parameters.lfoPhase[1]->get();
-        const auto wanted = fractionOf (37.3 / (double) beats[k] + 0.5 - (double) phase);
+        TypeParam driver;
+        auto& generator = driver.engine.lfo[1];
+        driver.setTransport (37.3, 131.0);
+        driver.choose ("lfo2_sync", tempo);
+        driver.choose ("lfo2_mode", (int) k);
+        driver.set ("lfo2_phase", 0.3f);
+        const auto phase = driver.get ("lfo2_phase");
+        const auto target = fractionOf (37.3 / (double) beats[k] + 0.5 - (double) phase);
 
         // From the other side of the circle; the first tick has no step yet.
-        generator.phaseA = wanted < 0.5f ? wanted + 0.5f : wanted - 0.5f;
-        engine.tick();
-        EXPECT_EQ (generator.phaseA, wanted) << k;
+        generator.phaseA = target < 0.5f ? target + 0.5f : target - 0.5f;
+        driver.tick();
+        EXPECT_EQ (generator.phaseA, target) << k;
         EXPECT_EQ (generator.phaseStepA, (float) (131.0 / (double) beats[k] * 0.016666666666666666) / rate) << k;
     }
 }
 
-TEST (LfoRouting, TakesAllPhasesAndTheWalkAlongInALock)
+TYPED_TEST (LfoRouting, MovesAllPhasesInALockAndClearsTheWalk)
 {
-    EngineUnderTest engine;
-    auto& generator = engine.processor.lfo[0];
-    engine.setTransport (somewhere);
-    engine.choose ("lfo1_sync", 3);
+    TypeParam driver;
+    auto& generator = driver.engine.lfo[0];
+    driver.setTransport (somewhere);
+    driver.choose ("lfo1_sync", tempo);
     generator.walkValue = 0.9f;
-    engine.tick();
+    driver.tick();
     EXPECT_EQ (generator.phaseA, fractionOf (somewhere / 64.0));
     EXPECT_EQ (generator.phaseB, generator.phaseA);
     EXPECT_EQ (generator.phaseC, generator.phaseA);
@@ -524,171 +679,213 @@ TEST (LfoRouting, TakesAllPhasesAndTheWalkAlongInALock)
     EXPECT_EQ (generator.walkValue, 0.0f);
 }
 
-TEST (LfoRouting, SnapsATempoLfoBackOnceItHasRunAHundredthOfABeat)
+TYPED_TEST (LfoRouting, SnapsATempoLfoBackOnceItHasRunAHundredthOfABeat)
 {
-    EngineUnderTest engine;
-    auto& generator = engine.processor.lfo[0];
-    engine.setTransport (somewhere);
-    engine.choose ("lfo1_sync", 3);
-    engine.choose ("lfo1_mode", 6);
-    engine.tick();
-    const auto wanted = fractionOf (somewhere / 4.0);
-    ASSERT_EQ (generator.phaseA, wanted);
-    auto expected = wanted;
-    auto numSnaps = 0;
-
-    for (int i = 0; i < 2000; ++i)
+    for (const auto together : { 1, 7, 500 })
     {
-        // One hundredth of a beat is a four-hundredth of the cycle.
-        if (expected - wanted >= 0.01f / 4.0f)
+        TypeParam driver;
+        const auto& generator = driver.engine.lfo[0];
+        driver.set ("lfo1T_lpf", 0.9f);
+        driver.setTransport (somewhere);
+        driver.choose ("lfo1_sync", tempo);
+        driver.choose ("lfo1_mode", 6);
+        driver.tick();
+        const auto target = fractionOf (somewhere / 4.0);
+        ASSERT_EQ (generator.phaseA, target);
+        auto expected = target;
+        auto numSnaps = 0;
+
+        for (int done = 0; done < 2000; done += together)
         {
-            expected = wanted;
-            ++numSnaps;
+            for (int i = 0; i < together; ++i)
+            {
+                // One hundredth of a beat is a four-hundredth of the cycle.
+                if (expected - target >= 0.01f / 4.0f)
+                {
+                    expected = target;
+                    ++numSnaps;
+                }
+
+                expected += generator.phaseStepA;
+            }
+
+            driver.tick (together);
+            ASSERT_EQ (generator.phaseA, expected) << done;
         }
 
-        expected += generator.phaseStepA;
-        engine.tick();
-        ASSERT_EQ (generator.phaseA, expected) << i;
+        // 240 steps of half a hertz are 0.0025 cycles.
+        EXPECT_GE (numSnaps, 7);
+        EXPECT_LE (numSnaps, 8);
     }
-
-    // 240 steps of half a hertz are 0.0025 cycles.
-    EXPECT_GE (numSnaps, 7);
-    EXPECT_LE (numSnaps, 8);
 }
 
-TEST (LfoRouting, MeasuresTheLocksDistanceAroundTheCircle)
+TYPED_TEST (LfoRouting, MeasuresTheLocksDistanceAroundTheCircle)
 {
-    EngineUnderTest engine;
-    auto& generator = engine.processor.lfo[0];
-    engine.choose ("lfo1_sync", 3);
-    engine.choose ("lfo1_mode", 6);
-    engine.setTransport (4.001);
+    TypeParam driver;
+    auto& generator = driver.engine.lfo[0];
+    driver.choose ("lfo1_sync", tempo);
+    driver.choose ("lfo1_mode", 6);
+    driver.setTransport (4.001);
     generator.phaseA = 0.999f;
-    engine.tick();
+    driver.tick();
 
     // 0.00125 cycles across the wrap are near enough.
     EXPECT_EQ (generator.phaseA, 0.999f);
     generator.phaseA = 0.99f;
     generator.phaseStepA = 0.0f;
-    engine.tick();
+    driver.tick();
     EXPECT_EQ (generator.phaseA, fractionOf (4.001 / 4.0));
 }
 
-TEST (LfoRouting, FollowsAMovingTransportInTempo)
+TYPED_TEST (LfoRouting, FollowsAMovingTransportInTempo)
 {
-    EngineUnderTest engine;
-    engine.choose ("lfo1_sync", 3);
-    engine.choose ("lfo1_mode", 6);
-    engine.setTransport (1.0);
-    engine.tick();
-    EXPECT_EQ (engine.processor.lfo[0].phaseA, 0.25f);
-    engine.setTransport (3.0);
-    engine.tick();
-    EXPECT_NEAR (engine.processor.lfo[0].phaseA, 0.75f, 1.0e-4f);
-    engine.setTransport (-1.0);
-    engine.tick();
-    EXPECT_NEAR (engine.processor.lfo[0].phaseA, 0.75f, 1.0e-4f);
-    engine.setTransport (1.0);
-    engine.tick();
-    EXPECT_NEAR (engine.processor.lfo[0].phaseA, 0.25f, 1.0e-4f);
+    TypeParam driver;
+    const auto& generator = driver.engine.lfo[0];
+    driver.set ("lfo1T_lpf", 0.9f);
+    driver.choose ("lfo1_sync", tempo);
+    driver.choose ("lfo1_mode", 6);
+    driver.setTransport (1.0);
+    driver.tick();
+    EXPECT_EQ (generator.phaseA, 0.25f);
+
+    for (const auto& [beats, phase] : { std::pair { 3.0, 0.75f }, { 1.0, 0.25f }, { -1.0, 0.75f }, { 6.0, 0.5f } })
+    {
+        driver.setTransport (beats);
+        driver.tick();
+        EXPECT_NEAR (generator.phaseA, phase, 1.0e-4f) << beats;
+
+        // And stays within a hundredth of a beat of it.
+        driver.tick (1000);
+        EXPECT_NEAR (generator.phaseA, phase, 0.0026f) << beats;
+    }
 }
 
-TEST (LfoRouting, UsesThePhaseKnobInTempoAlone)
+TYPED_TEST (LfoRouting, UsesThePhaseKnobInTempoAlone)
 {
     for (int sync = 0; sync < 10; ++sync)
     {
-        EngineUnderTest centred, shifted;
+        TypeParam centred, shifted;
         shifted.set ("lfo1_phase", 0.9f);
 
-        for (auto* const engine : { &centred, &shifted })
+        for (auto* const driver : { &centred, &shifted })
         {
-            engine->setTransport (somewhere);
-            engine->choose ("lfo1_sync", sync);
-            engine->tick (10);
+            driver->keepAwake();
+            driver->setTransport (somewhere);
+            driver->choose ("lfo1_sync", sync);
+            driver->tick (manyTicks);
         }
 
-        EXPECT_EQ (centred.processor.lfo[0].phaseA != shifted.processor.lfo[0].phaseA, sync == 3) << sync;
+        EXPECT_EQ (centred.engine.lfo[0].phaseA != shifted.engine.lfo[0].phaseA, sync == tempo) << sync;
     }
 }
 
-TEST (LfoRouting, RunsATempoLfoAtItsFreeSpeedWithoutAPlayHead)
+TYPED_TEST (LfoRouting, FallsBackToFreeSpeedInTempoWithoutAPlayHead)
 {
-    EngineUnderTest engine;
-    auto& generator = engine.processor.lfo[0];
-    engine.choose ("lfo1_sync", 3);
-    engine.set ("lfo1_phase", 0.75f);
-    engine.set ("lfo2T_lfo1", 1.0f);
-    engine.tick (50);
+    TypeParam driver;
+    const auto& generator = driver.engine.lfo[0];
+    driver.keepAwake();
+    driver.choose ("lfo1_sync", tempo);
+    driver.set ("lfo1_phase", 0.75f);
+    driver.set ("lfo2T_lfo1", 1.0f);
+    driver.tick (50);
 
-    // Reset to 0, caught by the lock and one step on, tick by tick; the cross route has no say.
-    EXPECT_EQ (generator.phaseStepA, freeFrequency (engine, 0) / rate);
+    // At every tick reset to 0, locked and one step on; the cross route has no say.
+    EXPECT_EQ (generator.phaseStepA, freeFrequency (driver, 0) / rate);
     EXPECT_EQ (generator.phaseA, 0.75f + generator.phaseStepA);
 }
 
-TEST (LfoRouting, RunsATempoLfoAtItsFreeSpeedAtZeroBeatsPerMinuteAndLocksItStill)
+TYPED_TEST (LfoRouting, FallsBackToFreeSpeedAtZeroBpmAndStillLocks)
 {
-    EngineUnderTest engine;
-    auto& generator = engine.processor.lfo[0];
-    engine.setTransport (somewhere, 0.0);
-    engine.choose ("lfo1_sync", 3);
-    engine.choose ("lfo1_mode", 6);
-    engine.tick();
-    EXPECT_EQ (generator.phaseStepA, freeFrequency (engine, 0) / rate);
+    TypeParam driver;
+    const auto& generator = driver.engine.lfo[0];
+    driver.setTransport (somewhere, 0.0);
+    driver.choose ("lfo1_sync", tempo);
+    driver.choose ("lfo1_mode", 6);
+    driver.tick();
+    EXPECT_EQ (generator.phaseStepA, freeFrequency (driver, 0) / rate);
     EXPECT_EQ (generator.phaseA, fractionOf (somewhere / 4.0));
 }
 
-TEST (LfoRouting, LetsATempoLfoFeedTheOtherButNotBeFed)
+TYPED_TEST (LfoRouting, LetsATempoLfoMoveTheOtherButNotBeMoved)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.setTransport (4.0);
-    engine.choose ("lfo1_sync", 3);
-    engine.set ("lfo1T_lfo2", 1.0f);
-    engine.set ("lfo2T_lfo1", 1.0f);
-    raise (processor.lfo[1]);
-    engine.tick();
-    EXPECT_EQ (processor.lfo[0].phaseStepA, (float) (120.0 / 64.0 * 0.016666666666666666) / rate);
+    TypeParam driver;
+    auto& engine = driver.engine;
+    driver.setTransport (4.0);
+    driver.choose ("lfo1_sync", tempo);
+    driver.set ("lfo1T_lfo2", 1.0f);
+    driver.set ("lfo2T_lfo1", 1.0f);
+    raise (driver, 1);
+    driver.tick();
+    EXPECT_EQ (engine.lfo[0].phaseStepA, (float) (120.0 / 64.0 * 0.016666666666666666) / rate);
 
     // The triangle of 4/64 gives -0.75.
     const auto factor = 1.0f + -0.75f * 0.5f;
-    EXPECT_EQ (processor.lfo[1].phaseStepA, freeFrequency (engine, 1, factor * factor) / rate);
+    EXPECT_EQ (engine.lfo[1].phaseStepA, freeFrequency (driver, 1, factor * factor) / rate);
 }
 
-TEST (LfoRouting, KeepsABrownianLfoNearZeroInTempo)
-{
-    EngineUnderTest engine;
-    auto& generator = engine.processor.lfo[0];
-    generator.rng.seed (1);
-    engine.setTransport (somewhere);
-    engine.choose ("lfo1_sync", 3);
-    engine.choose ("lfo1_mode", 16);
-    engine.choose ("lfo1_shape", 5);
-    auto numReturns = 0;
+//======================================================================================================================
+// The walk of a Brownian LFO.
 
-    for (int i = 0; i < 5000; ++i)
+TYPED_TEST (LfoRouting, RestartsTheWalkAtEverySnapInTempo)
+{
+    for (const bool isTakenTogether : { false, true })
     {
-        engine.tick();
-        numReturns += std::abs (generator.walkValue) <= generator.walkStep ? 1 : 0;
-    }
+        TypeParam driver;
+        auto& generator = driver.engine.lfo[0];
+        generator.rng.seed (1);
+        driver.set ("lfo1T_lpf", 0.9f);
+        driver.setTransport (somewhere);
+        driver.choose ("lfo1_sync", tempo);
+        driver.choose ("lfo1_mode", 16);
+        driver.choose ("lfo1_shape", brownian);
+        driver.tick (2);
+        const auto target = fractionOf (somewhere / 0.125);
+        auto phase = generator.phaseA;
+        auto numLongWalks = 0;
 
-    EXPECT_GT (numReturns, 10);
+        for (int snap = 0; snap < 20; ++snap)
+        {
+            // To the last tick before the snap: a hundredth of a beat is a good twelfth of the cycle.
+            auto numTicks = 0;
+
+            for (; std::abs (phase - target) < 0.01f / 0.125f; ++numTicks)
+                phase += generator.phaseStepA;
+
+            if (isTakenTogether)
+                driver.tick (numTicks);
+            else
+                for (int i = 0; i < numTicks; ++i)
+                    driver.tick();
+
+            ASSERT_EQ (generator.phaseA, phase) << snap;
+            numLongWalks += std::abs (generator.walkValue) > 3.0f * generator.walkStep ? 1 : 0;
+
+            // The snap clears the walk, and the tick draws its first step.
+            driver.tick();
+            phase = target + generator.phaseStepA;
+            ASSERT_EQ (generator.phaseA, phase) << snap;
+            EXPECT_LE (std::abs (generator.walkValue), generator.walkStep) << snap;
+        }
+
+        EXPECT_GT (numLongWalks, 10);
+    }
 }
 
-TEST (LfoRouting, DriftsAHundredthPerSecondAtTheMostWithABrownianLfo)
+TYPED_TEST (LfoRouting, DriftsAHundredthPerSecondAtMostWithABrownianLfo)
 {
-    EngineUnderTest engine;
-    auto& generator = engine.processor.lfo[0];
+    TypeParam driver;
+    auto& generator = driver.engine.lfo[0];
     generator.rng.seed (2);
-    engine.setTransport (somewhere);
-    engine.choose ("lfo1_shape", 5);
-    engine.set ("lfo1_speed", 1.0f);
-    engine.set ("lfo1T_lpf", 1.0f);
+    driver.setTransport (somewhere);
+    driver.choose ("lfo1_shape", brownian);
+    driver.set ("lfo1_speed", 1.0f);
+    driver.set ("lfo1T_lpf", 1.0f);
     auto highest = 0.0f;
 
     for (int second = 0; second < 3; ++second)
     {
         const auto before = generator.outputSlew.current;
-        engine.runSilence (48000);
+        driver.runSilence (48000);
         EXPECT_LE (std::abs (generator.outputSlew.current - before), 0.0100001f);
         EXPECT_NE (generator.outputSlew.current, before);
         highest = std::max (highest, std::abs (generator.walkValue));
@@ -697,30 +894,33 @@ TEST (LfoRouting, DriftsAHundredthPerSecondAtTheMostWithABrownianLfo)
     EXPECT_GT (highest, 0.05f);
 }
 
-TEST (LfoRouting, WalksTheSameFromTheSameSeed)
+TYPED_TEST (LfoRouting, WalksTheSameFromTheSameSeed)
 {
     const auto rendered = [] (std::uint32_t seed)
     {
-        EngineUnderTest engine;
-        engine.processor.lfo[0].rng.seed (seed);
-        engine.processor.lfo[1].rng.seed (seed + 1);
-        engine.setTransport (somewhere);
-        engine.set ("lp_freq", 0.5f);
+        TypeParam driver;
+        driver.engine.lfo[0].rng.seed (seed);
+        driver.engine.lfo[1].rng.seed (seed + 1);
+        driver.setTransport (somewhere);
+        driver.set ("lp_freq", 0.5f);
 
         for (const auto number : { 1, 2 })
         {
-            engine.choose (lfoId (number, "_shape"), 5);
-            engine.set (lfoId (number, "_speed"), 1.0f);
-            engine.set (lfoId (number, "T_lpf"), 1.0f);
+            driver.choose (lfoId (number, "_shape"), brownian);
+            driver.set (lfoId (number, "_speed"), 1.0f);
+            driver.set (lfoId (number, "T_lpf"), 1.0f);
         }
 
-        return engine.run (EngineUnderTest::noise (3, 20000));
+        return driver.run (EngineDriver::noise (3, 20000));
     };
     EXPECT_EQ (rendered (5), rendered (5));
     EXPECT_NE (rendered (5), rendered (6));
 }
 
-TEST (LfoRouting, LocksBothLfosToTheBarsInAReservedShape)
+//======================================================================================================================
+// The bar lock of the reserved shapes.
+
+TYPED_TEST (LfoRouting, LocksBothLfosToTheBarsInAReservedShape)
 {
     struct Case
     {
@@ -728,19 +928,19 @@ TEST (LfoRouting, LocksBothLfosToTheBarsInAReservedShape)
         float bars;
     };
 
-    for (const auto& [shape, bars] : { Case { 6, 1.0f }, Case { 7, 16.0f } })
+    for (const auto& [shape, bars] : { Case { reservedPulse, 1.0f }, Case { reservedSum, 16.0f } })
     {
-        EngineUnderTest engine;
-        auto& processor = engine.processor;
-        engine.setTransport (7.3, 133.0, { 6, 8 });
-        engine.choose ("lfo1_mode", 8);
-        engine.choose ("lfo2_mode", 10);
-        engine.choose ("lfo2_shape", shape);
-        engine.tick();
+        TypeParam driver;
+        driver.keepAwake();
+        driver.setTransport (7.3, 133.0, 6, 8);
+        driver.choose ("lfo1_mode", 8);
+        driver.choose ("lfo2_mode", 10);
+        driver.choose ("lfo2_shape", shape);
+        driver.tick (manyTicks);
 
         for (std::size_t i = 0; i < 2; ++i)
         {
-            const auto& generator = processor.lfo[i];
+            const auto& generator = driver.engine.lfo[i];
             const auto span = bars * (i == 0 ? 2.0f : 1.0f);
             const auto period = rate * 60.0f * 0.75f * span / 133.0f;
             EXPECT_EQ (generator.phaseStepA, (float) (1.0 / (double) period));
@@ -752,66 +952,91 @@ TEST (LfoRouting, LocksBothLfosToTheBarsInAReservedShape)
     }
 }
 
-TEST (LfoRouting, GivesLfoTwoItsOwnStepsBackWhenLfoOneIsLockedToTheBars)
+TYPED_TEST (LfoRouting, GivesLfoTwoItsOwnStepsBackWhenLfoOneIsLockedToTheBars)
 {
-    EngineUnderTest engine;
-    auto& processor = engine.processor;
-    engine.setTransport (7.3);
-    engine.choose ("lfo1_shape", 6);
-    engine.tick();
-    EXPECT_EQ (processor.lfo[1].phaseStepA, freeFrequency (engine, 1) / rate);
-    EXPECT_EQ (processor.lfo[0].phaseStepA, (float) (1.0 / (double) (rate * 60.0f * 64.0f / 120.0f)));
-    EXPECT_TRUE (processor.lfo[1].followReference);
+    TypeParam driver;
+    const auto& engine = driver.engine;
+    driver.keepAwake();
+    driver.setTransport (7.3);
+    driver.choose ("lfo1_shape", reservedPulse);
+    driver.tick (manyTicks);
+    EXPECT_EQ (engine.lfo[1].phaseStepA, freeFrequency (driver, 1) / rate);
+    EXPECT_EQ (engine.lfo[0].phaseStepA, (float) (1.0 / (double) (rate * 60.0f * 64.0f / 120.0f)));
+    EXPECT_TRUE (engine.lfo[1].followReference);
 }
 
-TEST (LfoRouting, TakesAPositionOfZeroForOneInTheBarLock)
+TYPED_TEST (LfoRouting, TreatsPositionZeroAsAPositionInTheBarLock)
 {
-    EngineUnderTest engine;
-    auto& generator = engine.processor.lfo[1];
-    engine.setTransport (0.0);
-    engine.choose ("lfo2_shape", 6);
-    engine.choose ("lfo2_mode", 6);
-    engine.tick();
+    TypeParam driver;
+    const auto& generator = driver.engine.lfo[1];
+    driver.keepAwake();
+    driver.setTransport (0.0);
+    driver.choose ("lfo2_shape", reservedPulse);
+    driver.choose ("lfo2_mode", 6);
+    driver.tick (manyTicks);
     EXPECT_EQ (generator.phaseStepA, (float) (1.0 / (double) (rate * 60.0f * 4.0f / 120.0f)));
 
     // The start of a bar is no phase to follow.
     EXPECT_FALSE (generator.followReference);
 }
 
-TEST (LfoRouting, StandsStillInAReservedShapeWithoutAPosition)
+TYPED_TEST (LfoRouting, StandsStillInAReservedShapeWithoutAPosition)
 {
     for (const auto hasPlayHead : { false, true })
     {
-        EngineUnderTest engine;
-        auto& generator = engine.processor.lfo[1];
+        TypeParam driver;
+        const auto& generator = driver.engine.lfo[1];
 
         if (hasPlayHead)
-            engine.processor.setPlayHead (&engine.playHead);
+            driver.setTransportWithoutPosition();
 
-        engine.choose ("lfo2_shape", 7);
-        engine.tick (5);
-        EXPECT_EQ (generator.shape, LfoGenerator::reservedSum);
+        driver.keepAwake();
+        driver.choose ("lfo2_shape", reservedSum);
+        driver.tick (manyTicks);
+        EXPECT_EQ (generator.shape, reservedSum);
         EXPECT_EQ (generator.phaseStepA, 0.0f);
         EXPECT_EQ (generator.phaseA, 0.0f);
         EXPECT_FALSE (generator.followReference);
     }
 }
 
-TEST (LfoRouting, NeverStopsFollowingOnceABarLockHasBegun)
+TYPED_TEST (LfoRouting, NeverStopsFollowingOnceABarLockHasBegun)
 {
-    EngineUnderTest engine;
-    auto& generator = engine.processor.lfo[0];
-    engine.setTransport (7.3);
-    engine.choose ("lfo1_shape", 6);
-    engine.tick();
-    engine.choose ("lfo1_shape", 1);
-    engine.tick();
+    TypeParam driver;
+    auto& generator = driver.engine.lfo[0];
+    driver.setTransport (7.3);
+    driver.choose ("lfo1_shape", reservedPulse);
+    driver.tick();
+    driver.choose ("lfo1_shape", triangle);
+    driver.tick();
     EXPECT_TRUE (generator.followReference);
 
     // It acts on a reserved shape alone: the triangle runs free.
     generator.phaseA = 0.25f;
     generator.referencePhase = 0.3f;
     const auto step = generator.phaseStepA;
-    engine.tick();
+    driver.tick();
     EXPECT_EQ (generator.phaseA, 0.25f + step);
+}
+
+TYPED_TEST (LfoRouting, SurvivesATransportThatIsNotFinite)
+{
+    constexpr auto quietNaN = std::numeric_limits<double>::quiet_NaN();
+    constexpr auto infinity = std::numeric_limits<double>::infinity();
+
+    for (const auto strange : { quietNaN, infinity, 1.0e300, -infinity })
+        for (const auto sync : { 0, drunk, tempo })
+            for (const auto shape : { triangle, randomTriangles, brownian, reservedPulse, reservedSum })
+            {
+                TypeParam driver;
+                driver.setTransport (strange, strange);
+                driver.choose ("lfo1_shape", shape);
+                driver.choose ("lfo1_sync", sync);
+                driver.set ("lfo1T_lpf", 1.0f);
+                driver.set ("seq4_lpf", 0.8f);
+                driver.runSilence (300);
+                EXPECT_GE (driver.engine.lpFreqSlew.target, 0.0f);
+                EXPECT_LE (driver.engine.lpFreqSlew.target, 1.0f);
+                EXPECT_TRUE (std::isfinite (driver.lpFilter().limitedCutoff));
+            }
 }
