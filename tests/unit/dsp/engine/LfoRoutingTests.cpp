@@ -677,6 +677,19 @@ TYPED_TEST (LfoRouting, MovesAllPhasesInALockAndClearsTheWalk)
     EXPECT_EQ (generator.phaseC, generator.phaseA);
     EXPECT_EQ (generator.referencePhase, generator.phaseA);
     EXPECT_EQ (generator.walkValue, 0.0f);
+
+    // And in the first of many ticks, where the transport jumps. From there on the phases drift apart by their own speeds.
+    driver.set ("lfo1T_lpf", 0.9f);
+    driver.tick (manyTicks);
+    generator.walkValue = 0.9f;
+    generator.phaseB = 0.9f;
+    generator.phaseC = 0.9f;
+    driver.setTransport (somewhere + 20.0);
+    driver.tick (manyTicks);
+    EXPECT_NEAR (generator.phaseA, fractionOf ((somewhere + 20.0) / 64.0), 1.0e-3f);
+    EXPECT_NEAR (generator.phaseB, generator.phaseA, 1.0e-3f);
+    EXPECT_NEAR (generator.phaseC, generator.phaseA, 1.0e-3f);
+    EXPECT_EQ (generator.walkValue, 0.0f);
 }
 
 TYPED_TEST (LfoRouting, SnapsATempoLfoBackOnceItHasRunAHundredthOfABeat)
