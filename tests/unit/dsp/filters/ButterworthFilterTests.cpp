@@ -9,12 +9,14 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/ReferenceFilters.h"
+#include "support/BothEngines.h"
 #include "support/Response.h"
 
 namespace
 {
 constexpr double rate = 48000.0;
-constexpr auto notANumber = std::numeric_limits<double>::quiet_NaN();
+constexpr auto quietNaN = std::numeric_limits<double>::quiet_NaN();
 
 /** The single-precision 0.498. */
 constexpr double limit = (double) 0.498f;
@@ -25,9 +27,10 @@ constexpr double roundingOfTheSections = 1.0e-10;
 
 constexpr std::size_t framesUntilSilence = 40000;
 
-[[nodiscard]] ButterworthFilter designed (unsigned order, bool highpass, double cutoff, double atRate = rate)
+template <typename Filter>
+[[nodiscard]] Filter designed (unsigned order, bool highpass, double cutoff, double atRate = rate)
 {
-    ButterworthFilter filter;
+    Filter filter;
     filter.design (order, highpass, cutoff, atRate);
     return filter;
 }
@@ -42,7 +45,8 @@ constexpr std::size_t framesUntilSilence = 40000;
 [[nodiscard]] double tangentOf (double frequency) { return std::tan (std::numbers::pi * frequency / rate); }
 
 /** The quality factor of a section, from its denominator mapped back to the analogue plane. */
-[[nodiscard]] double qOf (const ButterworthFilter& filter, std::size_t section)
+template <typename Filter>
+[[nodiscard]] double qOf (const Filter& filter, std::size_t section)
 {
     const auto f1 = filter.feedback1[section];
     const auto f2 = filter.feedback2[section];
@@ -88,15 +92,23 @@ struct LiteralCascade
             sections[i] = {};
     }
 };
+
+template <typename ButterworthFilter>
+class ButterworthFilters : public testing::Test
+{
+};
+
+using ButterworthFilterTypes = BothEngines<ButterworthFilter, reference::ButterworthFilter>;
+TYPED_TEST_SUITE (ButterworthFilters, ButterworthFilterTypes, BothEngineNames);
 } // namespace
 
-TEST (ButterworthFilter, HasTheMagnitudeOfItsOrder)
+TYPED_TEST (ButterworthFilters, HasTheMagnitudeOfItsOrder)
 {
     for (const auto order : { 2u, 4u, 8u })
         for (const auto highpass : { false, true })
             for (const auto cutoff : { 100.0, 1000.0, 12000.0, 20000.0 })
             {
-                auto filter = designed (order, highpass, cutoff);
+                auto filter = designed<TypeParam> (order, highpass, cutoff);
                 const auto impulseResponse = response::toImpulse (filter, framesUntilSilence);
 
                 for (const auto f : { 10.0, 90.0, 500.0, 999.0, 3000.0, 12000.0, 19000.0, 23500.0 })
@@ -108,13 +120,13 @@ TEST (ButterworthFilter, HasTheMagnitudeOfItsOrder)
             }
 }
 
-TEST (ButterworthFilter, IsThreeDecibelsDownAtItsCutoff)
+TYPED_TEST (ButterworthFilters, IsThreeDecibelsDownAtItsCutoff)
 {
     for (const auto order : { 2u, 4u, 8u })
         for (const auto highpass : { false, true })
             for (const auto cutoff : { 100.0, 440.0, 5000.0, 23000.0 })
             {
-                auto filter = designed (order, highpass, cutoff);
+                auto filter = designed<TypeParam> (order, highpass, cutoff);
                 const auto impulseResponse = response::toImpulse (filter, framesUntilSilence);
                 EXPECT_NEAR (response::magnitude (impulseResponse, cutoff / rate), std::sqrt (0.5),
                              roundingOfTheSections)
@@ -122,7 +134,7 @@ TEST (ButterworthFilter, IsThreeDecibelsDownAtItsCutoff)
             }
 }
 
-TEST (ButterworthFilter, OrdersItsSectionsByFallingQ)
+TYPED_TEST (ButterworthFilters, OrdersItsSectionsByFallingQ)
 {
     const std::array<std::vector<double>, 3> table {
         { { 0.7071 }, { 1.3066, 0.5412 }, { 2.5629, 0.9000, 0.6013, 0.5098 } }
@@ -132,7 +144,7 @@ TEST (ButterworthFilter, OrdersItsSectionsByFallingQ)
         for (const auto highpass : { false, true })
             for (const auto cutoff : { 50.0, 1000.0, 15000.0 })
             {
-                const auto filter = designed (2u << row, highpass, cutoff);
+                const auto filter = designed<TypeParam> (2u << row, highpass, cutoff);
                 const auto n = (double) table[row].size();
                 ASSERT_EQ (filter.numSections, table[row].size());
 
@@ -146,11 +158,11 @@ TEST (ButterworthFilter, OrdersItsSectionsByFallingQ)
             }
 }
 
-TEST (ButterworthFilter, ChangesNothingAtOrderZero)
+TYPED_TEST (ButterworthFilters, ChangesNothingAtOrderZero)
 {
     for (const auto highpass : { false, true })
     {
-        auto filter = designed (0, highpass, 1000.0);
+        auto filter = designed<TypeParam> (0, highpass, 1000.0);
 
         for (const auto x : { 0.0, 1.0, -0.3, 1.0e30, 5.0e-324 })
         {
@@ -165,12 +177,12 @@ TEST (ButterworthFilter, ChangesNothingAtOrderZero)
 
 // The first-order section takes its cutoff as it is, without the tangent: its -3 dB point lies below it, the more so the
 // higher it is.
-TEST (ButterworthFilter, DoesNotPrewarpAtOrderOne)
+TYPED_TEST (ButterworthFilters, DoesNotPrewarpAtOrderOne)
 {
     for (const auto cutoff : { 30.0, 1000.0, 12000.0, 40000.0 })
     {
-        auto lowpass = designed (1, false, cutoff);
-        auto highpass = designed (1, true, cutoff);
+        auto lowpass = designed<TypeParam> (1, false, cutoff);
+        auto highpass = designed<TypeParam> (1, true, cutoff);
         const auto low = response::toImpulse (lowpass, framesUntilSilence);
         const auto high = response::toImpulse (highpass, framesUntilSilence);
 
@@ -183,10 +195,10 @@ TEST (ButterworthFilter, DoesNotPrewarpAtOrderOne)
     }
 }
 
-TEST (ButterworthFilter, MakesTheFirstOrderHighpassTheComplementOfTheLowpass)
+TYPED_TEST (ButterworthFilters, MakesTheFirstOrderHighpassTheComplementOfTheLowpass)
 {
-    auto lowpass = designed (1, false, 700.0);
-    auto highpass = designed (1, true, 700.0);
+    auto lowpass = designed<TypeParam> (1, false, 700.0);
+    auto highpass = designed<TypeParam> (1, true, 700.0);
 
     for (const auto x : response::noise (1, 1000))
     {
@@ -198,10 +210,10 @@ TEST (ButterworthFilter, MakesTheFirstOrderHighpassTheComplementOfTheLowpass)
     }
 }
 
-TEST (ButterworthFilter, GivesSilenceAsAFirstOrderLowpassAtZeroAndAllAsAHighpass)
+TYPED_TEST (ButterworthFilters, GivesSilenceAsAFirstOrderLowpassAtZeroAndAllAsAHighpass)
 {
-    auto lowpass = designed (1, false, 0.0);
-    auto highpass = designed (1, true, 0.0);
+    auto lowpass = designed<TypeParam> (1, false, 0.0);
+    auto highpass = designed<TypeParam> (1, true, 0.0);
 
     for (const auto x : response::noise (2, 1000))
     {
@@ -215,9 +227,9 @@ TEST (ButterworthFilter, GivesSilenceAsAFirstOrderLowpassAtZeroAndAllAsAHighpass
     }
 }
 
-TEST (ButterworthFilter, HoldsItsLastOutputAsAFirstOrderLowpassAtZero)
+TYPED_TEST (ButterworthFilters, HoldsItsLastOutputAsAFirstOrderLowpassAtZero)
 {
-    auto filter = designed (1, false, 1000.0);
+    auto filter = designed<TypeParam> (1, false, 1000.0);
     response::toNoise (filter, 3, 50);
     auto left = 0.25, right = 0.25;
     filter.process (left, right);
@@ -229,9 +241,9 @@ TEST (ButterworthFilter, HoldsItsLastOutputAsAFirstOrderLowpassAtZero)
     EXPECT_NE (left, 0.0);
 }
 
-TEST (ButterworthFilter, KeepsTheDelayLinesOfLiveSectionsWhenTheOrderFalls)
+TYPED_TEST (ButterworthFilters, KeepsTheDelayLinesOfLiveSectionsWhenTheOrderFalls)
 {
-    auto filter = designed (8, false, 900.0);
+    auto filter = designed<TypeParam> (8, false, 900.0);
     LiteralCascade literal;
     const auto input = response::noise (4, 600);
 
@@ -252,13 +264,13 @@ TEST (ButterworthFilter, KeepsTheDelayLinesOfLiveSectionsWhenTheOrderFalls)
     }
 }
 
-TEST (ButterworthFilter, EqualsItsSectionsInEveryBit)
+TYPED_TEST (ButterworthFilters, EqualsItsSectionsInEveryBit)
 {
     for (const auto highpass : { false, true })
         for (const auto numSections : { 1u, 2u, 4u })
             for (const auto cutoff : { 20.0, 777.7, 23000.0 })
             {
-                auto filter = designed (2 * numSections, highpass, cutoff);
+                auto filter = designed<TypeParam> (2 * numSections, highpass, cutoff);
                 LiteralCascade literal;
 
                 for (const auto x : response::noise (5, 500))
@@ -271,11 +283,11 @@ TEST (ButterworthFilter, EqualsItsSectionsInEveryBit)
             }
 }
 
-TEST (ButterworthFilter, BringsSectionsBackFromSilence)
+TYPED_TEST (ButterworthFilters, BringsSectionsBackFromSilence)
 {
     for (const auto detour : { 0u, 1u })
     {
-        auto filter = designed (8, false, 500.0);
+        auto filter = designed<TypeParam> (8, false, 500.0);
         response::toNoise (filter, 6, 300);
         filter.design (detour, false, 500.0, rate);
         filter.design (8, false, 500.0, rate);
@@ -285,17 +297,17 @@ TEST (ButterworthFilter, BringsSectionsBackFromSilence)
     }
 }
 
-TEST (ButterworthFilter, KeepsRingingThroughAChangeOfCutoffRateAndKind)
+TYPED_TEST (ButterworthFilters, KeepsRingingThroughAChangeOfCutoffRateAndKind)
 {
-    auto filter = designed (4, false, 500.0);
+    auto filter = designed<TypeParam> (4, false, 500.0);
     response::toNoise (filter, 7, 300);
     filter.design (4, true, 5000.0, 96000.0);
     EXPECT_NE (response::toSilence (filter, 1).front(), 0.0);
 }
 
-TEST (ButterworthFilter, KeepsTheFirstOrderSectionsStateThroughEveryDesign)
+TYPED_TEST (ButterworthFilters, KeepsTheFirstOrderSectionsStateThroughEveryDesign)
 {
-    auto filter = designed (1, false, 300.0);
+    auto filter = designed<TypeParam> (1, false, 300.0);
     response::toNoise (filter, 8, 200);
     auto untouched = filter;
 
@@ -309,40 +321,40 @@ TEST (ButterworthFilter, KeepsTheFirstOrderSectionsStateThroughEveryDesign)
     EXPECT_EQ (response::toNoise (filter, 10, 200), response::toNoise (untouched, 10, 200));
 }
 
-TEST (ButterworthFilter, LimitsTheCutoffOfItsSectionsJustBelowHalfTheRate)
+TYPED_TEST (ButterworthFilters, LimitsTheCutoffOfItsSectionsJustBelowHalfTheRate)
 {
     for (const auto highpass : { false, true })
         for (const auto cutoff : { 0.5 * rate, 0.75 * rate, rate, 1.0e9 })
         {
-            auto atLimit = designed (4, highpass, limit * rate);
-            auto above = designed (4, highpass, cutoff);
+            auto atLimit = designed<TypeParam> (4, highpass, limit * rate);
+            auto above = designed<TypeParam> (4, highpass, cutoff);
             EXPECT_EQ (above.limitedCutoff, limit * rate);
             EXPECT_EQ (response::toNoise (above, 11, 200), response::toNoise (atLimit, 11, 200));
         }
 
-    EXPECT_EQ (designed (2, false, 0.4979 * rate).limitedCutoff, 0.4979 * rate);
+    EXPECT_EQ (designed<TypeParam> (2, false, 0.4979 * rate).limitedCutoff, 0.4979 * rate);
 }
 
-TEST (ButterworthFilter, DoesNotLimitTheCutoffAtOrderOne)
+TYPED_TEST (ButterworthFilters, DoesNotLimitTheCutoffAtOrderOne)
 {
     auto previous = 1.0;
 
     for (const auto cutoff : { 0.498 * rate, 0.5 * rate, 0.75 * rate, 2.0 * rate, 1000.0 * rate })
     {
-        const auto filter = designed (1, false, cutoff);
+        const auto filter = designed<TypeParam> (1, false, cutoff);
         EXPECT_LT (filter.firstOrderFeedback, previous);
         EXPECT_GT (filter.firstOrderFeedback, -1.0);
         previous = filter.firstOrderFeedback;
     }
 
-    EXPECT_NEAR (designed (1, false, 1.0e12).firstOrderFeedback, -1.0, 1.0e-6);
+    EXPECT_NEAR (designed<TypeParam> (1, false, 1.0e12).firstOrderFeedback, -1.0, 1.0e-6);
 }
 
-TEST (ButterworthFilter, TreatsBothChannelsAlikeAndApart)
+TYPED_TEST (ButterworthFilters, TreatsBothChannelsAlikeAndApart)
 {
     for (const auto order : { 1u, 2u, 8u })
     {
-        auto both = designed (order, true, 400.0);
+        auto both = designed<TypeParam> (order, true, 400.0);
         auto leftOnly = both;
         auto rightOnly = both;
         const auto lefts = response::noise (12, 300);
@@ -362,11 +374,11 @@ TEST (ButterworthFilter, TreatsBothChannelsAlikeAndApart)
     }
 }
 
-TEST (ButterworthFilter, GivesTheSameHoweverOftenItIsDesignedAnew)
+TYPED_TEST (ButterworthFilters, GivesTheSameHoweverOftenItIsDesignedAgain)
 {
     for (const auto order : { 0u, 1u, 2u, 4u, 8u })
     {
-        auto once = designed (order, false, 1234.5);
+        auto once = designed<TypeParam> (order, false, 1234.5);
         auto always = once;
 
         for (const auto x : response::noise (14, 300))
@@ -381,23 +393,23 @@ TEST (ButterworthFilter, GivesTheSameHoweverOftenItIsDesignedAnew)
     }
 }
 
-TEST (ButterworthFilter, StaysFiniteAtEveryCutoffAndRate)
+TYPED_TEST (ButterworthFilters, StaysFiniteAtEveryCutoffAndRate)
 {
     for (const auto atRate : { 999.1, 8000.0, 22050.0, 192000.0, 1.0e10 })
         for (const auto cutoff : { 0.0, 1.0e-3, 20.0, 20000.0, 1.0e15 })
             for (const auto order : { 1u, 2u, 4u, 8u })
                 for (const auto highpass : { false, true })
                 {
-                    auto filter = designed (order, highpass, cutoff, atRate);
+                    auto filter = designed<TypeParam> (order, highpass, cutoff, atRate);
 
                     for (const auto y : response::toNoise (filter, 15, 500))
                         ASSERT_LT (std::abs (y), 100.0) << order << ' ' << cutoff << ' ' << atRate;
                 }
 }
 
-TEST (ButterworthFilter, StaysPoisonedByANotANumberCutoffUntilItsSectionsAreCleared)
+TYPED_TEST (ButterworthFilters, StaysNaNAfterANaNCutoffUntilItsSectionsAreCleared)
 {
-    auto filter = designed (4, false, notANumber);
+    auto filter = designed<TypeParam> (4, false, quietNaN);
     EXPECT_TRUE (std::isnan (filter.limitedCutoff));
     response::toNoise (filter, 16, 10);
 
@@ -406,6 +418,6 @@ TEST (ButterworthFilter, StaysPoisonedByANotANumberCutoffUntilItsSectionsAreClea
 
     filter.design (0, false, 1000.0, rate);
     filter.design (4, false, 1000.0, rate);
-    auto fresh = designed (4, false, 1000.0);
+    auto fresh = designed<TypeParam> (4, false, 1000.0);
     EXPECT_EQ (response::toNoise (filter, 17, 100), response::toNoise (fresh, 17, 100));
 }

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/ReferenceFilters.h"
+#include "support/BothEngines.h"
 #include "support/Response.h"
 
 namespace
@@ -15,9 +17,10 @@ constexpr double rate = 48000.0;
 constexpr double highpassGain = 15.0;
 constexpr double lowpassGain = 80.0;
 
-[[nodiscard]] GrungeLadder configured (int stages, bool highpass, double cutoff, double resonance)
+template <typename Filter>
+[[nodiscard]] Filter configured (int stages, bool highpass, double cutoff, double resonance)
 {
-    GrungeLadder ladder;
+    Filter ladder;
     ladder.configure (stages, highpass, cutoff, resonance, highpass ? highpassGain : lowpassGain, rate);
     return ladder;
 }
@@ -37,13 +40,21 @@ constexpr double lowpassGain = 80.0;
     const auto numerator = highpass ? a * a * std::sqrt (2.0 - 2.0 * c) : 1.0 - a;
     return numerator / std::sqrt (1.0 + a * a - 2.0 * a * c);
 }
+
+template <typename GrungeLadder>
+class GrungeLadders : public testing::Test
+{
+};
+
+using GrungeLadderTypes = BothEngines<GrungeLadder, reference::GrungeLadder>;
+TYPED_TEST_SUITE (GrungeLadders, GrungeLadderTypes, BothEngineNames);
 } // namespace
 
-TEST (GrungeLadder, ChangesNothingWithoutStages)
+TYPED_TEST (GrungeLadders, ChangesNothingWithoutStages)
 {
     for (const auto highpass : { false, true })
     {
-        auto ladder = configured (0, highpass, 1000.0, 10.0);
+        auto ladder = configured<TypeParam> (0, highpass, 1000.0, 10.0);
 
         for (const auto x : response::noise (1, 100))
         {
@@ -55,13 +66,13 @@ TEST (GrungeLadder, ChangesNothingWithoutStages)
     }
 }
 
-TEST (GrungeLadder, IsALinearCascadeOfOnePoleStagesWithoutResonance)
+TYPED_TEST (GrungeLadders, IsALinearCascadeOfOnePoleStagesWithoutResonance)
 {
     for (const auto stages : { 1, 2, 4, 8 })
         for (const auto highpass : { false, true })
             for (const auto cutoff : { 300.0, 4000.0, 20000.0 })
             {
-                auto ladder = configured (stages, highpass, cutoff, 0.0);
+                auto ladder = configured<TypeParam> (stages, highpass, cutoff, 0.0);
                 const auto impulseResponse = response::toImpulse (ladder, 10000);
 
                 // Linear stages of a gain of at most 1, in double precision.
@@ -72,12 +83,12 @@ TEST (GrungeLadder, IsALinearCascadeOfOnePoleStagesWithoutResonance)
             }
 }
 
-TEST (GrungeLadder, HasNoPeakAtTheCutoffWithoutResonance)
+TYPED_TEST (GrungeLadders, HasNoPeakAtTheCutoffWithoutResonance)
 {
     for (const auto stages : { 1, 2, 4, 8 })
         for (const auto highpass : { false, true })
         {
-            auto ladder = configured (stages, highpass, 1000.0, 0.0);
+            auto ladder = configured<TypeParam> (stages, highpass, 1000.0, 0.0);
             const auto impulseResponse = response::toImpulse (ladder, 10000);
             const auto passband = response::magnitude (impulseResponse, highpass ? 0.5 : 0.0);
 
@@ -86,17 +97,17 @@ TEST (GrungeLadder, HasNoPeakAtTheCutoffWithoutResonance)
         }
 }
 
-TEST (GrungeLadder, TakesTheFourthPowerOfTheResonance)
+TYPED_TEST (GrungeLadders, TakesTheFourthPowerOfTheResonance)
 {
-    EXPECT_EQ (configured (1, true, 1000.0, 10.0).grunge, 150000.0);
-    EXPECT_EQ (configured (1, false, 1000.0, 10.0).grunge, 800000.0);
-    EXPECT_EQ (configured (1, false, 1000.0, 0.5).grunge, 5.0);
-    EXPECT_EQ (configured (1, false, 1000.0, 0.0).grunge, 0.0);
+    EXPECT_EQ (configured<TypeParam> (1, true, 1000.0, 10.0).grunge, 150000.0);
+    EXPECT_EQ (configured<TypeParam> (1, false, 1000.0, 10.0).grunge, 800000.0);
+    EXPECT_EQ (configured<TypeParam> (1, false, 1000.0, 0.5).grunge, 5.0);
+    EXPECT_EQ (configured<TypeParam> (1, false, 1000.0, 0.0).grunge, 0.0);
 }
 
-TEST (GrungeLadder, SlowsALowpassStageInItsMemory)
+TYPED_TEST (GrungeLadders, SlowsALowpassStageInItsMemory)
 {
-    auto ladder = configured (1, false, 1000.0, 0.5);
+    auto ladder = configured<TypeParam> (1, false, 1000.0, 0.5);
     const auto a = poleOf (1000.0), b = 1.0 - a, k = 5.0;
 
     const auto first = b / (k * (1.0 - b) + 1.0);
@@ -114,9 +125,9 @@ TEST (GrungeLadder, SlowsALowpassStageInItsMemory)
     EXPECT_DOUBLE_EQ (left, second);
 }
 
-TEST (GrungeLadder, KeepsTheMemoryOfAHighpassStageLinear)
+TYPED_TEST (GrungeLadders, KeepsTheMemoryOfAHighpassStageLinear)
 {
-    auto ladder = configured (1, true, 1000.0, 0.5);
+    auto ladder = configured<TypeParam> (1, true, 1000.0, 0.5);
     const auto a = poleOf (1000.0), b = 1.0 - a, k = 15.0 / 16.0;
     const auto mixed = [=] (double x, double prediction)
     {
@@ -134,7 +145,7 @@ TEST (GrungeLadder, KeepsTheMemoryOfAHighpassStageLinear)
     EXPECT_NEAR (left, mixed (-0.5, b * -0.5 + a * b), 1.0e-15);
 }
 
-TEST (GrungeLadder, NeverRaisesTheLevelAtTheCutoffWithTheResonance)
+TYPED_TEST (GrungeLadders, NeverRaisesTheLevelAtTheCutoffWithTheResonance)
 {
     for (const auto stages : { 1, 2, 4, 8 })
         for (const auto highpass : { false, true })
@@ -145,7 +156,7 @@ TEST (GrungeLadder, NeverRaisesTheLevelAtTheCutoffWithTheResonance)
 
                     for (const auto resonance : { 0.0, 0.02, 0.1, 0.3, 1.0, 3.0, 10.0 })
                     {
-                        auto ladder = configured (stages, highpass, cutoff, resonance);
+                        auto ladder = configured<TypeParam> (stages, highpass, cutoff, resonance);
                         const auto level = response::levelOfSine (ladder, cutoff / rate, amplitude, 9600);
                         EXPECT_LE (level, previous * (1.0 + 1.0e-9))
                             << stages << (highpass ? " highpass " : " lowpass ") << cutoff << ", amplitude "
@@ -155,14 +166,14 @@ TEST (GrungeLadder, NeverRaisesTheLevelAtTheCutoffWithTheResonance)
                 }
 }
 
-TEST (GrungeLadder, NeverSwingsByItself)
+TYPED_TEST (GrungeLadders, NeverSwingsByItself)
 {
     for (const auto stages : { 1, 4, 8 })
         for (const auto highpass : { false, true })
             for (const auto cutoff : { 100.0, 5000.0, 15000.0 })
                 for (const auto resonance : { 0.0, 0.3, 10.0 })
                 {
-                    auto ladder = configured (stages, highpass, cutoff, resonance);
+                    auto ladder = configured<TypeParam> (stages, highpass, cutoff, resonance);
                     response::toNoise (ladder, 2, 500);
 
                     // One frame of the tail may carry what the last input left in the chain; from then on it only falls.
@@ -178,12 +189,12 @@ TEST (GrungeLadder, NeverSwingsByItself)
                 }
 }
 
-TEST (GrungeLadder, MufflesALoudSoundAndPassesAQuietOne)
+TYPED_TEST (GrungeLadders, MufflesALoudSoundAndPassesAQuietOne)
 {
     constexpr auto frequency = 500.0 / rate;
-    auto linear = configured (4, false, 2000.0, 0.0);
-    auto loud = configured (4, false, 2000.0, 10.0);
-    auto quiet = configured (4, false, 2000.0, 10.0);
+    auto linear = configured<TypeParam> (4, false, 2000.0, 0.0);
+    auto loud = configured<TypeParam> (4, false, 2000.0, 10.0);
+    auto quiet = configured<TypeParam> (4, false, 2000.0, 10.0);
 
     const auto linearGain = response::levelOfSine (linear, frequency, 1.0, 9600);
     const auto loudGain = response::levelOfSine (loud, frequency, 1.0, 9600);
@@ -193,9 +204,9 @@ TEST (GrungeLadder, MufflesALoudSoundAndPassesAQuietOne)
     EXPECT_NEAR (quietGain, linearGain, 0.01 * linearGain);
 }
 
-TEST (GrungeLadder, ReturnsToItsLinearFormInSilence)
+TYPED_TEST (GrungeLadders, ReturnsToItsLinearFormInSilence)
 {
-    auto ladder = configured (1, false, 1000.0, 0.5);
+    auto ladder = configured<TypeParam> (1, false, 1000.0, 0.5);
     const auto a = poleOf (1000.0);
     response::toNoise (ladder, 3, 100);
     const auto tail = response::toSilence (ladder, 400);
@@ -205,13 +216,13 @@ TEST (GrungeLadder, ReturnsToItsLinearFormInSilence)
     EXPECT_NEAR (tail[798] / tail[796], a, 1.0e-6);
 }
 
-TEST (GrungeLadder, LetsTheCutoffRunAboveHalfTheRate)
+TYPED_TEST (GrungeLadders, LetsTheCutoffRunAboveHalfTheRate)
 {
     auto previous = 1.0;
 
     for (const auto cutoff : { 0.3 * rate, 0.498 * rate, 0.5 * rate, rate, 100.0 * rate })
     {
-        const auto ladder = configured (1, false, cutoff, 0.0);
+        const auto ladder = configured<TypeParam> (1, false, cutoff, 0.0);
         EXPECT_NEAR (ladder.poleCoefficient, poleOf (cutoff), 1.0e-14);
         EXPECT_EQ (ladder.inputCoefficient, 1.0 - ladder.poleCoefficient);
         EXPECT_LT (ladder.poleCoefficient, previous);
@@ -219,14 +230,17 @@ TEST (GrungeLadder, LetsTheCutoffRunAboveHalfTheRate)
         previous = ladder.poleCoefficient;
     }
 
-    EXPECT_NEAR (configured (1, false, 1.0e12, 0.0).poleCoefficient, -1.0, 1.0e-6);
+    EXPECT_NEAR (configured<TypeParam> (1, false, 1.0e12, 0.0).poleCoefficient, -1.0, 1.0e-6);
+
+    // The limit is kept beside it and enters nothing.
+    EXPECT_EQ (configured<TypeParam> (1, false, 40000.0, 0.0).limitedCutoff, (double) 0.498f * rate);
 }
 
-TEST (GrungeLadder, KeepsTheStateOfStagesThatFallOutOfUse)
+TYPED_TEST (GrungeLadders, KeepsTheStateOfStagesThatFallOutOfUse)
 {
     for (const auto highpass : { false, true })
     {
-        auto ladder = configured (8, highpass, 1000.0, 1.0);
+        auto ladder = configured<TypeParam> (8, highpass, 1000.0, 1.0);
         response::toNoise (ladder, 4, 300);
         auto untouched = ladder;
 
@@ -238,9 +252,9 @@ TEST (GrungeLadder, KeepsTheStateOfStagesThatFallOutOfUse)
     }
 }
 
-TEST (GrungeLadder, ResumesALaterStageWhereItStood)
+TYPED_TEST (GrungeLadders, ResumesALaterStageWhereItStood)
 {
-    auto ladder = configured (2, false, 1000.0, 0.0);
+    auto ladder = configured<TypeParam> (2, false, 1000.0, 0.0);
     response::toNoise (ladder, 7, 300);
     ladder.configure (1, false, 1000.0, 0.0, lowpassGain, rate);
     response::toSilence (ladder, 20000);
@@ -248,11 +262,11 @@ TEST (GrungeLadder, ResumesALaterStageWhereItStood)
     EXPECT_GT (std::abs (response::toSilence (ladder, 1).front()), 1.0e-4);
 }
 
-TEST (GrungeLadder, GivesTheSameHoweverOftenItIsConfiguredAnew)
+TYPED_TEST (GrungeLadders, GivesTheSameHoweverOftenItIsConfiguredAgain)
 {
     for (const auto highpass : { false, true })
     {
-        auto once = configured (8, highpass, 2500.0, 2.0);
+        auto once = configured<TypeParam> (8, highpass, 2500.0, 2.0);
         auto always = once;
 
         for (const auto x : response::noise (8, 300))
@@ -267,11 +281,11 @@ TEST (GrungeLadder, GivesTheSameHoweverOftenItIsConfiguredAnew)
     }
 }
 
-TEST (GrungeLadder, TreatsBothChannelsAlikeAndApart)
+TYPED_TEST (GrungeLadders, TreatsBothChannelsAlikeAndApart)
 {
     for (const auto highpass : { false, true })
     {
-        auto both = configured (4, highpass, 800.0, 3.0);
+        auto both = configured<TypeParam> (4, highpass, 800.0, 3.0);
         auto alone = both, swapped = both;
         const auto lefts = response::noise (9, 300);
         const auto rights = response::noise (10, 300);
@@ -290,22 +304,22 @@ TEST (GrungeLadder, TreatsBothChannelsAlikeAndApart)
     }
 }
 
-TEST (GrungeLadder, StaysFiniteAtEveryCutoffAndResonance)
+TYPED_TEST (GrungeLadders, StaysFiniteAtEveryCutoffAndResonance)
 {
     for (const auto cutoff : { 0.0, 20.0, 20000.0, 1.0e15 })
         for (const auto resonance : { 0.0, 1.0, 10.0 })
             for (const auto highpass : { false, true })
             {
-                auto ladder = configured (8, highpass, cutoff, resonance);
+                auto ladder = configured<TypeParam> (8, highpass, cutoff, resonance);
 
                 for (const auto y : response::toNoise (ladder, 11, 500))
                     ASSERT_TRUE (std::isfinite (y)) << cutoff << ' ' << resonance;
             }
 }
 
-TEST (GrungeLadder, NeverForgetsANotANumberInALowpass)
+TYPED_TEST (GrungeLadders, NeverForgetsANaNInALowpass)
 {
-    auto ladder = configured (1, false, 1000.0, 1.0);
+    auto ladder = configured<TypeParam> (1, false, 1000.0, 1.0);
     auto left = std::numeric_limits<double>::quiet_NaN(), right = 0.0;
     ladder.process (left, right);
     ladder.configure (0, false, 1000.0, 0.0, lowpassGain, rate);

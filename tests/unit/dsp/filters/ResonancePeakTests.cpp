@@ -7,15 +7,18 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/ReferenceFilters.h"
+#include "support/BothEngines.h"
 #include "support/Response.h"
 
 namespace
 {
 constexpr double rate = 48000.0;
 
-[[nodiscard]] ResonancePeak designed (double frequency, double bandwidth, double atRate = rate)
+template <typename Filter>
+[[nodiscard]] Filter designed (double frequency, double bandwidth, double atRate = rate)
 {
-    ResonancePeak peak;
+    Filter peak;
     peak.design (atRate, frequency, bandwidth);
     return peak;
 }
@@ -42,14 +45,22 @@ constexpr double rate = 48000.0;
 
     return inside;
 }
+
+template <typename ResonancePeak>
+class ResonancePeaks : public testing::Test
+{
+};
+
+using ResonancePeakTypes = BothEngines<ResonancePeak, reference::ResonancePeak>;
+TYPED_TEST_SUITE (ResonancePeaks, ResonancePeakTypes, BothEngineNames);
 } // namespace
 
-TEST (ResonancePeak, HasTheMagnitudeOfAPeakingSection)
+TYPED_TEST (ResonancePeaks, HasTheMagnitudeOfAPeakingSection)
 {
     for (const auto centre : { 200.0, 1000.0, 9000.0, 20000.0 })
         for (const auto bandwidth : { 0.5, (double) 0.707f, 1.25, 2.0, 3.0 })
         {
-            auto peak = designed (centre, bandwidth);
+            auto peak = designed<TypeParam> (centre, bandwidth);
             const auto impulseResponse = response::toImpulse (peak, 40000);
 
             // The tolerance covers the rounding of a section of gain 10 in double precision.
@@ -60,11 +71,11 @@ TEST (ResonancePeak, HasTheMagnitudeOfAPeakingSection)
         }
 }
 
-TEST (ResonancePeak, RaisesItsCentreByTwentyDecibelsAndLeavesTheEnds)
+TYPED_TEST (ResonancePeaks, RaisesItsCentreByTwentyDecibelsAndLeavesTheEnds)
 {
     for (const auto centre : { 100.0, 1000.0, 15000.0 })
     {
-        auto peak = designed (centre, 1.25);
+        auto peak = designed<TypeParam> (centre, 1.25);
         const auto impulseResponse = response::toImpulse (peak, 40000);
         EXPECT_NEAR (response::magnitude (impulseResponse, centre / rate), 10.0, 1.0e-9);
         EXPECT_NEAR (response::magnitude (impulseResponse, 0.0), 1.0, 1.0e-9);
@@ -73,12 +84,12 @@ TEST (ResonancePeak, RaisesItsCentreByTwentyDecibelsAndLeavesTheEnds)
 }
 
 // The bandwidth lies between the two +10 dB points. It is exact where the mapping bends nothing: at low frequencies.
-TEST (ResonancePeak, IsAsManyOctavesWideAsAsked)
+TYPED_TEST (ResonancePeaks, IsAsManyOctavesWideAsAsked)
 {
     for (const auto bandwidth : { 0.5, 1.25, 2.0 })
     {
         constexpr auto centre = 100.0;
-        auto peak = designed (centre, bandwidth);
+        auto peak = designed<TypeParam> (centre, bandwidth);
         const auto impulseResponse = response::toImpulse (peak, 30000);
         const auto upper = halfGainFrequency (impulseResponse, centre, 1000.0);
         const auto lower = halfGainFrequency (impulseResponse, centre, 10.0);
@@ -86,9 +97,9 @@ TEST (ResonancePeak, IsAsManyOctavesWideAsAsked)
     }
 }
 
-TEST (ResonancePeak, LeavesTheFrameAndItselfAloneBeforeTheFirstDesign)
+TYPED_TEST (ResonancePeaks, LeavesTheFrameAndItselfAloneBeforeTheFirstDesign)
 {
-    ResonancePeak peak;
+    TypeParam peak;
 
     for (const auto x : response::noise (1, 100))
     {
@@ -99,19 +110,19 @@ TEST (ResonancePeak, LeavesTheFrameAndItselfAloneBeforeTheFirstDesign)
     }
 
     peak.design (rate, 1000.0, 1.0);
-    auto fresh = designed (1000.0, 1.0);
+    auto fresh = designed<TypeParam> (1000.0, 1.0);
     EXPECT_EQ (response::toNoise (peak, 2, 100), response::toNoise (fresh, 2, 100));
 }
 
-TEST (ResonancePeak, DoesNothingWhenDesignedWithTheSameAgain)
+TYPED_TEST (ResonancePeaks, DoesNothingWhenDesignedWithTheSameAgain)
 {
-    auto peak = designed (1000.0, 1.0);
+    auto peak = designed<TypeParam> (1000.0, 1.0);
     peak.b0 = 123.0;
     peak.design (rate, 1000.0, 1.0);
     EXPECT_EQ (peak.b0, 123.0);
 }
 
-TEST (ResonancePeak, RecomputesEverythingWhenOneArgumentDiffers)
+TYPED_TEST (ResonancePeaks, RecomputesEverythingWhenOneArgumentDiffers)
 {
     struct Arguments
     {
@@ -121,27 +132,27 @@ TEST (ResonancePeak, RecomputesEverythingWhenOneArgumentDiffers)
     for (const auto& changed :
          { Arguments { rate, 1000.0, 1.25 }, Arguments { rate, 1000.5, 1.0 }, Arguments { 44100.0, 1000.0, 1.0 } })
     {
-        auto peak = designed (1000.0, 1.0);
+        auto peak = designed<TypeParam> (1000.0, 1.0);
         peak.b0 = peak.b1 = peak.b2 = peak.a0 = peak.a1 = peak.a2 = 123.0;
         peak.design (changed.rate, changed.frequency, changed.bandwidth);
 
-        auto fresh = designed (changed.frequency, changed.bandwidth, changed.rate);
+        auto fresh = designed<TypeParam> (changed.frequency, changed.bandwidth, changed.rate);
         EXPECT_EQ (response::toNoise (peak, 3, 50), response::toNoise (fresh, 3, 50));
         EXPECT_EQ (peak.designedBandwidth, changed.bandwidth);
     }
 }
 
-TEST (ResonancePeak, KeepsRingingThroughADesign)
+TYPED_TEST (ResonancePeaks, KeepsRingingThroughADesign)
 {
-    auto peak = designed (1000.0, 0.5);
+    auto peak = designed<TypeParam> (1000.0, 0.5);
     response::toNoise (peak, 4, 100);
     peak.design (rate, 1100.0, 0.5);
     EXPECT_NE (response::toSilence (peak, 1).front(), 0.0);
 }
 
-TEST (ResonancePeak, TreatsBothChannelsAlikeAndApart)
+TYPED_TEST (ResonancePeaks, TreatsBothChannelsAlikeAndApart)
 {
-    auto both = designed (3000.0, 2.0);
+    auto both = designed<TypeParam> (3000.0, 2.0);
     auto leftOnly = both;
     const auto lefts = response::noise (5, 300);
     const auto rights = response::noise (6, 300);
@@ -160,11 +171,11 @@ TEST (ResonancePeak, TreatsBothChannelsAlikeAndApart)
     }
 }
 
-TEST (ResonancePeak, TakesEveryFrequencyWithoutFault)
+TYPED_TEST (ResonancePeaks, TakesEveryFrequencyWithoutFault)
 {
     for (const auto frequency : { 0.0, 24000.0, 48000.0, 1.0e9, 1.0e300 })
     {
-        auto peak = designed (frequency, 1.25);
+        auto peak = designed<TypeParam> (frequency, 1.25);
         response::toNoise (peak, 7, 100);
         EXPECT_TRUE (peak.designed);
         EXPECT_EQ (peak.designedFrequency, frequency);

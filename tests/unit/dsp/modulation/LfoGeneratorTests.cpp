@@ -10,28 +10,60 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/ReferenceLfo.h"
+#include "support/BothEngines.h"
+
 namespace
 {
 constexpr float rate = 48000.0f;
 constexpr double pi = 3.141592653589793;
 
-[[nodiscard]] LfoGenerator generatorOf (std::int32_t shape, float phase = 0.0f)
+template <typename Generator>
+[[nodiscard]] Generator generatorOf (std::int32_t shape, float phase = 0.0f)
 {
-    LfoGenerator generator;
+    Generator generator;
     generator.shape = shape;
     generator.phaseA = generator.phaseB = generator.phaseC = phase;
     return generator;
 }
 
+template <typename Generator>
 [[nodiscard]] float outputOf (std::int32_t shape, float phase, float curveExponent = 1.0f)
 {
-    auto generator = generatorOf (shape, phase);
+    auto generator = generatorOf<Generator> (shape, phase);
     generator.curveExponent = curveExponent;
     return generator.render();
 }
 
+/** What a tick does to a generator before its wave is read. */
+void advance (LfoGenerator& generator) { generator.advance(); }
+
+/** The same in the single steps of the reference engine. */
+void advance (reference::LfoGenerator& generator)
+{
+    generator.outputSlew.advance();
+    generator.advancePhases();
+
+    if (generator.shape == 5)
+    {
+        generator.walk();
+        generator.referencePhase += generator.phaseStepA;
+    }
+
+    generator.follow();
+    generator.wrapPhases();
+}
+
 constexpr std::array namedShapes { LfoGenerator::sine,   LfoGenerator::triangle,        LfoGenerator::saw,
                                    LfoGenerator::square, LfoGenerator::randomTriangles, LfoGenerator::brownian };
+
+template <typename Generator>
+class LfoGenerators : public testing::Test
+{
+};
+
+using LfoGeneratorTypes = BothEngines<LfoGenerator, reference::LfoGenerator>;
+TYPED_TEST_SUITE (LfoGenerators, LfoGeneratorTypes, BothEngineNames);
 } // namespace
 
 TEST (TriangleOf, RisesToOneAtHalfAndFallsBack)
@@ -55,9 +87,9 @@ TEST (TriangleOf, IsComputedInDoublePrecisionAndNarrowedOnce)
         EXPECT_EQ (triangleOf (p), p < 0.5f ? (float) (4.0 * (double) p - 1.0) : (float) ((0.75 - (double) p) * 4.0));
 }
 
-TEST (LfoGenerator, StartsAsAStandingTriangle)
+TYPED_TEST (LfoGenerators, StartsAsAStandingTriangle)
 {
-    const LfoGenerator generator;
+    const TypeParam generator;
     EXPECT_EQ (generator.shape, LfoGenerator::triangle);
     EXPECT_EQ (generator.amplitude, 1.0f);
     EXPECT_EQ (generator.phaseA, 0.0f);
@@ -71,31 +103,31 @@ TEST (LfoGenerator, StartsAsAStandingTriangle)
     EXPECT_EQ (generator.uniformHigh, 1.0);
 }
 
-TEST (LfoGenerator, StartsEachShapeAtItsOwnValue)
+TYPED_TEST (LfoGenerators, StartsEachShapeAtItsOwnValue)
 {
-    EXPECT_EQ (outputOf (LfoGenerator::sine, 0.0f), 0.0f);
-    EXPECT_EQ (outputOf (LfoGenerator::triangle, 0.0f), -1.0f);
-    EXPECT_EQ (outputOf (LfoGenerator::saw, 0.0f), 1.0f);
-    EXPECT_EQ (outputOf (LfoGenerator::square, 0.0f), -1.0f);
-    EXPECT_NEAR (outputOf (LfoGenerator::randomTriangles, 0.0f), -1.0f, 1.0e-6f);
-    EXPECT_EQ (outputOf (LfoGenerator::brownian, 0.0f), 0.0f);
+    EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::sine, 0.0f), 0.0f);
+    EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, 0.0f), -1.0f);
+    EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::saw, 0.0f), 1.0f);
+    EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::square, 0.0f), -1.0f);
+    EXPECT_NEAR (outputOf<TypeParam> (LfoGenerator::randomTriangles, 0.0f), -1.0f, 1.0e-6f);
+    EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::brownian, 0.0f), 0.0f);
 }
 
-TEST (LfoGenerator, HasTheWavesOfItsShapes)
+TYPED_TEST (LfoGenerators, HasTheWavesOfItsShapes)
 {
     for (auto p = 0.0f; p < 1.0f; p += 0.0137f)
     {
         const auto triangle = p < 0.5f ? (float) (4.0 * (double) p - 1.0) : (float) ((0.75 - (double) p) * 4.0);
-        EXPECT_EQ (outputOf (LfoGenerator::sine, p), std::sin ((float) ((double) (2.0f * p) * pi)));
-        EXPECT_EQ (outputOf (LfoGenerator::triangle, p), triangle);
-        EXPECT_EQ (outputOf (LfoGenerator::saw, p), 1.0f - 2.0f * p);
-        EXPECT_EQ (outputOf (LfoGenerator::square, p), p < 0.5f ? -1.0f : 1.0f);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::sine, p), std::sin ((float) ((double) (2.0f * p) * pi)));
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, p), triangle);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::saw, p), 1.0f - 2.0f * p);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::square, p), p < 0.5f ? -1.0f : 1.0f);
     }
 }
 
-TEST (LfoGenerator, AddsThreeTrianglesInTheRandomShape)
+TYPED_TEST (LfoGenerators, AddsThreeTrianglesInTheRandomShape)
 {
-    auto generator = generatorOf (LfoGenerator::randomTriangles);
+    auto generator = generatorOf<TypeParam> (LfoGenerator::randomTriangles);
     generator.phaseA = 0.3f;
     generator.phaseB = 0.6f;
     generator.phaseC = 0.95f;
@@ -103,87 +135,90 @@ TEST (LfoGenerator, AddsThreeTrianglesInTheRandomShape)
     EXPECT_EQ (generator.render(), (float) ((double) sum * 0.333333333 * 1.0));
 }
 
-TEST (LfoGenerator, ScalesEveryShapeByItsAmplitude)
+TYPED_TEST (LfoGenerators, ScalesEveryShapeByItsAmplitude)
 {
     for (const auto shape : { LfoGenerator::sine, LfoGenerator::triangle, LfoGenerator::saw, LfoGenerator::square,
                               LfoGenerator::randomTriangles, LfoGenerator::reservedPulse })
     {
-        auto generator = generatorOf (shape, 0.8f);
+        auto generator = generatorOf<TypeParam> (shape, 0.8f);
         const auto full = generator.render();
         generator.amplitude = 0.5f;
         EXPECT_EQ (generator.render(), 0.5f * full) << shape;
     }
 
-    auto walk = generatorOf (LfoGenerator::brownian);
+    auto walk = generatorOf<TypeParam> (LfoGenerator::brownian);
     walk.amplitude = 0.5f;
     walk.walkValue = 0.75f;
     (void) walk.render();
     EXPECT_EQ (walk.outputSlew.target, 0.375f);
 }
 
-TEST (LfoGenerator, IsSilentInAShapeThatIsNone)
+TYPED_TEST (LfoGenerators, IsSilentInAShapeThatIsNone)
 {
     for (const auto shape : { -1, 8, 29 })
-        EXPECT_EQ (outputOf (shape, 0.3f), 0.0f);
+        EXPECT_EQ (outputOf<TypeParam> (shape, 0.3f), 0.0f);
 }
 
-TEST (LfoGenerator, LeavesTheWaveAloneAroundAStraightCurve)
+TYPED_TEST (LfoGenerators, LeavesTheWaveAloneAroundAStraightCurve)
 {
     for (const auto exponent : { 0.9901f, 0.995f, 1.0f, 1.005f, 1.0099f })
         for (auto p = 0.0f; p < 1.0f; p += 0.07f)
-            EXPECT_EQ (outputOf (LfoGenerator::triangle, p, exponent), triangleOf (p));
+            EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, p, exponent), triangleOf (p));
 }
 
-TEST (LfoGenerator, StartsToBendGently)
+TYPED_TEST (LfoGenerators, StartsToBendGently)
 {
     for (const auto exponent : { 0.9899f, 1.0101f })
         for (auto p = 0.02f; p < 0.98f; p += 0.07f)
         {
-            const auto bent = outputOf (LfoGenerator::triangle, p, exponent);
+            const auto bent = outputOf<TypeParam> (LfoGenerator::triangle, p, exponent);
             EXPECT_NE (bent, triangleOf (p));
             EXPECT_NEAR (bent, triangleOf (p), 0.01f);
         }
 }
 
-TEST (LfoGenerator, BendsTowardItsEndsAndKeepsThem)
+TYPED_TEST (LfoGenerators, BendsTowardItsEndsAndKeepsThem)
 {
     for (const auto exponent : { std::exp (1.7f), 2.0f })
     {
-        EXPECT_EQ (outputOf (LfoGenerator::triangle, 0.0f, exponent), -1.0f);
-        EXPECT_EQ (outputOf (LfoGenerator::triangle, 0.5f, exponent), 1.0f);
-        EXPECT_EQ (outputOf (LfoGenerator::triangle, 0.0f, 1.0f / exponent), -1.0f);
-        EXPECT_EQ (outputOf (LfoGenerator::triangle, 0.5f, 1.0f / exponent), 1.0f);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, 0.0f, exponent), -1.0f);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, 0.5f, exponent), 1.0f);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, 0.0f, 1.0f / exponent), -1.0f);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, 0.5f, 1.0f / exponent), 1.0f);
 
         for (auto p = 0.01f; p < 0.5f; p += 0.05f)
         {
-            EXPECT_LT (outputOf (LfoGenerator::triangle, p, exponent), triangleOf (p));
-            EXPECT_GT (outputOf (LfoGenerator::triangle, p, 1.0f / exponent), triangleOf (p));
+            EXPECT_LT (outputOf<TypeParam> (LfoGenerator::triangle, p, exponent), triangleOf (p));
+            EXPECT_GT (outputOf<TypeParam> (LfoGenerator::triangle, p, 1.0f / exponent), triangleOf (p));
         }
     }
 }
 
-TEST (LfoGenerator, BendsByThePowerOfItsCurve)
+TYPED_TEST (LfoGenerators, BendsByThePowerOfItsCurve)
 {
     for (auto p = 0.0f; p < 1.0f; p += 0.0137f)
     {
         const auto x = triangleOf (p);
         const auto u = (float) (((double) x + 1.0) * 0.5);
-        EXPECT_EQ (outputOf (LfoGenerator::triangle, p, 3.5f), 2.0f * std::pow (u, 3.5f) - 1.0f);
-        EXPECT_EQ (outputOf (LfoGenerator::triangle, p, 0.3f), 2.0f * (1.0f - std::pow (1.0f - u, 1.0f / 0.3f)) - 1.0f);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, p, 3.5f), 2.0f * std::pow (u, 3.5f) - 1.0f);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, p, 0.3f),
+                   2.0f * (1.0f - std::pow (1.0f - u, 1.0f / 0.3f)) - 1.0f);
     }
 }
 
-TEST (LfoGenerator, LeavesItsRangeOutsideThePhaseUnlessTheCurveHoldsIt)
+TYPED_TEST (LfoGenerators, LeavesItsRangeOutsideThePhaseUnlessTheCurveHoldsIt)
 {
-    EXPECT_EQ (outputOf (LfoGenerator::triangle, 1.5f), -3.0f);
-    EXPECT_EQ (outputOf (LfoGenerator::saw, 1.5f), -2.0f);
-    EXPECT_EQ (outputOf (LfoGenerator::triangle, 1.5f, 2.0f), -1.0f);
-    EXPECT_EQ (outputOf (LfoGenerator::saw, 1.5f, 0.5f), -1.0f);
+    EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, 1.5f), -3.0f);
+    EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::saw, 1.5f), -2.0f);
+    EXPECT_NEAR (outputOf<TypeParam> (LfoGenerator::randomTriangles, 1.5f), -3.0f, 1.0e-6f);
+    EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, 1.5f, 2.0f), -1.0f);
+    EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::randomTriangles, 1.5f, 2.0f), -1.0f);
+    EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::saw, 1.5f, 0.5f), -1.0f);
 }
 
-TEST (LfoGenerator, TakesItsStepsFromRateAndFrequency)
+TYPED_TEST (LfoGenerators, TakesItsStepsFromRateAndFrequency)
 {
-    LfoGenerator generator;
+    TypeParam generator;
     generator.outputSlew.mode = 7;
     generator.setRate (LfoGenerator::saw, rate, 3.7f);
     EXPECT_EQ (generator.shape, LfoGenerator::saw);
@@ -195,9 +230,9 @@ TEST (LfoGenerator, TakesItsStepsFromRateAndFrequency)
     EXPECT_EQ (generator.outputSlew.step, 0.01f / rate);
 }
 
-TEST (LfoGenerator, StopsOnlyTheMainPhaseAtANegativeFrequency)
+TYPED_TEST (LfoGenerators, StopsOnlyTheMainPhaseAtANegativeFrequency)
 {
-    LfoGenerator generator;
+    TypeParam generator;
     generator.setRate (LfoGenerator::saw, rate, 10.0f);
     const auto stepB = generator.phaseStepB, stepC = generator.phaseStepC;
     generator.outputSlew.mode = 7;
@@ -210,11 +245,11 @@ TEST (LfoGenerator, StopsOnlyTheMainPhaseAtANegativeFrequency)
     EXPECT_EQ (generator.walkStep, (float) (-1.0 * 0.003));
 }
 
-TEST (LfoGenerator, StopsTheMainPhaseAndFreesTheOutputWithoutARate)
+TYPED_TEST (LfoGenerators, StopsTheMainPhaseAndFreesTheOutputWithoutARate)
 {
     for (const auto noRate : { 0.0f, -48000.0f, std::nanf ("") })
     {
-        LfoGenerator generator;
+        TypeParam generator;
         generator.setRate (LfoGenerator::saw, rate, 10.0f);
         const auto stepB = generator.phaseStepB;
         generator.setRate (LfoGenerator::saw, noRate, 10.0f);
@@ -224,9 +259,9 @@ TEST (LfoGenerator, StopsTheMainPhaseAndFreesTheOutputWithoutARate)
     }
 }
 
-TEST (LfoGenerator, StandsAllPhasesStillAtZeroFrequency)
+TYPED_TEST (LfoGenerators, StandsAllPhasesStillAtZeroFrequency)
 {
-    LfoGenerator generator;
+    TypeParam generator;
     generator.setRate (LfoGenerator::saw, rate, 10.0f);
     generator.setRate (LfoGenerator::saw, rate, 0.0f);
     EXPECT_EQ (generator.phaseStepA, 0.0f);
@@ -234,42 +269,42 @@ TEST (LfoGenerator, StandsAllPhasesStillAtZeroFrequency)
     EXPECT_EQ (generator.phaseStepC, 0.0f);
 }
 
-TEST (LfoGenerator, WrapsEachPhaseOncePerTick)
+TYPED_TEST (LfoGenerators, WrapsEachPhaseOncePerTick)
 {
-    LfoGenerator generator;
+    TypeParam generator;
     generator.phaseStepA = 0.75f;
     generator.phaseStepB = 0.5f;
     generator.phaseStepC = 2.5f;
     generator.phaseA = 0.5f;
     generator.phaseB = 0.5f;
     generator.referencePhase = 1.25f;
-    generator.advance();
+    advance (generator);
     EXPECT_EQ (generator.phaseA, 0.25f);
     EXPECT_EQ (generator.phaseB, 0.0f);
     EXPECT_EQ (generator.phaseC, 1.5f);
     EXPECT_EQ (generator.referencePhase, 0.25f);
 
     // More than one cycle per tick: the phase runs away, and is left alone.
-    generator.advance();
+    advance (generator);
     EXPECT_EQ (generator.phaseC, 3.0f);
 }
 
-TEST (LfoGenerator, RunsOneCycleInItsPeriod)
+TYPED_TEST (LfoGenerators, RunsOneCycleInItsPeriod)
 {
     // A step of 1/256 is exact, and so is every phase.
-    LfoGenerator generator;
+    TypeParam generator;
     generator.setRate (LfoGenerator::saw, 256.0f, 1.0f);
 
     for (int i = 1; i <= 512; ++i)
     {
-        generator.advance();
+        advance (generator);
         ASSERT_EQ (generator.phaseA, (float) (i % 256) / 256.0f);
     }
 }
 
 TEST (LfoGenerator, JumpsWithAllPhasesAndDropsTheWalk)
 {
-    auto generator = generatorOf (LfoGenerator::brownian, 0.1f);
+    auto generator = generatorOf<LfoGenerator> (LfoGenerator::brownian, 0.1f);
     generator.walkValue = 0.7f;
     generator.outputSlew.current = 0.2f;
     generator.jumpTo (0.4f);
@@ -285,33 +320,33 @@ TEST (LfoGenerator, JumpsWithAllPhasesAndDropsTheWalk)
     EXPECT_EQ (generator.referencePhase, 0.0f);
 }
 
-TEST (LfoGenerator, WalksOnlyInTheBrownianShape)
+TYPED_TEST (LfoGenerators, WalksOnlyInTheBrownianShape)
 {
     for (std::int32_t shape = 0; shape < 9; ++shape)
     {
-        auto generator = generatorOf (shape);
+        auto generator = generatorOf<TypeParam> (shape);
         generator.setRate (shape, rate, 20.0f);
 
         for (int i = 0; i < 100; ++i)
-            generator.advance();
+            advance (generator);
 
         EXPECT_EQ (generator.walkValue != 0.0f, shape == LfoGenerator::brownian) << shape;
         EXPECT_EQ (generator.referencePhase != 0.0f, shape == LfoGenerator::brownian) << shape;
     }
 }
 
-TEST (LfoGenerator, AdvancesTheReferenceInTheBrownianShape)
+TYPED_TEST (LfoGenerators, AdvancesTheReferenceInTheBrownianShape)
 {
-    auto generator = generatorOf (LfoGenerator::brownian);
+    auto generator = generatorOf<TypeParam> (LfoGenerator::brownian);
     generator.setRate (LfoGenerator::brownian, 256.0f, 1.0f);
-    generator.advance();
-    generator.advance();
+    advance (generator);
+    advance (generator);
     EXPECT_EQ (generator.referencePhase, 2.0f / 256.0f);
 }
 
-TEST (LfoGenerator, WalksAsItsDrawsSay)
+TYPED_TEST (LfoGenerators, WalksAsItsDrawsSay)
 {
-    auto generator = generatorOf (LfoGenerator::brownian);
+    auto generator = generatorOf<TypeParam> (LfoGenerator::brownian);
     generator.rng.seed (1234);
     generator.setRate (LfoGenerator::brownian, rate, 17.0f);
 
@@ -327,14 +362,14 @@ TEST (LfoGenerator, WalksAsItsDrawsSay)
         expected = (float) ((double) expected + (double) generator.walkStep * r);
         expected = std::min (1.0f, std::max (-1.0f, expected));
 
-        generator.advance();
+        advance (generator);
         ASSERT_EQ (generator.walkValue, expected) << "draw " << i;
     }
 }
 
-TEST (LfoGenerator, DrawsBetweenItsBounds)
+TYPED_TEST (LfoGenerators, DrawsBetweenItsBounds)
 {
-    auto generator = generatorOf (LfoGenerator::brownian);
+    auto generator = generatorOf<TypeParam> (LfoGenerator::brownian);
     generator.rng.seed (5);
     generator.walkStep = 0.01f;
     generator.uniformLow = 0.0;
@@ -342,17 +377,17 @@ TEST (LfoGenerator, DrawsBetweenItsBounds)
 
     for (int i = 0; i < 100; ++i)
     {
-        generator.advance();
+        advance (generator);
         ASSERT_GE (generator.walkValue, previous);
         ASSERT_LE (generator.walkValue, previous + 0.0100001f);
         previous = generator.walkValue;
     }
 }
 
-TEST (LfoGenerator, WalksWithEvenSteps)
+TYPED_TEST (LfoGenerators, WalksWithEvenSteps)
 {
     constexpr auto numDraws = 200000;
-    auto generator = generatorOf (LfoGenerator::brownian);
+    auto generator = generatorOf<TypeParam> (LfoGenerator::brownian);
     generator.rng.seed (99);
     generator.walkStep = 0.001f;
     auto sum = 0.0, sumOfSquares = 0.0;
@@ -361,7 +396,7 @@ TEST (LfoGenerator, WalksWithEvenSteps)
     {
         // From the middle every time, so that the range limits nothing.
         generator.walkValue = 0.0f;
-        generator.advance();
+        advance (generator);
         const auto step = (double) generator.walkValue / 0.001;
         ASSERT_LE (std::abs (step), 1.0);
         sum += step;
@@ -373,16 +408,16 @@ TEST (LfoGenerator, WalksWithEvenSteps)
     EXPECT_NEAR (sumOfSquares / numDraws, 1.0 / 3.0, 0.0034);
 }
 
-TEST (LfoGenerator, KeepsTheWalkInItsRange)
+TYPED_TEST (LfoGenerators, KeepsTheWalkInItsRange)
 {
-    auto generator = generatorOf (LfoGenerator::brownian);
+    auto generator = generatorOf<TypeParam> (LfoGenerator::brownian);
     generator.rng.seed (3);
     generator.walkStep = 0.9f;
     auto lowest = 0.0f, highest = 0.0f;
 
     for (int i = 0; i < 10000; ++i)
     {
-        generator.advance();
+        advance (generator);
         lowest = std::min (lowest, generator.walkValue);
         highest = std::max (highest, generator.walkValue);
     }
@@ -391,11 +426,11 @@ TEST (LfoGenerator, KeepsTheWalkInItsRange)
     EXPECT_EQ (highest, 1.0f);
 }
 
-TEST (LfoGenerator, DriftsByAHundredthPerSecondAtTheMostInTheBrownianShape)
+TYPED_TEST (LfoGenerators, DriftsByAHundredthPerSecondAtTheMostInTheBrownianShape)
 {
     for (const auto frequency : { 0.02f, 20.0f, 20000.0f })
     {
-        auto generator = generatorOf (LfoGenerator::brownian);
+        auto generator = generatorOf<TypeParam> (LfoGenerator::brownian);
         generator.rng.seed (7);
         generator.setRate (LfoGenerator::brownian, rate, frequency);
         const auto framesPerSecond = (int) rate;
@@ -407,7 +442,7 @@ TEST (LfoGenerator, DriftsByAHundredthPerSecondAtTheMostInTheBrownianShape)
 
             for (int i = 0; i < framesPerSecond; ++i)
             {
-                generator.advance();
+                advance (generator);
                 const auto output = generator.render();
                 ASSERT_LE (std::abs (output - previous), 0.01f / rate * 1.01f);
                 previous = output;
@@ -423,32 +458,32 @@ TEST (LfoGenerator, DriftsByAHundredthPerSecondAtTheMostInTheBrownianShape)
     }
 }
 
-TEST (LfoGenerator, BendsTheBrownianShapeToo)
+TYPED_TEST (LfoGenerators, BendsTheBrownianShapeToo)
 {
-    auto generator = generatorOf (LfoGenerator::brownian);
+    auto generator = generatorOf<TypeParam> (LfoGenerator::brownian);
     generator.outputSlew.current = 0.5f;
     generator.curveExponent = 2.0f;
     EXPECT_EQ (generator.render(), 2.0f * std::pow (0.75f, 2.0f) - 1.0f);
 }
 
-TEST (LfoGenerator, HandsTheWalkToItsOutputWithoutMovingByItself)
+TYPED_TEST (LfoGenerators, HandsTheWalkToItsOutputWithoutMovingByItself)
 {
-    auto generator = generatorOf (LfoGenerator::brownian);
+    auto generator = generatorOf<TypeParam> (LfoGenerator::brownian);
     generator.walkValue = 0.6f;
     EXPECT_EQ (generator.render(), 0.0f);
     EXPECT_EQ (generator.outputSlew.target, 0.6f);
     EXPECT_EQ (generator.render(), 0.0f);
 }
 
-TEST (LfoGenerator, WalksUnlikeAnyOther)
+TYPED_TEST (LfoGenerators, WalksUnlikeAnyOther)
 {
-    std::array<LfoGenerator, 3> generators;
+    std::array<TypeParam, 3> generators;
     EXPECT_NE (generators[0].rng, generators[1].rng);
     EXPECT_NE (generators[1].rng, generators[2].rng);
     EXPECT_NE (generators[0].rng, generators[2].rng);
 }
 
-TEST (LfoGenerator, PulsesInTheFirstReservedShape)
+TYPED_TEST (LfoGenerators, PulsesInTheFirstReservedShape)
 {
     for (const auto p : { 0.0f, 0.3f, 0.9f, 0.94f, 0.97f, 0.999f })
     {
@@ -456,16 +491,16 @@ TEST (LfoGenerator, PulsesInTheFirstReservedShape)
         q = q >= 1.0 ? q - 1.0 : q;
         const auto y = 1.0 - q;
         const auto z = (float) ((y * y * y) * (y * y * y));
-        EXPECT_EQ (outputOf (LfoGenerator::reservedPulse, p), triangleOf (z)) << p;
-        EXPECT_LE (std::abs (outputOf (LfoGenerator::reservedPulse, p)), 1.0f);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::reservedPulse, p), triangleOf (z)) << p;
+        EXPECT_LE (std::abs (outputOf<TypeParam> (LfoGenerator::reservedPulse, p)), 1.0f);
     }
 }
 
-TEST (LfoGenerator, SumsEightSawsInTheSecondReservedShape)
+TYPED_TEST (LfoGenerators, SumsEightSawsInTheSecondReservedShape)
 {
     for (const auto p : { 0.0f, 0.1f, 0.5f, 0.77f, 0.99995f })
     {
-        auto generator = generatorOf (LfoGenerator::reservedSum, p);
+        auto generator = generatorOf<TypeParam> (LfoGenerator::reservedSum, p);
         EXPECT_EQ (generator.render(), 0.0f);
 
         auto q = (double) p + 0.0001;
@@ -480,16 +515,16 @@ TEST (LfoGenerator, SumsEightSawsInTheSecondReservedShape)
     }
 }
 
-TEST (LfoGenerator, FollowsTheReferenceInTheReservedShapesAlone)
+TYPED_TEST (LfoGenerators, FollowsTheReferenceInTheReservedShapesAlone)
 {
     for (std::int32_t shape = 0; shape < 9; ++shape)
         for (const auto follows : { false, true })
         {
-            auto generator = generatorOf (shape, 0.25f);
+            auto generator = generatorOf<TypeParam> (shape, 0.25f);
             generator.referencePhase = 0.5f;
             generator.phaseStepA = 0.125f;
             generator.followReference = follows;
-            generator.advance();
+            advance (generator);
 
             // The step to 0.375, and from there an eighth of an eighth of the distance.
             const auto isReserved = shape == LfoGenerator::reservedPulse || shape == LfoGenerator::reservedSum;
@@ -497,15 +532,15 @@ TEST (LfoGenerator, FollowsTheReferenceInTheReservedShapesAlone)
         }
 }
 
-TEST (LfoGenerator, FollowsTheReferenceFromBothSides)
+TYPED_TEST (LfoGenerators, FollowsTheReferenceFromBothSides)
 {
     const auto followed = [] (float from, float reference, float step)
     {
-        auto generator = generatorOf (LfoGenerator::reservedPulse, from - step);
+        auto generator = generatorOf<TypeParam> (LfoGenerator::reservedPulse, from - step);
         generator.followReference = true;
         generator.referencePhase = reference;
         generator.phaseStepA = step;
-        generator.advance();
+        advance (generator);
         return generator.phaseA;
     };
 
@@ -518,48 +553,48 @@ TEST (LfoGenerator, FollowsTheReferenceFromBothSides)
     EXPECT_EQ (followed (0.75f, 0.25f, 0.125f), 0.75f + 0.5f * 0.125f);
 }
 
-TEST (LfoGenerator, StopsAtTheReferenceInsteadOfPassingIt)
+TYPED_TEST (LfoGenerators, StopsAtTheReferenceInsteadOfPassingIt)
 {
     // A step above one cycle would carry it past.
-    auto generator = generatorOf (LfoGenerator::reservedPulse, -1.25f);
+    auto generator = generatorOf<TypeParam> (LfoGenerator::reservedPulse, -1.25f);
     generator.followReference = true;
     generator.referencePhase = 0.5f;
     generator.phaseStepA = 1.5f;
-    generator.advance();
+    advance (generator);
     EXPECT_EQ (generator.phaseA, 0.5f);
 }
 
-TEST (LfoGenerator, StaysInItsRangeInEveryNamedShape)
+TYPED_TEST (LfoGenerators, StaysInItsRangeInEveryNamedShape)
 {
     for (const auto shape : namedShapes)
         for (const auto exponent : { 0.1827f, 1.0f, 5.474f })
         {
-            auto generator = generatorOf (shape);
+            auto generator = generatorOf<TypeParam> (shape);
             generator.rng.seed (11);
             generator.curveExponent = exponent;
             generator.setRate (shape, 1000.0f, 313.7f);
 
             for (int i = 0; i < 5000; ++i)
             {
-                generator.advance();
+                advance (generator);
                 const auto output = generator.render();
                 ASSERT_LE (std::abs (output), 1.0f + 1.0e-6f) << shape;
             }
         }
 }
 
-TEST (LfoGenerator, TakesExtremeArgumentsWithoutFault)
+TYPED_TEST (LfoGenerators, TakesExtremeArgumentsWithoutFault)
 {
     for (const auto frequency : { 1.0e30f, INFINITY, std::nanf (""), -INFINITY })
         for (std::int32_t shape = -1; shape < 10; ++shape)
         {
-            auto generator = generatorOf (shape);
+            auto generator = generatorOf<TypeParam> (shape);
             generator.followReference = true;
             generator.setRate (shape, rate, frequency);
 
             for (int i = 0; i < 10; ++i)
             {
-                generator.advance();
+                advance (generator);
                 (void) generator.render();
             }
 
@@ -568,25 +603,25 @@ TEST (LfoGenerator, TakesExtremeArgumentsWithoutFault)
         }
 }
 
-TEST (LfoGenerator, MovesThroughSteadyTicksInARowAsThroughSingleOnes)
+TEST (LfoGenerator, TakesARowOfSteadyTicksAsItTakesSingleOnes)
 {
-    const auto nan = std::numeric_limits<float>::quiet_NaN();
+    const auto noNumber = std::numeric_limits<float>::quiet_NaN();
 
     // Standing still, backward and unknown among them: the steps of the second and third phase then stay.
-    const std::array frequencies { 0.1f, 20.0f, 30000.0f, 0.0f, -5.0f, 7000.0f, nan, 90000.0f, 440.0f, 12000.0f };
+    const std::array frequencies { 0.1f, 20.0f, 30000.0f, 0.0f, -5.0f, 7000.0f, noNumber, 90000.0f, 440.0f, 12000.0f };
 
     for (const auto ticksPerSecond : { rate, 0.0f })
         for (const std::int32_t shape : { LfoGenerator::sine, LfoGenerator::triangle, LfoGenerator::saw,
                                           LfoGenerator::square, LfoGenerator::randomTriangles })
         {
             const LfoGenerator::TickRate tickRate (ticksPerSecond);
-            auto single = generatorOf (shape, 0.3f);
+            auto single = generatorOf<LfoGenerator> (shape, 0.3f);
             single.referencePhase = 2.75f;
-            single.setRate (shape, ticksPerSecond, 1000.0f);
+            single.setRate (shape, tickRate, 1000.0f);
             ASSERT_TRUE (single.isSteadyIn (shape));
 
-            auto together = single;
-            auto phases = together.phases();
+            auto inRow = single;
+            auto phases = inRow.phases();
             std::vector<FloatQuad::Values> passed;
             std::vector<float> expected;
 
@@ -594,7 +629,7 @@ TEST (LfoGenerator, MovesThroughSteadyTicksInARowAsThroughSingleOnes)
             {
                 single.advance();
                 expected.push_back (single.render());
-                single.setRate (shape, ticksPerSecond, frequency);
+                single.setRate (shape, tickRate, frequency);
 
                 phases.advance();
                 passed.push_back (phases.now.values());
@@ -602,34 +637,38 @@ TEST (LfoGenerator, MovesThroughSteadyTicksInARowAsThroughSingleOnes)
             }
 
             std::vector<float> outputs (passed.size());
-            together.setPhases (phases);
-            together.render<std::dynamic_extent> (passed, outputs);
+            inRow.setPhases (phases);
+            inRow.renderSteady (passed, outputs);
 
             EXPECT_EQ (outputs, expected) << "shape " << shape;
-            EXPECT_EQ (together.phaseA, single.phaseA);
-            EXPECT_EQ (together.phaseB, single.phaseB);
-            EXPECT_EQ (together.phaseC, single.phaseC);
-            EXPECT_EQ (together.referencePhase, single.referencePhase);
-            EXPECT_EQ (together.phaseStepA, single.phaseStepA);
-            EXPECT_EQ (together.phaseStepB, single.phaseStepB);
-            EXPECT_EQ (together.phaseStepC, single.phaseStepC);
+            EXPECT_EQ (inRow.phaseA, single.phaseA);
+            EXPECT_EQ (inRow.phaseB, single.phaseB);
+            EXPECT_EQ (inRow.phaseC, single.phaseC);
+            EXPECT_EQ (inRow.referencePhase, single.referencePhase);
+            EXPECT_EQ (inRow.phaseStepA, single.phaseStepA);
+            EXPECT_EQ (inRow.phaseStepB, single.phaseStepB);
+            EXPECT_EQ (inRow.phaseStepC, single.phaseStepC);
         }
 }
 
 TEST (LfoGenerator, IsNotSteadyWhileATickChangesMoreThanItsPhases)
 {
-    EXPECT_TRUE (generatorOf (LfoGenerator::saw).isSteadyIn (LfoGenerator::saw));
-    EXPECT_FALSE (generatorOf (LfoGenerator::saw).isSteadyIn (LfoGenerator::sine));
+    EXPECT_TRUE (generatorOf<LfoGenerator> (LfoGenerator::saw).isSteadyIn (LfoGenerator::saw));
+    EXPECT_FALSE (generatorOf<LfoGenerator> (LfoGenerator::saw).isSteadyIn (LfoGenerator::sine));
 
     // They walk, follow and glide.
     for (const std::int32_t shape : { LfoGenerator::brownian, LfoGenerator::reservedPulse, LfoGenerator::reservedSum })
-        EXPECT_FALSE (generatorOf (shape).isSteadyIn (shape)) << shape;
+        EXPECT_FALSE (generatorOf<LfoGenerator> (shape).isSteadyIn (shape)) << shape;
 
     // Neither of these has a wave.
-    EXPECT_FALSE (generatorOf (-1).isSteadyIn (-1));
-    EXPECT_FALSE (generatorOf (8).isSteadyIn (8));
+    EXPECT_FALSE (generatorOf<LfoGenerator> (-1).isSteadyIn (-1));
+    EXPECT_FALSE (generatorOf<LfoGenerator> (8).isSteadyIn (8));
 
-    auto gliding = generatorOf (LfoGenerator::sine);
+    auto quiet = generatorOf<LfoGenerator> (LfoGenerator::sine);
+    quiet.amplitude = 0.5f;
+    EXPECT_FALSE (quiet.isSteadyIn (LfoGenerator::sine));
+
+    auto gliding = generatorOf<LfoGenerator> (LfoGenerator::sine);
     gliding.outputSlew.target = 0.1f;
     EXPECT_FALSE (gliding.isSteadyIn (LfoGenerator::sine));
 }

@@ -5,22 +5,34 @@
 
 #include <gtest/gtest.h>
 
+#include "reference/ReferenceLfo.h"
+#include "support/BothEngines.h"
+
 namespace
 {
-[[nodiscard]] SlewValue slewAt (float current, float target, float step, std::int32_t mode = 0)
+template <typename Slew>
+[[nodiscard]] Slew slewAt (float current, float target, float step, std::int32_t mode = 0)
 {
-    SlewValue slew;
+    Slew slew;
     slew.mode = mode;
     slew.current = current;
     slew.target = target;
     slew.step = step;
     return slew;
 }
+
+template <typename SlewValue>
+class SlewValues : public testing::Test
+{
+};
+
+using SlewValueTypes = BothEngines<SlewValue, reference::SlewValue>;
+TYPED_TEST_SUITE (SlewValues, SlewValueTypes, BothEngineNames);
 } // namespace
 
-TEST (SlewValue, StartsAtRest)
+TYPED_TEST (SlewValues, StartsAtRest)
 {
-    const SlewValue slew;
+    const TypeParam slew;
     EXPECT_EQ (slew.mode, 0);
     EXPECT_EQ (slew.target, 0.0f);
     EXPECT_EQ (slew.current, 0.0f);
@@ -29,11 +41,11 @@ TEST (SlewValue, StartsAtRest)
     EXPECT_EQ (slew.damping, 0.0f);
 }
 
-TEST (SlewValue, MovesByOneStepTowardItsTarget)
+TYPED_TEST (SlewValues, MovesByOneStepTowardItsTarget)
 {
     for (const auto direction : { 1.0f, -1.0f })
     {
-        auto slew = slewAt (0.0f, direction, 0.25f);
+        auto slew = slewAt<TypeParam> (0.0f, direction, 0.25f);
         slew.advance();
         EXPECT_EQ (slew.current, 0.25f * direction);
         slew.advance();
@@ -41,11 +53,11 @@ TEST (SlewValue, MovesByOneStepTowardItsTarget)
     }
 }
 
-TEST (SlewValue, LandsOnItsTargetInsteadOfPassingIt)
+TYPED_TEST (SlewValues, LandsOnItsTargetInsteadOfPassingIt)
 {
     for (const auto direction : { 1.0f, -1.0f })
     {
-        auto slew = slewAt (0.0f, direction, 0.4f);
+        auto slew = slewAt<TypeParam> (0.0f, direction, 0.4f);
 
         for (int i = 0; i < 3; ++i)
             slew.advance();
@@ -55,31 +67,31 @@ TEST (SlewValue, LandsOnItsTargetInsteadOfPassingIt)
         EXPECT_EQ (slew.current, direction);
     }
 
-    auto far = slewAt (0.0f, 1.0f, 1.0e20f);
+    auto far = slewAt<TypeParam> (0.0f, 1.0f, 1.0e20f);
     far.advance();
     EXPECT_EQ (far.current, 1.0f);
 }
 
-TEST (SlewValue, LeavesEverythingAloneOnItsTarget)
+TYPED_TEST (SlewValues, LeavesEverythingAloneOnItsTarget)
 {
-    auto slew = slewAt (0.5f, 0.5f, 0.1f);
+    auto slew = slewAt<TypeParam> (0.5f, 0.5f, 0.1f);
     slew.advance();
     EXPECT_EQ (slew.current, 0.5f);
     EXPECT_EQ (slew.step, 0.1f);
 }
 
-TEST (SlewValue, StaysWhereItIsWithoutAStep)
+TYPED_TEST (SlewValues, StaysWhereItIsWithoutAStep)
 {
-    auto slew = slewAt (0.25f, 1.0f, 0.0f);
+    auto slew = slewAt<TypeParam> (0.25f, 1.0f, 0.0f);
     slew.advance();
     EXPECT_EQ (slew.current, 0.25f);
 }
 
-TEST (SlewValue, FollowsTheLinearLawInEveryModeButTheSpringsOwn)
+TYPED_TEST (SlewValues, FollowsTheLinearLawInEveryModeButTheSpringsOwn)
 {
     for (const auto mode : { -1, 0, 1, 2, 4, 100 })
     {
-        auto slew = slewAt (0.0f, 1.0f, 0.25f, mode);
+        auto slew = slewAt<TypeParam> (0.0f, 1.0f, 0.25f, mode);
         slew.stiffness = 0.5f;
         slew.damping = 0.5f;
         slew.advance();
@@ -88,9 +100,9 @@ TEST (SlewValue, FollowsTheLinearLawInEveryModeButTheSpringsOwn)
     }
 }
 
-TEST (SlewValue, SwingsLikeADampedSpringInModeThree)
+TYPED_TEST (SlewValues, SwingsLikeADampedSpringInModeThree)
 {
-    auto slew = slewAt (0.25f, 1.0f, 0.5f, SlewValue::springMode);
+    auto slew = slewAt<TypeParam> (0.25f, 1.0f, 0.5f, SlewValue::springMode);
     slew.stiffness = 0.25f;
     slew.damping = 2.0f;
 
@@ -106,9 +118,9 @@ TEST (SlewValue, SwingsLikeADampedSpringInModeThree)
     EXPECT_NEAR (slew.step, 0.0f, 1.0e-5f);
 }
 
-TEST (SlewValue, IgnoresANotANumberTarget)
+TYPED_TEST (SlewValues, IgnoresANaNTarget)
 {
-    auto slew = slewAt (0.25f, std::nanf (""), 0.1f);
+    auto slew = slewAt<TypeParam> (0.25f, std::nanf (""), 0.1f);
     slew.advance();
     EXPECT_EQ (slew.current, 0.25f);
 }
