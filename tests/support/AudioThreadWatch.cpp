@@ -22,7 +22,7 @@
 #endif
 
 #if KESTRIN_ADDRESS_SANITIZER
-// Of the sanitizer's run-time; not every compiler that has it brings the header.
+// From the sanitizer's run-time library. Not every compiler that has the library has its header.
 extern "C" int __sanitizer_install_malloc_and_free_hooks (void (*) (const volatile void*, std::size_t),
                                                           void (*) (const volatile void*));
 #endif
@@ -42,7 +42,7 @@ namespace
 thread_local bool watching = false;
 thread_local AudioThreadWatch::Counts counted;
 
-// Where nothing is counted nobody calls these two.
+// Without counting these two have no callers.
 [[maybe_unused]] void noteAllocation() noexcept
 {
     if (watching)
@@ -56,7 +56,7 @@ thread_local AudioThreadWatch::Counts counted;
 }
 
 #if KESTRIN_ADDRESS_SANITIZER
-// The sanitizer owns malloc, and tells of every call.
+// The sanitizer owns malloc and reports every call.
 const bool hooksAreInstalled =
     __sanitizer_install_malloc_and_free_hooks ([] (const volatile void*, std::size_t) { noteAllocation(); },
                                                [] (const volatile void* memory) { noteRelease (memory); })
@@ -74,7 +74,7 @@ AudioThreadWatch::~AudioThreadWatch() { watching = false; }
 
 AudioThreadWatch::Counts AudioThreadWatch::counts() const noexcept { return counted; }
 
-// The thread sanitizer has to see the real calls, or it knows nothing of who waits for whom: there nothing is counted.
+// The thread sanitizer must see the real calls, or it misses which thread waits for which. There nothing is counted.
 #if KESTRIN_THREAD_SANITIZER
 
 #elif defined(__GLIBC__)
@@ -96,7 +96,7 @@ void noteSystemCall() noexcept
 }
 } // namespace
 
-// Standing in the executable, these come before the C library's own.
+// The linker takes these from the executable before the C library's own.
 KESTRIN_INTERPOSED int pthread_mutex_lock (pthread_mutex_t* mutex) noexcept
 {
     if (watching)
@@ -251,7 +251,7 @@ KESTRIN_INTERPOSED void free (void* memory) noexcept
 
 #elif ! KESTRIN_ADDRESS_SANITIZER
 
-// Elsewhere only what goes through C++'s own operators is seen.
+// Elsewhere the watch sees only C++'s own operators.
 void* operator new (std::size_t size)
 {
     noteAllocation();

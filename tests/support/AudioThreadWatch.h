@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-/** Counts what an audio thread must not do. While one lives, every allocation, every release of memory, every lock of a
-    mutex and every call that concerns a file, the console or a wait, on the thread that made it, is counted; what other threads do is not. */
+/** Counts what an audio thread must not do. While a watch lives, it counts on its own thread every allocation and release
+    of memory, every lock of a mutex, and every system call for a file, the console or a wait. It ignores other threads. */
 class AudioThreadWatch
 {
 public:

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: AGPL-3.0-or-later
-# A locale with a decimal comma for the tests: a machine that builds need not have one installed.
+# A locale with a decimal comma for the tests, so that the building machine needs none.
 
 find_program (KESTRIN_LOCALEDEF localedef REQUIRED)
 

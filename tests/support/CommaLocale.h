@@ -6,8 +6,8 @@
 #include <locale>
 #include <string>
 
-/** Makes a decimal comma and grouped digits the rule of this process, for the C library and for C++ streams, as a host may
-    have done, and puts the former rules back. The build makes the C library's locale, in its own folder. */
+/** Gives the process a decimal comma and grouped digits while it lives, in the C library and in C++ streams, as a host may
+    do. The build makes the C library's locale in a folder of its own. */
 class CommaLocale
 {
 public:

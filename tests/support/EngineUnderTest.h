@@ -12,7 +12,8 @@
 #include "dsp/MainAudioProcessor.h"
 #include "support/FakePlayHead.h"
 
-/** The plug-in as a host holds it: with a rate, perhaps with a transport, and its parameters by their ids. */
+/** The plug-in with a host around it: sample rate, transport, and parameters by their ids. A behaviour that the reference
+    engine shares is tested over drivers instead (Engines.h). */
 class EngineUnderTest
 {
 public:
@@ -48,7 +49,7 @@ public:
         processor.setPlayHead (&playHead);
     }
 
-    /** One tick by hand, as the sample loop does it. */
+    /** Ticks by hand, as the sample loop does them. */
     void tick (int howOften = 1)
     {
         for (int i = 0; i < howOften; ++i)
@@ -64,7 +65,7 @@ public:
         processor.processBlock (buffer, midi);
     }
 
-    /** Runs the frames in blocks of the given size. */
+    /** Plays the frames in blocks of the given size. */
     Frames run (const Frames& input, std::size_t blockSize = 512)
     {
         Frames output;
@@ -92,7 +93,7 @@ public:
 
     void runSilence (std::size_t numFrames, std::size_t blockSize = 512) { run (Frames (numFrames), blockSize); }
 
-    /** Runs silence until no tick is asked for any more. */
+    /** Runs silence until no tick is pending. */
     void fallAsleep()
     {
         for (int second = 0; second < 20 && processor.controlUpdatePending; ++second)

@@ -8,7 +8,7 @@
 
 #include "frame/AudioProcessorKestrin.h"
 
-/** The smallest processor on the frame: writes down what reaches it, and gives back what the test wants. */
+/** The smallest processor on the frame: records its calls, and answers as the test says. */
 class RecordingProcessor : public juce::AudioProcessorKestrin
 {
 public:
@@ -47,14 +47,14 @@ public:
         return answer != nullptr ? answer (left, right) : Frame { left, right };
     }
 
-    /** Runs one block without MIDI. */
+    /** Plays one block without MIDI. */
     void run (juce::AudioBuffer<float>& buffer)
     {
         juce::MidiBuffer midi;
         processBlock (buffer, midi);
     }
 
-    /** Runs a block of silence in as many channels as the processor has. */
+    /** Plays a block of silence in all channels of the processor. */
     void runSilence (int numSamples)
     {
         juce::AudioBuffer<float> buffer (std::max (getTotalNumInputChannels(), getTotalNumOutputChannels()),
@@ -63,7 +63,7 @@ public:
         run (buffer);
     }
 
-    /** The numbers of the frames before which a tick ran, 0 being the first frame ever. */
+    /** For each tick the number of the frame after it, counted from 0. */
     std::vector<std::size_t> ticks;
 
     std::vector<Frame> received;

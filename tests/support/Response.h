@@ -8,10 +8,10 @@
 #include <random>
 #include <vector>
 
-/** How the tests measure a filter: by what it makes of an impulse, a tone or noise, whatever its insides look like. */
+/** How tests measure a filter: by its response to an impulse, a tone or noise, and not by its fields. */
 namespace response
 {
-/** The left channel's answer to a single 1. */
+/** The left channel's response to a single 1. */
 template <typename Filter>
 [[nodiscard]] std::vector<double> toImpulse (Filter& filter, std::size_t numFrames)
 {
@@ -39,12 +39,12 @@ template <typename Filter>
     return std::abs (sum);
 }
 
-/** The root mean square of the left channel's answer to a sine, once it has swung in. */
+/** The root mean square of the left channel's response to a sine, after the transient. */
 template <typename Filter>
 [[nodiscard]] double levelOfSine (Filter& filter, double cyclesPerFrame, double amplitude, std::size_t numFrames)
 {
     auto sum = 0.0;
-    const auto swungIn = numFrames / 2;
+    const auto settled = numFrames / 2;
 
     for (std::size_t i = 0; i < numFrames; ++i)
     {
@@ -52,11 +52,11 @@ template <typename Filter>
         auto right = left;
         filter.process (left, right);
 
-        if (i >= swungIn)
+        if (i >= settled)
             sum += left * left;
     }
 
-    return std::sqrt (sum / (double) (numFrames - swungIn));
+    return std::sqrt (sum / (double) (numFrames - settled));
 }
 
 /** White noise, -1 to 1, the same for the same seed. */
@@ -71,7 +71,7 @@ template <typename Filter>
     return samples;
 }
 
-/** Runs noise of two seeds, one per channel, and gives back what comes out, left and right alternating. */
+/** The response to noise of two seeds, one per channel; left and right alternate. */
 template <typename Filter>
 std::vector<double> toNoise (Filter& filter, std::uint32_t seed, std::size_t numFrames)
 {
@@ -92,7 +92,7 @@ std::vector<double> toNoise (Filter& filter, std::uint32_t seed, std::size_t num
     return answer;
 }
 
-/** What comes out, left and right alternating, while silence goes in. */
+/** The response to silence; left and right alternate. */
 template <typename Filter>
 std::vector<double> toSilence (Filter& filter, std::size_t numFrames)
 {

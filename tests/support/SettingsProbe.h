@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -9,7 +10,7 @@
 #include "frame/AudioProcessorKestrin.h"
 #include "parameters/ParameterSet.h"
 
-/** The frame with the 55 parameters and nothing behind them: its own program slots, and its insides open to tests. */
+/** The frame with the 55 parameters and no engine. Its programs and extra attributes are open to tests. */
 class SettingsProbe : public juce::AudioProcessorKestrin
 {
 public:
@@ -80,7 +81,7 @@ inline std::string savedText (juce::AudioProcessor& processor)
     return block.substr (8, block.size() - 9);
 }
 
-/** The value of an attribute in a saved text, as it is written there. */
+/** The value of an attribute in a saved text, escaped as it stands there. */
 inline std::string attribute (const std::string& text, const std::string& name)
 {
     const auto start = " " + name + "=\"";
@@ -93,7 +94,7 @@ inline std::string attribute (const std::string& text, const std::string& name)
     return text.substr (value, text.find ('"', value) - value);
 }
 
-/** The same text with other words for an attribute that differs from one save to the next. */
+/** The same text with a fixed value for an attribute that differs from save to save. */
 inline std::string pinned (std::string text, const std::string& name, const std::string& value)
 {
     const auto start = " " + name + "=\"";
@@ -117,11 +118,11 @@ inline std::vector<float> valuesOf (const juce::AudioProcessor& processor)
 
 inline void setAll (juce::AudioProcessor& processor, const std::vector<float>& values)
 {
-    for (size_t index = 0; index < values.size(); ++index)
+    for (std::size_t index = 0; index < values.size(); ++index)
         processor.getParameters()[(int) index]->setValue (values[index]);
 }
 
-/** Values that tell all parameters apart: steps of 1/56, and the switch on. */
+/** A different value for each parameter: steps of 1/56, and the switch on. */
 inline std::vector<float> distinctValues()
 {
     std::vector<float> values;

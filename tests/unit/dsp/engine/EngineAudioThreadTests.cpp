@@ -13,13 +13,13 @@
 
 namespace
 {
-/** A way for the engine to be busy, or not to be. */
+/** A state of the engine: asleep, or busy in one way. */
 struct Regime
 {
     const char* name;
     std::function<void (EngineUnderTest&)> prepare;
 
-    /** Before each block; the host's side, which is not watched. */
+    /** What the host does before each block, which is not watched. */
     std::function<void (EngineUnderTest&, int)> betweenBlocks = nullptr;
 };
 
@@ -144,7 +144,7 @@ TEST_P (EngineAudioThread, NeitherAllocatesNorReleasesNorLocks)
         if (regime.betweenBlocks != nullptr)
             regime.betweenBlocks (engine, block);
 
-        // Blocks of none, of one and of many frames; together they reach a wrap of the clock.
+        // Blocks of none, one and many frames. Together they reach a wrap of the clock.
         constexpr int sizes[] { 512, 0, 1, 4096, 17, 9000 };
         juce::AudioBuffer<float> buffer (2, sizes[block % 6]);
         buffer.clear();
