@@ -7,8 +7,6 @@
 class ReferenceDriver : public EngineDriver
 {
 public:
-    static constexpr const char* name = "ReferenceEngine";
-
     ReferenceDriver();
 
     void setSampleRate (double hostRate) override { engine.setSampleRate (hostRate); }

@@ -50,7 +50,7 @@ class ControlTick : public testing::Test
 {
 };
 
-TYPED_TEST_SUITE (ControlTick, Engines, EngineNames);
+TYPED_TEST_SUITE (ControlTick, Engines);
 } // namespace
 
 TYPED_TEST (ControlTick, KeepsTheLastPlausibleSampleRate)

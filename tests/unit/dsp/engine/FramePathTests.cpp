@@ -70,7 +70,7 @@ class FramePath : public testing::Test
 {
 };
 
-TYPED_TEST_SUITE (FramePath, Engines, EngineNames);
+TYPED_TEST_SUITE (FramePath, Engines);
 
 /** The loop of a block, which one frame by itself does not have. */
 template <typename Driver>
@@ -79,7 +79,7 @@ class BlockLoop : public testing::Test
 };
 
 using BlockEngines = testing::Types<PluginInBlocks, ReferenceDriver>;
-TYPED_TEST_SUITE (BlockLoop, BlockEngines, EngineNames);
+TYPED_TEST_SUITE (BlockLoop, BlockEngines);
 } // namespace
 
 TYPED_TEST (FramePath, AsksForATickInEachOfTheFirstFourFrames)

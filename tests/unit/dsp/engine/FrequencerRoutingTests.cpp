@@ -53,7 +53,7 @@ class FrequencerRouting : public testing::Test
 {
 };
 
-TYPED_TEST_SUITE (FrequencerRouting, Engines, EngineNames);
+TYPED_TEST_SUITE (FrequencerRouting, Engines);
 } // namespace
 
 TYPED_TEST (FrequencerRouting, AppliesAllOffsetsAsAConstantWithoutATransport)

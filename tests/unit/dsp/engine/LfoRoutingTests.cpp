@@ -65,7 +65,7 @@ class LfoRouting : public testing::Test
 {
 };
 
-TYPED_TEST_SUITE (LfoRouting, Engines, EngineNames);
+TYPED_TEST_SUITE (LfoRouting, Engines);
 } // namespace
 
 //======================================================================================================================

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include "reference/ReferenceFilters.h"
-#include "support/BothEngines.h"
 #include "support/Response.h"
 
 namespace
@@ -46,8 +45,8 @@ class GrungeLadders : public testing::Test
 {
 };
 
-using GrungeLadderTypes = BothEngines<GrungeLadder, reference::GrungeLadder>;
-TYPED_TEST_SUITE (GrungeLadders, GrungeLadderTypes, BothEngineNames);
+using GrungeLadderTypes = testing::Types<GrungeLadder, reference::GrungeLadder>;
+TYPED_TEST_SUITE (GrungeLadders, GrungeLadderTypes);
 } // namespace
 
 TYPED_TEST (GrungeLadders, ChangesNothingWithoutStages)

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include "reference/ReferenceFilters.h"
-#include "support/BothEngines.h"
 #include "support/Response.h"
 
 namespace
@@ -51,8 +50,8 @@ class ResonancePeaks : public testing::Test
 {
 };
 
-using ResonancePeakTypes = BothEngines<ResonancePeak, reference::ResonancePeak>;
-TYPED_TEST_SUITE (ResonancePeaks, ResonancePeakTypes, BothEngineNames);
+using ResonancePeakTypes = testing::Types<ResonancePeak, reference::ResonancePeak>;
+TYPED_TEST_SUITE (ResonancePeaks, ResonancePeakTypes);
 } // namespace
 
 TYPED_TEST (ResonancePeaks, HasTheMagnitudeOfAPeakingSection)

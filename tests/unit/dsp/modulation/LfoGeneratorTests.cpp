@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include "reference/ReferenceLfo.h"
-#include "support/BothEngines.h"
 
 namespace
 {
@@ -62,8 +61,8 @@ class LfoGenerators : public testing::Test
 {
 };
 
-using LfoGeneratorTypes = BothEngines<LfoGenerator, reference::LfoGenerator>;
-TYPED_TEST_SUITE (LfoGenerators, LfoGeneratorTypes, BothEngineNames);
+using LfoGeneratorTypes = testing::Types<LfoGenerator, reference::LfoGenerator>;
+TYPED_TEST_SUITE (LfoGenerators, LfoGeneratorTypes);
 } // namespace
 
 TEST (TriangleOf, RisesToOneAtHalfAndFallsBack)

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "reference/ReferenceLfo.h"
-#include "support/BothEngines.h"
 
 namespace
 {
@@ -26,8 +25,8 @@ class SlewValues : public testing::Test
 {
 };
 
-using SlewValueTypes = BothEngines<SlewValue, reference::SlewValue>;
-TYPED_TEST_SUITE (SlewValues, SlewValueTypes, BothEngineNames);
+using SlewValueTypes = testing::Types<SlewValue, reference::SlewValue>;
+TYPED_TEST_SUITE (SlewValues, SlewValueTypes);
 } // namespace
 
 TYPED_TEST (SlewValues, StartsAtRest)
