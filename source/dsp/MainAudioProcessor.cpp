@@ -50,8 +50,8 @@ MainAudioProcessor::MainAudioProcessor()
                                  .withInput ("Input", juce::AudioChannelSet::stereo(), true)
                                  .withOutput ("Output", juce::AudioChannelSet::stereo(), true)),
       barLengths (columnOfBars<float> (&parameterTable::Bar::beats)),
-      barLabels (columnOfBars<std::string> (&parameterTable::Bar::text)), hpFilter (std::make_unique<ButterworthFilter>()),
-      lpFilter (std::make_unique<ButterworthFilter>()),
+      barLabels (columnOfBars<std::string> (&parameterTable::Bar::text)),
+      hpFilter (std::make_unique<ButterworthFilter>()), lpFilter (std::make_unique<ButterworthFilter>()),
       hpLadder (std::make_unique<GrungeLadder>()), lpLadder (std::make_unique<GrungeLadder>()),
       hpResonator (std::make_unique<ResonancePeak>()), lpResonator (std::make_unique<ResonancePeak>()),
       parameters (*this), snapshot (parameters, barLengths), lfos (lfo, wobblePhase, wobbleStep, wobbleDepth),
