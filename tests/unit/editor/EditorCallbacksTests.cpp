@@ -49,7 +49,9 @@ protected:
             EXPECT_FALSE (heard.values.empty()) << id;
 
             if (! heard.values.empty())
+            {
                 EXPECT_EQ (heard.values.back(), knob->parameter->get()) << id;
+            }
 
             EXPECT_EQ (heard.gestures, 0) << id;
             EXPECT_TRUE (processor.controlUpdatePending) << id;

@@ -18,13 +18,13 @@ protected:
     /** Made at first use, after the test has set its parameters. */
     MainAudioProcessorEditor& editor()
     {
-        if (window == nullptr)
-            window = std::make_unique<MainAudioProcessorEditor> (processor);
+        if (madeEditor == nullptr)
+            madeEditor = std::make_unique<MainAudioProcessorEditor> (processor);
 
-        return *window;
+        return *madeEditor;
     }
 
-    void closeEditor() { window.reset(); }
+    void closeEditor() { madeEditor.reset(); }
 
     /** As a host sets it. */
     static void set (juce::AudioProcessorParameter* parameter, float value) { parameter->setValue (value); }
@@ -33,7 +33,7 @@ protected:
     void runFrames (int numFrames);
 
 private:
-    std::unique_ptr<MainAudioProcessorEditor> window;
+    std::unique_ptr<MainAudioProcessorEditor> madeEditor;
 };
 
 /** The knob of a parameter within a component, however deep; null if there is none. */

@@ -204,7 +204,9 @@ TEST (SettingsState, RestoresTenThousandRandomStatesWithinHalfADigit)
                 << "seed " << seed << ", round " << round << ", parameter " << index;
 
         if (round % 100 == 0)
+        {
             ASSERT_EQ (withoutDate (settings::savedText (second)), withoutDate (settings::savedText (first)));
+        }
     }
 }
 

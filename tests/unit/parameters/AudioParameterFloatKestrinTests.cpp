@@ -228,7 +228,7 @@ TEST (AudioParameterFloatKestrin, LimitsWhatTheHostSetsToItsPositions)
 {
     auto parameter = makeOfKind (Parameter::frequencyKind);
 
-    for (const auto [set, kept] : { std::pair { 1.0f, 1.0f }, { 0.0f, 0.0f }, { 0.125f, 0.125f } })
+    for (const auto& [set, kept] : { std::pair { 1.0f, 1.0f }, { 0.0f, 0.0f }, { 0.125f, 0.125f } })
     {
         hostView (parameter).setValue (set);
         EXPECT_EQ (parameter.get(), kept);
