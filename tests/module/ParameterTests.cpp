@@ -67,7 +67,7 @@ TEST (ModuleParameters, AreTheFiftyFiveInTheirOrderAndThenTheHostsBypass)
 
     ASSERT_EQ (list.size(), rows.size() + 1);
 
-    for (size_t index = 0; index < rows.size(); ++index)
+    for (std::size_t index = 0; index < rows.size(); ++index)
     {
         EXPECT_EQ (list[index].id, rows[index].id) << index;
         EXPECT_EQ (list[index].name(), rows[index].name) << index;

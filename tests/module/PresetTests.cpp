@@ -142,7 +142,7 @@ TEST (Presets, ThatAreDamagedAreRefused)
     ModuleUnderTest module;
     const auto whole = presetFile::fromBlock (module.instance(), pluginState::read (module.instance()));
 
-    for (size_t size = 0; size < whole.getSize(); size += 7)
+    for (std::size_t size = 0; size < whole.getSize(); size += 7)
     {
         const juce::MemoryBlock cut (whole.getData(), size);
 

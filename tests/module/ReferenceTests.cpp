@@ -22,7 +22,7 @@ void expectSameBits (const Settings& settings, int numChannels, bool withTranspo
 
     for (const auto& [index, position] : settings)
     {
-        module.parameters().all()[(size_t) index].parameter->setValue (position);
+        module.parameters().all()[(std::size_t) index].parameter->setValue (position);
         engine.setParameter (index, position);
     }
 

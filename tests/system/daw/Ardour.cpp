@@ -25,7 +25,7 @@ juce::File findPrograms()
     glob ("/usr/lib/ardour[0-9]*/luasession", 0, nullptr, &found);
     juce::File newest;
 
-    for (size_t i = 0; i < found.gl_pathc; ++i)
+    for (std::size_t i = 0; i < found.gl_pathc; ++i)
         newest = juce::File (found.gl_pathv[i]).getParentDirectory();
 
     globfree (&found);

@@ -197,7 +197,7 @@ TEST_F (InArdour, ShowsAllParametersInOrderWithTheirNamesAndDefaults)
     for (int index = 0; index < Index::count; ++index)
     {
         const auto words = juce::StringArray::fromTokens (lines[index], "\t", "");
-        const auto& expected = table[(size_t) index];
+        const auto& expected = table[(std::size_t) index];
         EXPECT_EQ (words[1].toStdString(), expected.name);
         EXPECT_EQ (words[2].getFloatValue(), 0.0f) << expected.name;
         EXPECT_EQ (words[3].getFloatValue(), 1.0f) << expected.name;
@@ -289,7 +289,8 @@ TEST_F (InArdour, FollowsAutomationBitForBitAsTheLiteralEngineAndAsTheOfflineHos
             before = position;
         }
 
-        lanes.add (juce::String (reference::parameterTable()[(size_t) index].id) + "@" + points.joinIntoString (","));
+        lanes.add (juce::String (reference::parameterTable()[(std::size_t) index].id) + "@"
+                   + points.joinIntoString (","));
     }
 
     EXPECT_EQ (numDiffering (heard, renderInHost (song, match.framesBefore, lanes), match.framesBefore), 0);
@@ -312,7 +313,7 @@ TEST_F (InArdour, FindsASavedSessionAsItWasAndSavesItAsItWas)
     for (const auto& [index, position] : positions)
     {
         const auto text = juce::String (position, 4);
-        EXPECT_EQ (settingOf (settings, reference::parameterTable()[(size_t) index].id), text.toStdString());
+        EXPECT_EQ (settingOf (settings, reference::parameterTable()[(std::size_t) index].id), text.toStdString());
         EXPECT_EQ (juce::StringArray::fromTokens (lines[index], "\t", "")[5].getFloatValue(), text.getFloatValue())
             << lines[index];
     }

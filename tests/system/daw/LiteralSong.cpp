@@ -46,7 +46,7 @@ float LiteralSong::positionAtEnd (const std::vector<Ardour::Point>& lane, int en
 {
     const auto tick = ticksAt (endFrame);
 
-    for (size_t i = 1; i < lane.size(); ++i)
+    for (std::size_t i = 1; i < lane.size(); ++i)
     {
         const auto& from = lane[i - 1];
         const auto& to = lane[i];

@@ -143,8 +143,8 @@ void ModuleWindow::listen()
     if (numBytes <= 0)
         throw HostError (("kestrin-host has ended: " + everything).c_str());
 
-    everything.append (bytes.data(), (size_t) numBytes);
-    unfinishedLine.append (bytes.data(), (size_t) numBytes);
+    everything.append (bytes.data(), (std::size_t) numBytes);
+    unfinishedLine.append (bytes.data(), (std::size_t) numBytes);
 
     for (auto end = unfinishedLine.find ('\n'); end != std::string::npos; end = unfinishedLine.find ('\n'))
     {

@@ -115,7 +115,7 @@ double largestFieldDifference (const juce::Image& one, const juce::Image& other)
             const auto mean = meanOf (one, fieldOf (one, column, row));
             const auto otherMean = meanOf (other, fieldOf (other, column, row));
 
-            for (size_t part = 0; part < mean.size(); ++part)
+            for (std::size_t part = 0; part < mean.size(); ++part)
                 largest = std::max (largest, std::abs (mean[part] - otherMean[part]));
         }
     }

@@ -58,7 +58,7 @@ StatePictures picturesAt (double scale)
     ModuleWindow window ({ "--scale", std::to_string (scale), "--set", "hp_freq=0.3", "--set", "lp_reso=0.9" });
     StatePictures pictures;
 
-    for (size_t index = 0; index < states.size(); ++index)
+    for (std::size_t index = 0; index < states.size(); ++index)
     {
         const auto& state = states[index];
         const auto hasItsTicks = [&] (const juce::Image& image)
@@ -112,7 +112,7 @@ TEST_P (WindowScale, DrawsTheWindowWholeAndSharpInThatManyMorePixelsBeforeAndAft
     const auto small = picturesAt (1.0);
     const auto large = picturesAt (scale);
 
-    for (size_t index = 0; index < states.size(); ++index)
+    for (std::size_t index = 0; index < states.size(); ++index)
     {
         const std::string name (states[index].name);
         SCOPED_TRACE (name);

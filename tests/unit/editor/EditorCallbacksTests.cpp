@@ -45,7 +45,7 @@ protected:
 
             const auto id = knob->parameter->getParameterID();
             EXPECT_NEAR (knob->getValue(), 0.6 * knob->getMaximum(), 0.51 * knob->getInterval() + 1.0e-6) << id;
-            EXPECT_EQ (knob->parameter->get(), static_cast<float> (knob->getValue())) << id;
+            EXPECT_EQ (knob->parameter->get(), (float) knob->getValue()) << id;
             EXPECT_FALSE (heard.values.empty()) << id;
 
             if (! heard.values.empty())
@@ -270,9 +270,9 @@ protected:
     /** The formula of a draw, from a generator that gives 0 to 2^31 - 1 or 0 to 32767. */
     static float draw()
     {
-        const auto wide = static_cast<unsigned> (std::rand());
+        const auto wide = (unsigned) std::rand();
         const auto number = RAND_MAX == 32767 ? wide : wide >> 16;
-        return static_cast<float> (number) * 3.0518509e-05f - 0.5f;
+        return (float) number * 3.0518509e-05f - 0.5f;
     }
 
     void click()
@@ -310,7 +310,7 @@ protected:
         std::vector<int> order (20);
 
         for (auto i = 0; i < 20; ++i)
-            order[static_cast<std::size_t> (i)] = 35 + i;
+            order[(std::size_t) i] = 35 + i;
 
         EXPECT_EQ (changed, order);
     }

@@ -29,9 +29,8 @@ std::string exactly (const juce::DrawableRectangle& rectangle)
     EXPECT_EQ (rectangle.getBounds(), area.getSmallestIntegerContainer());
 
     char text[100] {};
-    std::snprintf (text, sizeof (text), " (%g, %g, %g, %g)", static_cast<double> (area.getX()),
-                   static_cast<double> (area.getY()), static_cast<double> (area.getWidth()),
-                   static_cast<double> (area.getHeight()));
+    std::snprintf (text, sizeof (text), " (%g, %g, %g, %g)", (double) area.getX(), (double) area.getY(),
+                   (double) area.getWidth(), (double) area.getHeight());
     return text;
 }
 
@@ -380,7 +379,7 @@ TEST_F (EditorOpening, ShowsTheDivisionKnobAtTempoAndOnePositionBeyond)
 {
     for (auto index = 0; index < 10; ++index)
     {
-        set (parameters.lfoSync[0], static_cast<float> (index) / 9.0f);
+        set (parameters.lfoSync[0], (float) index / 9.0f);
         const auto tempo = index == 3 || index == 4;
         EXPECT_EQ (editor().lfoControls[0].divisionKnob.isVisible(), tempo) << index;
         EXPECT_EQ (editor().lfoControls[0].speedKnob.isVisible(), ! tempo) << index;

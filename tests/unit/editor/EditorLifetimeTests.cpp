@@ -119,7 +119,7 @@ TEST_F (EditorLifetime, FollowsALoadedState)
     set (parameters.hpFreq, 0.0f);
     set (parameters.seqOffs, 0.5f);
     editor().timerCallback();
-    processor.setStateInformation (state.getData(), static_cast<int> (state.getSize()));
+    processor.setStateInformation (state.getData(), (int) state.getSize());
     editor().timerCallback();
     EXPECT_EQ (editor().hpFreqSlider.getValue(), 0.625);
     EXPECT_EQ (editor().offsetEditor.getText(), juce::String ("+512"));

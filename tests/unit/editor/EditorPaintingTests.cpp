@@ -75,7 +75,7 @@ TEST_F (EditorPainting, WritesGreyInTheHeaderAndBlackBelow)
     for (auto x = 0; x < 266; ++x)
         for (auto y = 0; y < 36; ++y)
         {
-            const auto level = static_cast<int> (image.getPixelAt (x, y).getRed());
+            const auto level = (int) image.getPixelAt (x, y).getRed();
 
             if (y < 20)
                 brightest = std::max (brightest, level);

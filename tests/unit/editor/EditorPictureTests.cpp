@@ -33,8 +33,8 @@ protected:
     {
         for (std::size_t step = 0; step < ParameterSet::numSteps; ++step)
         {
-            set (parameters.seqHpf[step], 0.05f + 0.1f * static_cast<float> (step));
-            set (parameters.seqLpf[step], 0.95f - 0.1f * static_cast<float> (step));
+            set (parameters.seqHpf[step], 0.05f + 0.1f * (float) step);
+            set (parameters.seqLpf[step], 0.95f - 0.1f * (float) step);
             processor.stepLit[step] = step % 3 != 0;
         }
 
@@ -47,7 +47,7 @@ protected:
 
         for (const auto scale : { 1, 2 })
         {
-            const auto image = picture (editor(), static_cast<float> (scale));
+            const auto image = picture (editor(), (float) scale);
             keepPicture (image, name + (scale == 1 ? ".png" : "@2x.png"));
             EXPECT_EQ (image.getWidth(), width * scale);
             EXPECT_EQ (image.getHeight(), 546 * scale);

@@ -23,7 +23,7 @@ TEST_F (EditorPolling, BringsEveryParameterToItsControlWithinTwoPolls)
             if (knob != nullptr && knob->getInterval() > 0.0)
                 value = knob->getInterval() * juce::roundToInt (value / knob->getInterval());
 
-            set (parameter, static_cast<float> (value));
+            set (parameter, (float) value);
             editor().timerCallback();
             editor().timerCallback();
 
@@ -32,7 +32,7 @@ TEST_F (EditorPolling, BringsEveryParameterToItsControlWithinTwoPolls)
             else if (id == "link")
                 EXPECT_EQ (editor().linkToggle.getToggleState(), value >= 0.5);
             else if (id == "inertia")
-                EXPECT_EQ (editor().inertiaSlider.getValue(), static_cast<double> (static_cast<float> (value)));
+                EXPECT_EQ (editor().inertiaSlider.getValue(), (double) (float) value);
             else if (id == "seq_offs")
                 EXPECT_EQ (editor().offsetEditor.getText(), parameters.seqOffs->getCurrentValueAsText().trim());
             else if (id == "filtmode")
@@ -90,7 +90,7 @@ TEST_F (EditorPolling, NamesTheResonanceAfterTheFilterFamily)
 {
     const auto expectCaption = [this] (int index, const char* text)
     {
-        set (parameters.filtMode, static_cast<float> (index) / 9.0f);
+        set (parameters.filtMode, (float) index / 9.0f);
         editor().timerCallback();
 
         for (const auto& column : editor().filterControls)

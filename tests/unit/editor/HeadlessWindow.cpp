@@ -121,9 +121,9 @@ void HeadlessWindow::drag (juce::Component& target, int dragUp, juce::ModifierKe
     press (target, keysAtPress);
 
     for (auto moved = direction; moved != dragUp + direction; moved += direction)
-        send (start.translated (0.0f, static_cast<float> (-moved)), keysWhileDragging.withFlags (button));
+        send (start.translated (0.0f, (float) -moved), keysWhileDragging.withFlags (button));
 
-    send (start.translated (0.0f, static_cast<float> (-dragUp)), {});
+    send (start.translated (0.0f, (float) -dragUp), {});
     deliverMessages();
 }
 
@@ -152,7 +152,7 @@ void HeadlessWindow::wheel (juce::Component& target, float deltaY)
 void HeadlessWindow::type (const juce::String& text)
 {
     for (auto character = text.getCharPointer(); ! character.isEmpty(); ++character)
-        peer().handleKeyPress (static_cast<int> (*character), *character);
+        peer().handleKeyPress ((int) *character, *character);
 
     deliverMessages();
 }

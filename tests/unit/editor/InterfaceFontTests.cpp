@@ -100,7 +100,7 @@ TEST_F (WindowText, FitsItsBoxes)
     {
         const auto width = juce::GlyphArrangement::getStringWidth (lookAndFeel.getLabelFont (label), text);
         const auto room = label.getBorderSize().subtractedFrom (label.getLocalBounds()).getWidth();
-        EXPECT_LE (width * narrowest, static_cast<float> (room)) << text;
+        EXPECT_LE (width * narrowest, (float) room) << text;
     };
 
     for (auto* knob : allOf<ParameterSlider> (editor()))

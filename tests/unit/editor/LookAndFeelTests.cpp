@@ -59,13 +59,13 @@ protected:
     {
         const auto place =
             centreOf (knob) + juce::Point<double> { std::sin (angle), -std::cos (angle) } * (radius * radiusOf (knob));
-        return image.getPixelAt (static_cast<int> (place.x * scale), static_cast<int> (place.y * scale));
+        return image.getPixelAt ((int) (place.x * scale), (int) (place.y * scale));
     }
 
     [[nodiscard]] juce::Colour pixelAt (const ParameterSlider& knob, double x, double y) const
     {
         const auto place = centreOf (knob) + juce::Point<double> { x, y };
-        return image.getPixelAt (static_cast<int> (place.x * scale), static_cast<int> (place.y * scale));
+        return image.getPixelAt ((int) (place.x * scale), (int) (place.y * scale));
     }
 
     [[nodiscard]] static double radiusOf (const ParameterSlider& knob)
@@ -139,7 +139,7 @@ TEST_F (KnobPixels, GiveEveryKnobTheArcOfItsKind)
                                  parameters.lfoShape[1], parameters.lfoCurve[0], parameters.lfoCurve[1] };
 
     for (const auto* knob : allOf<ParameterSlider> (editor()))
-        set (knob->parameter, static_cast<float> (knob->getMaximum()));
+        set (knob->parameter, (float) knob->getMaximum());
 
     const auto expectArcs = [this, &cyanKnobs]
     {
@@ -289,7 +289,7 @@ protected:
             const auto angle = firstAngle + (lastAngle - firstAngle) * position;
             const auto x = centreX + std::sin (angle) * radius * 0.91;
             const auto y = centreY - std::cos (angle) * radius * 0.91;
-            const auto onTick = image.getPixelAt (static_cast<int> (x), static_cast<int> (y)).getAlpha() > 200;
+            const auto onTick = image.getPixelAt ((int) x, (int) y).getAlpha() > 200;
 
             if (onTick && ! wasOnTick)
                 ticks.push_back (position);
@@ -307,7 +307,7 @@ protected:
 
         // Half a tick's width and the tick's lean to the left.
         for (std::size_t tick = 0; tick < number; ++tick)
-            EXPECT_NEAR (ticks[tick], static_cast<double> (tick) / static_cast<double> (number - 1), 0.01);
+            EXPECT_NEAR (ticks[tick], (double) tick / (double) (number - 1), 0.01);
     }
 };
 
@@ -335,13 +335,13 @@ TEST_F (KnobTicks, FallBackToElevenForStepsTooCloseOrTooWide)
 TEST_F (KnobTicks, LeanOnTheirRadiusFromTheLeft)
 {
     const auto image = draw (parameters.hpFreq);
-    const auto row = static_cast<int> (centreY - radius * 0.91);
+    const auto row = (int) (centreY - radius * 0.91);
 
     // The middle tick points upwards; its width is 0.04 * 0.707 of the radius.
-    EXPECT_GT (image.getPixelAt (static_cast<int> (centreX) - 1, row).getAlpha(), 200);
-    EXPECT_GT (image.getPixelAt (static_cast<int> (centreX) - 4, row).getAlpha(), 200);
-    EXPECT_LT (image.getPixelAt (static_cast<int> (centreX) + 1, row).getAlpha(), 200);
-    EXPECT_LT (image.getPixelAt (static_cast<int> (centreX) - 6, row).getAlpha(), 200);
+    EXPECT_GT (image.getPixelAt ((int) centreX - 1, row).getAlpha(), 200);
+    EXPECT_GT (image.getPixelAt ((int) centreX - 4, row).getAlpha(), 200);
+    EXPECT_LT (image.getPixelAt ((int) centreX + 1, row).getAlpha(), 200);
+    EXPECT_LT (image.getPixelAt ((int) centreX - 6, row).getAlpha(), 200);
 }
 
 TEST_F (KnobTicks, DrawOnAKnobOfAFewPixels)
@@ -353,8 +353,7 @@ TEST_F (KnobTicks, DrawOnAKnobOfAFewPixels)
 
     {
         juce::Graphics g { image };
-        lookAndFeel.drawRotarySlider (g, 0, 0, 10, 10, 0.5f, static_cast<float> (firstAngle),
-                                      static_cast<float> (lastAngle), knob);
+        lookAndFeel.drawRotarySlider (g, 0, 0, 10, 10, 0.5f, (float) firstAngle, (float) lastAngle, knob);
     }
 
     EXPECT_EQ (image.getPixelAt (5, 11).getAlpha(), 255);
@@ -377,13 +376,12 @@ TEST_F (KestrinLookAndFeelColours, KeepTheFirstStopsOfAKnob)
 
     {
         juce::Graphics g { image };
-        lookAndFeel.drawRotarySlider (g, 0, 0, 400, 400, 1.0f, static_cast<float> (firstAngle),
-                                      static_cast<float> (lastAngle), knob);
+        lookAndFeel.drawRotarySlider (g, 0, 0, 400, 400, 1.0f, (float) firstAngle, (float) lastAngle, knob);
     }
 
     const auto angle = firstAngle + (lastAngle - firstAngle) * 0.55;
-    const auto seen = image.getPixelAt (static_cast<int> (200.0 + std::sin (angle) * 160.0 * 0.91),
-                                        static_cast<int> (206.0 - std::cos (angle) * 160.0 * 0.91));
+    const auto seen = image.getPixelAt ((int) (200.0 + std::sin (angle) * 160.0 * 0.91),
+                                        (int) (206.0 - std::cos (angle) * 160.0 * 0.91));
     EXPECT_GT (seen.getGreen(), 100);
     EXPECT_EQ (seen.getRed(), 0);
 }
@@ -468,7 +466,7 @@ TEST_F (RandomizeButtonPixels, AreBrighterOnADisabledButton)
 
         for (auto y = 4; y < 22; ++y)
             for (auto x = 8; x < 90; ++x)
-                found = std::max (found, static_cast<int> (juce::Colour { pixel (image, x, y) }.getRed()));
+                found = std::max (found, (int) juce::Colour { pixel (image, x, y) }.getRed());
 
         return found;
     };

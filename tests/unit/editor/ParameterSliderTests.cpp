@@ -83,12 +83,11 @@ TEST_F (ParameterSliderRange, RestsOnTheStoredPositionsOfEveryChoice)
         {
             // From a little beside the position, as a hand leaves it.
             knob->setValue ((index + 0.2) / (choice.stepCount - 1), juce::dontSendNotification);
-            EXPECT_EQ (static_cast<float> (knob->getValue()),
-                       static_cast<float> (index) / static_cast<float> (choice.stepCount - 1))
+            EXPECT_EQ ((float) knob->getValue(), (float) index / (float) (choice.stepCount - 1))
                 << choice.parameter->getParameterID() << " " << index;
-            EXPECT_EQ (choice.parameter->getChoiceIndexForValue (static_cast<float> (knob->getValue())), index);
+            EXPECT_EQ (choice.parameter->getChoiceIndexForValue ((float) knob->getValue()), index);
             EXPECT_EQ (knob->getTextFromValue (knob->getValue()),
-                       juce::String (choice.parameter->choiceTexts[static_cast<std::size_t> (index)]));
+                       juce::String (choice.parameter->choiceTexts[(std::size_t) index]));
         }
     }
 }
@@ -173,7 +172,7 @@ TEST_F (ParameterSliderMouse, TravelsItsRangeIn250Pixels)
     start (0.25f);
     window.drag (hpFreq(), 25);
     EXPECT_NEAR (hpFreq().getValue(), 0.35, tolerance);
-    EXPECT_NEAR (static_cast<double> (parameters.hpFreq->get()), 0.35, tolerance);
+    EXPECT_NEAR ((double) parameters.hpFreq->get(), 0.35, tolerance);
 
     window.drag (hpFreq(), -50);
     EXPECT_NEAR (hpFreq().getValue(), 0.15, tolerance);
@@ -231,7 +230,7 @@ TEST_F (ParameterSliderMouse, ResetsEveryKnobToItsParametersDefault)
     for (auto* knob : allOf<ParameterSlider> (editor()))
     {
         EXPECT_TRUE (knob->isDoubleClickReturnEnabled());
-        EXPECT_EQ (knob->getDoubleClickReturnValue(), static_cast<double> (knob->parameter->defaultValue));
+        EXPECT_EQ (knob->getDoubleClickReturnValue(), (double) knob->parameter->defaultValue);
     }
 }
 

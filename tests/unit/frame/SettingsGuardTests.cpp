@@ -13,7 +13,7 @@ namespace
 std::string repeated (const std::string& text, int times)
 {
     std::string result;
-    result.reserve (text.size() * (size_t) times);
+    result.reserve (text.size() * (std::size_t) times);
 
     for (int time = 0; time < times; ++time)
         result += text;

@@ -30,12 +30,12 @@ std::string otherBlock()
     return settings::savedBlock (processor);
 }
 
-std::string repeated (const std::string& text, size_t times)
+std::string repeated (const std::string& text, std::size_t times)
 {
     std::string result;
     result.reserve (text.size() * times);
 
-    for (size_t time = 0; time < times; ++time)
+    for (std::size_t time = 0; time < times; ++time)
         result += text;
 
     return result;
@@ -62,7 +62,7 @@ std::vector<float> readPlainly (const std::string& block, const Settled& process
         const auto& id = dynamic_cast<juce::AudioProcessorParameterWithID&> (*processor.getParameters()[index]).paramID;
 
         if (element->hasAttribute (id))
-            values[(size_t) index] = (float) element->getDoubleAttribute (id);
+            values[(std::size_t) index] = (float) element->getDoubleAttribute (id);
     }
 
     return values;
@@ -128,7 +128,7 @@ TEST (DamagedSettings, CutAnywhereGiveWhatIsWholeOrNothing)
     const auto block = otherBlock();
     Settled processor;
 
-    for (size_t length = 0; length < block.size(); ++length)
+    for (std::size_t length = 0; length < block.size(); ++length)
     {
         settings::setAll (processor, processor.values);
         const auto cut = block.substr (0, length);
@@ -143,7 +143,7 @@ TEST (DamagedSettings, WithAnyBitFlippedLeaveEveryParameterAPosition)
     const auto block = otherBlock();
     MainAudioProcessor processor;
 
-    for (size_t bit = 0; bit < block.size() * 8; ++bit)
+    for (std::size_t bit = 0; bit < block.size() * 8; ++bit)
     {
         auto damaged = block;
         damaged[bit / 8] = (char) (damaged[bit / 8] ^ (1 << bit % 8));
@@ -169,10 +169,10 @@ TEST (DamagedSettings, OfRandomBytesInsideLeaveEveryParameterAPosition)
         auto damaged = block;
 
         for (int change = random.nextInt (8); change >= 0; --change)
-            damaged[(size_t) (8 + random.nextInt ((int) block.size() - 8))] = "<>&;#x\"'=/!?- \x80\xf0\x00"
-                                                                              "e9"[random.nextInt (19)];
+            damaged[(std::size_t) (8 + random.nextInt ((int) block.size() - 8))] = "<>&;#x\"'=/!?- \x80\xf0\x00"
+                                                                                   "e9"[random.nextInt (19)];
 
-        damaged.resize ((size_t) (9 + random.nextInt ((int) block.size() - 9)));
+        damaged.resize ((std::size_t) (9 + random.nextInt ((int) block.size() - 9)));
         settings::loadBlock (processor, damaged);
 
         for (const auto value : settings::valuesOf (processor))
@@ -203,7 +203,7 @@ TEST (DamagedSettings, WithAnInstructionInsideChangeNothing)
 
 TEST (DamagedSettings, NestedAMillionDeepChangeNothing)
 {
-    constexpr size_t depth = 1000000;
+    constexpr std::size_t depth = 1000000;
 
     expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)" + repeated ("<a>", depth)), "open");
     expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)" + repeated ("<a>", depth)
@@ -214,7 +214,7 @@ TEST (DamagedSettings, NestedAMillionDeepChangeNothing)
 
 TEST (DamagedSettings, OfSixtyFourMegabytesChangeNothing)
 {
-    constexpr size_t size = 64 << 20;
+    constexpr std::size_t size = 64 << 20;
 
     for (const auto* filling : { "<a/>", "<a>", "&amp;" })
         expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)"
@@ -228,7 +228,7 @@ TEST (DamagedSettings, OfSixtyFourMegabytesChangeNothing)
 
 TEST (DamagedSettings, FullOfBeginningsEndAtOnce)
 {
-    constexpr size_t size = 2 << 20;
+    constexpr std::size_t size = 2 << 20;
 
     for (const auto* filling :
          { "a='1' ", "a=", "&", "&#", "&#x", "&a;", "<!-- -->", "<!--", "<![CDATA[", "<?", "</", "<", "'", " " })

@@ -59,7 +59,7 @@ TEST (SettingsState, LoadsEveryParameterThatItNames)
 
     const auto values = settings::valuesOf (loader);
 
-    for (size_t index = 0; index < values.size(); ++index)
+    for (std::size_t index = 0; index < values.size(); ++index)
         EXPECT_NEAR ((double) values[index], (double) settings::distinctValues()[index], 0.00005) << index;
 }
 
@@ -329,7 +329,7 @@ TEST (SettingsState, SavesAndLoadsWhileAudioRuns)
 
     for (int round = 0; round < 500 || numBlocks < 50; ++round)
     {
-        settings::loadBlock (processor, blocks[(size_t) round % 2]);
+        settings::loadBlock (processor, blocks[(std::size_t) round % 2]);
         const auto saved = settings::savedText (processor);
         ASSERT_EQ (settings::attribute (saved, "hp_freq"), round % 2 == 0 ? "0.0179" : "0.0000");
     }

@@ -49,7 +49,7 @@ TEST (SettingsState, WritesItsTextIntoALittleEndianBlockThatEndsInZero)
 {
     MainAudioProcessor processor;
     const auto block = settings::savedBlock (processor);
-    const auto byte = [&block] (size_t index) { return (unsigned) (unsigned char) block[index]; };
+    const auto byte = [&block] (std::size_t index) { return (unsigned) (unsigned char) block[index]; };
 
     ASSERT_GT (block.size(), 9u);
     EXPECT_EQ (block.substr (0, 4), "VC2!");
@@ -199,7 +199,7 @@ TEST (SettingsState, RestoresTenThousandRandomStatesWithinHalfADigit)
         settings::loadBlock (second, settings::savedBlock (first));
         const auto restored = settings::valuesOf (second);
 
-        for (size_t index = 0; index < values.size(); ++index)
+        for (std::size_t index = 0; index < values.size(); ++index)
             ASSERT_NEAR ((double) restored[index], (double) values[index], halfADigit + floatRounding)
                 << "seed " << seed << ", round " << round << ", parameter " << index;
 

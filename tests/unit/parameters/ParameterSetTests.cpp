@@ -81,7 +81,7 @@ TEST (ParameterSet, HoldsTheParametersThatTheReferenceSpellsOut)
 
     for (int index = 0; index < (int) wanted.size(); ++index)
     {
-        const auto& row = wanted[(size_t) index];
+        const auto& row = wanted[(std::size_t) index];
         const auto& parameter = at (processor, index);
 
         EXPECT_EQ (parameter.paramID.toStdString(), row.id);
@@ -176,7 +176,7 @@ TEST (ParameterSet, NamesEachParameterByItsId)
 
     EXPECT_EQ (set.link->paramID, "link");
 
-    for (size_t lfo = 0; lfo < ParameterSet::numLfos; ++lfo)
+    for (std::size_t lfo = 0; lfo < ParameterSet::numLfos; ++lfo)
     {
         const auto start = "lfo" + juce::String (lfo + 1);
         const auto other = juce::String (2 - lfo);
@@ -194,7 +194,7 @@ TEST (ParameterSet, NamesEachParameterByItsId)
         EXPECT_EQ (set.lfoToOtherLfo[lfo]->paramID, start + "T_lfo" + other);
     }
 
-    for (size_t step = 0; step < ParameterSet::numSteps; ++step)
+    for (std::size_t step = 0; step < ParameterSet::numSteps; ++step)
     {
         const auto start = "seq" + juce::String (step + 1);
 
@@ -272,6 +272,6 @@ TEST (ParameterTable, KeepsCycleLengthsAndTheirWordsInStep)
     ASSERT_EQ (processor.barLengths.size(), lengths.size());
     EXPECT_EQ (processor.barLabels, processor.parameters.lfoMode[0]->choiceTexts);
 
-    for (size_t index = 0; index < lengths.size(); ++index)
+    for (std::size_t index = 0; index < lengths.size(); ++index)
         EXPECT_EQ ((double) processor.barLengths[index], lengths[index]);
 }

@@ -99,7 +99,7 @@ TEST (ValueText, EqualsTheReferenceForEveryParameterOfTheList)
     const auto rows = reference::parameterTable();
     constexpr int numPositions = 10007;
 
-    for (size_t index = 0; index < rows.size(); ++index)
+    for (std::size_t index = 0; index < rows.size(); ++index)
     {
         const auto* parameter = own (processor.getParameters()[(int) index]);
 
@@ -197,7 +197,7 @@ TEST (ValueText, ShowsTheDefaultOfEveryParameter)
 
     for (int index = 0; index < parameters.size(); ++index)
     {
-        const auto& [id, shown] = defaults[(size_t) index];
+        const auto& [id, shown] = defaults[(std::size_t) index];
 
         EXPECT_EQ (idOf (parameters[index]), id);
         EXPECT_EQ (parameters[index]->getCurrentValueAsText().toStdString(), shown) << id;
@@ -240,7 +240,7 @@ TEST (ValueText, ShowsEveryTextOfEveryChoiceAtItsPositionAndNothingAboveTheLast)
         for (int step = 0; step < choice.steps; ++step)
         {
             const auto position = (float) step / (float) (choice.steps - 1);
-            const auto shown = step < (int) choice.texts.size() ? choice.texts[(size_t) step] : std::string();
+            const auto shown = step < (int) choice.texts.size() ? choice.texts[(std::size_t) step] : std::string();
 
             EXPECT_EQ (named (processor, choice.id).formatValueText (position), shown) << choice.id << " step " << step;
         }
