@@ -254,7 +254,7 @@ TEST_F (KnobPixels, MeasureASmallKnobWithoutItsTextBox)
 }
 
 //======================================================================================================================
-/** A knob by itself, large and on nothing: only its ticks are opaque on the scale. */
+/** A knob by itself, large and on nothing: only its ticks are opaque on the scale, and only their shadows are bright. */
 class KnobTicks : public EditorFixture
 {
 protected:
@@ -275,7 +275,8 @@ protected:
         return image;
     }
 
-    /** The angles, as positions on the knob's travel, at which a walk along the scale meets a tick. */
+    /** The angles, as positions on the knob's travel, at which a walk along the scale meets a tick. The walk goes once all
+        the way round, from the lowest point to the lowest point: 1.25 times the travel. */
     std::vector<double> ticksOf (ParameterSet::Parameter* parameter)
     {
         constexpr auto numSamples = 20000;
@@ -285,7 +286,7 @@ protected:
 
         for (auto sample = 0; sample < numSamples; ++sample)
         {
-            const auto position = -0.05 + 1.1 * sample / numSamples;
+            const auto position = -0.125 + 1.25 * sample / numSamples;
             const auto angle = firstAngle + (lastAngle - firstAngle) * position;
             const auto x = centreX + std::sin (angle) * radius * 0.91;
             const auto y = centreY - std::cos (angle) * radius * 0.91;
@@ -342,6 +343,20 @@ TEST_F (KnobTicks, LeanOnTheirRadiusFromTheLeft)
     EXPECT_GT (image.getPixelAt ((int) centreX - 4, row).getAlpha(), 200);
     EXPECT_LT (image.getPixelAt ((int) centreX + 1, row).getAlpha(), 200);
     EXPECT_LT (image.getPixelAt ((int) centreX - 6, row).getAlpha(), 200);
+}
+
+TEST_F (KnobTicks, ThrowAShadowOfOnePixelWhereADesignedOneWouldBeFiner)
+{
+    // The design asks for 0.004 of the radius: 0.64 pixels.
+    const auto image = draw (parameters.hpFreq);
+    const auto row = (int) (centreY - radius * 0.91);
+    const auto light = [&] (int x) { return (int) image.getPixelAt (x, row).getRed(); };
+
+    // The middle tick's right edge stands on the centre; its left edge five pixels away.
+    EXPECT_GT (light ((int) centreX), 0);
+    EXPECT_GT (light ((int) centreX - 6), 0);
+    EXPECT_EQ (light ((int) centreX + 2), 0);
+    EXPECT_EQ (light ((int) centreX - 8), 0);
 }
 
 TEST_F (KnobTicks, DrawOnAKnobOfAFewPixels)

@@ -136,24 +136,30 @@ TEST (Oversampling, ProcessesNoFrameInABlockOfNone)
     EXPECT_THAT (processor.runs, ElementsAre (0));
 }
 
-TEST (Oversampling, TakesItsBlockSizeFromThePreparation)
+TEST (Oversampling, TakesBlocksOfThePreparedSize)
 {
-    RecordingProcessor processor;
-    processor.prepareToPlay (48000.0, 128);
-    processor.oversamplingFactor = 2;
-    const auto byHand = oversamplerOf (2, 1, 128);
-
-    for (int start = 0; start < 512; start += 128)
+    // Beyond the size that is assumed before any preparation too: its left side would reach into the right one.
+    for (const auto blockSize : { 128, 40000 })
     {
-        auto buffer = sineBuffer (2, 128, start);
-        auto expected = buffer;
-        processor.run (buffer);
-        juce::dsp::AudioBlock<float> block (expected);
-        byHand->processSamplesUp (block);
-        byHand->processSamplesDown (block);
+        RecordingProcessor processor;
+        processor.keepFrames = false;
+        processor.prepareToPlay (48000.0, blockSize);
+        processor.oversamplingFactor = 2;
+        const auto byHand = oversamplerOf (2, 1, blockSize);
 
-        for (int i = 0; i < 128; ++i)
-            ASSERT_EQ (buffer.getSample (0, i), expected.getSample (0, i));
+        for (int start = 0; start < 4 * blockSize; start += blockSize)
+        {
+            auto buffer = sineBuffer (2, blockSize, start);
+            auto expected = buffer;
+            processor.run (buffer);
+            juce::dsp::AudioBlock<float> block (expected);
+            byHand->processSamplesUp (block);
+            byHand->processSamplesDown (block);
+
+            for (int channel = 0; channel < 2; ++channel)
+                for (int i = 0; i < blockSize; ++i)
+                    ASSERT_EQ (buffer.getSample (channel, i), expected.getSample (channel, i)) << i;
+        }
     }
 }
 

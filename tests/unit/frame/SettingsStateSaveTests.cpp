@@ -10,6 +10,7 @@
 #include "dsp/MainAudioProcessor.h"
 #include "frame/HostPath.h"
 #include "support/CommaLocale.h"
+#include "support/PretendedHostPath.h"
 #include "support/SettingsProbe.h"
 
 namespace
@@ -83,6 +84,18 @@ TEST (SettingsState, NamesPluginVersionUserAndHost)
     EXPECT_EQ (settings::attribute (text, "username"), juce::SystemStats::getLogonName().toStdString());
     EXPECT_EQ (settings::attribute (text, "daw"), hostTail (host.toStdString()));
     EXPECT_FALSE (settings::attribute (text, "daw").empty());
+}
+
+TEST (SettingsState, WritesAnEmptyAttributeForAHostPathWithoutADirectory)
+{
+    // Linux names no program without its folder; the root has as empty a tail as a bare name.
+    constexpr auto* root = "/";
+    ASSERT_EQ (hostTail (root), hostTail ("app"));
+
+    SettingsProbe probe;
+    const PretendedHostPath hostPath (root);
+    const auto text = settings::savedText (probe);
+    EXPECT_EQ (settings::attribute (text, "daw"), "") << text;
 }
 
 TEST (SettingsState, WritesTheMomentOfSavingInUtc)

@@ -198,8 +198,13 @@ TEST (AudioParameterFloatKestrin, SeesAChangeAtTheFirstCallAndThenOnlyWhenTheVal
 TEST (AudioParameterFloatKestrin, SeesAChangeAtEveryCallWhileItHoldsANaN)
 {
     auto parameter = makeOfKind (Parameter::percentKind);
-    parameter.lastSeenValue = std::numeric_limits<float>::quiet_NaN();
+    hostView (parameter).setValue (std::numeric_limits<float>::quiet_NaN());
+    ASSERT_TRUE (std::isnan (parameter.get()));
 
+    for (int call = 0; call < 3; ++call)
+        EXPECT_TRUE (parameter.hasChanged()) << "call " << call;
+
+    hostView (parameter).setValue (0.75f);
     EXPECT_TRUE (parameter.hasChanged());
     EXPECT_FALSE (parameter.hasChanged());
 }
@@ -228,10 +233,20 @@ TEST (AudioParameterFloatKestrin, LimitsWhatTheHostSetsToItsPositions)
 {
     auto parameter = makeOfKind (Parameter::frequencyKind);
 
-    for (const auto& [set, kept] : { std::pair { 1.0f, 1.0f }, { 0.0f, 0.0f }, { 0.125f, 0.125f } })
+    constexpr auto infinity = std::numeric_limits<float>::infinity();
+
+    for (const auto& [set, kept] : { std::pair { 0.125f, 0.125f },
+                                     { 1.5f, 1.0f },
+                                     { -0.5f, 0.0f },
+                                     { std::nextafter (1.0f, 2.0f), 1.0f },
+                                     { -std::numeric_limits<float>::denorm_min(), 0.0f },
+                                     { 20000.0f, 1.0f },
+                                     { infinity, 1.0f },
+                                     { -infinity, 0.0f } })
     {
         hostView (parameter).setValue (set);
-        EXPECT_EQ (parameter.get(), kept);
+        EXPECT_EQ (parameter.get(), kept) << set;
+        EXPECT_EQ (hostView (parameter).getValue(), kept) << set;
     }
 }
 
