@@ -2,11 +2,8 @@
 #include "module/HostProcess.h"
 
 #include <csignal>
+#include <string>
 #include <vector>
-
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "host/AudioFiles.h"
 #include "module/ModuleUnderTest.h"
@@ -24,63 +21,42 @@ HostProcess::HostProcess() : folder (juce::File::createTempFile ("kestrin")) // 
 
 HostProcess::~HostProcess() { folder.deleteRecursively(); }
 
-int HostProcess::start (const juce::StringArray& arguments) const
+ChildProcess::Options HostProcess::options (const juce::StringArray& arguments) const
 {
-    juce::StringArray words (KESTRIN_HOST);
-    words.addArray (arguments);
+    const auto path = [this] (const char* name) { return file (name).getFullPathName().toStdString(); };
+    std::vector<std::string> words { KESTRIN_HOST };
 
-    std::vector<std::string> texts;
-    std::vector<char*> pointers;
+    for (const auto& argument : arguments)
+        words.push_back (argument.toStdString());
 
-    for (const auto& word : words)
-        texts.push_back (word.toStdString());
-
-    for (auto& text : texts)
-        pointers.push_back (text.data());
-
-    pointers.push_back (nullptr);
-
-    const auto output = file (outputName).getFullPathName().toStdString();
-    const auto errors = file (errorsName).getFullPathName().toStdString();
-    const auto path = folder.getFullPathName().toStdString();
-    const auto process = fork();
-
-    if (process != 0)
-        return process;
-
-    constexpr int flags = O_CREAT | O_TRUNC | O_WRONLY;
-    dup2 (open (output.c_str(), flags, 0600), STDOUT_FILENO);
-    dup2 (open (errors.c_str(), flags, 0600), STDERR_FILENO);
-    setenv ("KESTRIN_PLUGIN", KESTRIN_MODULE, 1);
-
-    if (chdir (path.c_str()) == 0)
-        execv (pointers.front(), pointers.data());
-
-    _exit (127);
+    return { .words = words,
+             .variables = { { "KESTRIN_PLUGIN", KESTRIN_MODULE } },
+             .folder = folder.getFullPathName().toStdString(),
+             .outputFile = path (outputName),
+             .errorsFile = path (errorsName) };
 }
 
-HostProcess::Result HostProcess::finish (int process) const
+HostProcess::Result HostProcess::finish (ChildProcess& process) const
 {
-    int status = 0;
-    waitpid (process, &status, 0);
-
-    return { WIFEXITED (status) ? WEXITSTATUS (status) : 128 + WTERMSIG (status), file (outputName).loadFileAsString(),
-             file (errorsName).loadFileAsString() };
+    const auto end = process.wait();
+    return { end.code(), file (outputName).loadFileAsString(), file (errorsName).loadFileAsString() };
 }
 
-HostProcess::Result HostProcess::run (const juce::StringArray& arguments) const { return finish (start (arguments)); }
+HostProcess::Result HostProcess::run (const juce::StringArray& arguments) const
+{
+    ChildProcess process (options (arguments));
+    return finish (process);
+}
 
 HostProcess::Result HostProcess::runAndInterrupt (const juce::StringArray& arguments,
                                                   const std::function<bool()>& when) const
 {
-    const auto process = start (arguments);
-    siginfo_t info {};
+    ChildProcess process (options (arguments));
 
-    // As long as it runs; it is left for finish to collect.
-    while (! when() && waitid (P_PID, (id_t) process, &info, WEXITED | WNOHANG | WNOWAIT) == 0 && info.si_pid == 0)
+    while (! when() && process.isRunning())
         juce::Thread::sleep (1);
 
-    kill (process, SIGINT);
+    process.signal (SIGINT);
     return finish (process);
 }
 

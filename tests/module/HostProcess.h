@@ -5,6 +5,8 @@
 
 #include <juce_audio_basics/juce_audio_basics.h>
 
+#include "support/ChildProcess.h"
+
 /** kestrin-host as a process of its own, in a folder of its own that goes when the test does. */
 class HostProcess
 {
@@ -38,8 +40,8 @@ public:
     [[nodiscard]] juce::AudioBuffer<float> readSound (const juce::String& name) const;
 
 private:
-    [[nodiscard]] int start (const juce::StringArray& arguments) const;
-    [[nodiscard]] Result finish (int process) const;
+    [[nodiscard]] ChildProcess::Options options (const juce::StringArray& arguments) const;
+    [[nodiscard]] Result finish (ChildProcess& process) const;
 
     juce::File folder;
 };

@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include "host/AudioFiles.h"
-#include "system/daw/Process.h"
+#include "system/daw/ForeignProgram.h"
 
 namespace
 {
@@ -100,7 +100,7 @@ std::vector<std::pair<std::string, std::string>> Ardour::environment() const
 
 juce::String Ardour::run (const std::vector<std::string>& words) const
 {
-    return Process { words, environment(), home }.run();
+    return ForeignProgram { words, environment(), home }.run();
 }
 
 juce::File Ardour::session() const { return file (juce::String (sessionName) + "/" + sessionName + ".ardour"); }
@@ -209,7 +209,7 @@ juce::AudioBuffer<float> Ardour::render()
             runExporter (rendered);
             return readSound (rendered);
         }
-        catch (const Process::Died& death)
+        catch (const ForeignProgram::Died& death)
         {
             if (attempt == mostAttempts)
                 throw;
@@ -274,16 +274,16 @@ void Ardour::leaveWindowOpen() const
                        "</UI></Extra></Session>");
 }
 
-int Ardour::openWindows (double scale)
+ChildProcess::Options Ardour::withWindows (double scale) const
 {
     writeWindowSettings (scale);
     leaveWindowOpen();
 
-    Process process { { "/usr/bin/ardour", "-a", "-n", file (sessionName).getFullPathName().toStdString() },
-                      environment(),
-                      home };
-    process.environment.push_back ({ "DISPLAY", std::getenv ("DISPLAY") });
-    return process.start();
+    ForeignProgram program { { "/usr/bin/ardour", "-a", "-n", file (sessionName).getFullPathName().toStdString() },
+                             environment(),
+                             home };
+    program.environment.push_back ({ "DISPLAY", std::getenv ("DISPLAY") });
+    return program.options();
 }
 
 //======================================================================================================================
@@ -314,15 +314,15 @@ juce::MemoryBlock Ardour::savedPreset() const
 
 void Ardour::runHost (const juce::StringArray& arguments) const
 {
-    Process process { { KESTRIN_HOST }, {}, home };
+    ForeignProgram host { { KESTRIN_HOST }, {}, home };
 
     for (const auto& argument : arguments)
-        process.words.push_back (argument.toStdString());
+        host.words.push_back (argument.toStdString());
 
-    process.environment = { { "HOME", home.getFullPathName().toStdString() },
-                            { "PATH", "/usr/bin:/bin" },
-                            { "KESTRIN_PLUGIN", KESTRIN_MODULE } };
-    [[maybe_unused]] const auto output = process.run();
+    host.environment = { { "HOME", home.getFullPathName().toStdString() },
+                         { "PATH", "/usr/bin:/bin" },
+                         { "KESTRIN_PLUGIN", KESTRIN_MODULE } };
+    [[maybe_unused]] const auto output = host.run();
 }
 
 juce::AudioBuffer<float> Ardour::readSound (const juce::File& sound) const

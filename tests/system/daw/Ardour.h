@@ -7,6 +7,8 @@
 
 #include <juce_audio_basics/juce_audio_basics.h>
 
+#include "support/ChildProcess.h"
+
 /** The workstation as Debian packages it, driven without a screen, in a home folder of its own that holds nothing but the
     module under test. The folder goes with this object. */
 class Ardour
@@ -53,10 +55,10 @@ public:
         @throws HostError if it fails ten times */
     [[nodiscard]] juce::AudioBuffer<float> render();
 
-    /** Starts Ardour with its windows on the present display, the session in it and the plug-in's window open, at this scale of
-        its interface. Nothing is asked of anybody.
-        @returns the number of its process and of its group; whoever calls ends it */
-    [[nodiscard]] int openWindows (double scale);
+    /** Ardour with its windows on the present display, the session in it and the plug-in's window open, at this scale of its
+        interface. It asks nothing of anybody.
+        @returns what a ChildProcess is started with */
+    [[nodiscard]] ChildProcess::Options withWindows (double scale) const;
 
     //==================================================================================================================
     /** What the scan found, as Ardour keeps it. */

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include <csignal>
 #include <cstdio>
 #include <thread>
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include "host/HostError.h"
+#include "support/Desktop.h"
+#include "support/Picture.h"
 #include "system/daw/Ardour.h"
-#include "system/window/Desktop.h"
-#include "system/window/Picture.h"
 
 namespace
 {
@@ -28,7 +26,7 @@ constexpr std::chrono::seconds startPatience { 60 };
 class OpenArdour
 {
 public:
-    OpenArdour (Ardour& ardour, double scaleToUse) : scale (scaleToUse), process (ardour.openWindows (scale))
+    OpenArdour (Ardour& ardour, double scaleToUse) : scale (scaleToUse), process (ardour.withWindows (scale))
     {
         const auto deadline = std::chrono::steady_clock::now() + startPatience;
 
@@ -40,15 +38,6 @@ public:
             findWindow();
         }
     }
-
-    ~OpenArdour()
-    {
-        kill (-process, SIGKILL);
-        waitpid (process, nullptr, 0);
-    }
-
-    OpenArdour (const OpenArdour&) = delete;
-    OpenArdour& operator= (const OpenArdour&) = delete;
 
     /** The module's part of the window: below Ardour's own bar, from the left. Invalid if the window is no such size. */
     [[nodiscard]] juce::Image modulePicture (int width) const
@@ -112,7 +101,7 @@ private:
 
     XDisplay display;
     double scale;
-    int process;
+    ChildProcess process;
     XDisplay::WindowId window = 0;
 };
 

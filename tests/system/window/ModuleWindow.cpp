@@ -3,18 +3,13 @@
 
 #include <array>
 #include <cmath>
-#include <csignal>
-#include <cstdlib>
 #include <sstream>
 
-#include <fcntl.h>
 #include <poll.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include "host/HostError.h"
-#include "system/window/Desktop.h"
+#include "support/Desktop.h"
 
 namespace
 {
@@ -22,10 +17,8 @@ namespace
 constexpr int lookAgainMs = 20;
 } // namespace
 
-ModuleWindow::ModuleWindow (const std::vector<std::string>& options)
+ModuleWindow::ModuleWindow (const std::vector<std::string>& options) : host (hostWith (options))
 {
-    startHost (options);
-
     const auto isReady = [this]
     {
         const auto image = window != 0 ? picture() : juce::Image();
@@ -41,52 +34,17 @@ ModuleWindow::ModuleWindow (const std::vector<std::string>& options)
 
 ModuleWindow::~ModuleWindow() { close(); }
 
-void ModuleWindow::startHost (const std::vector<std::string>& options)
+ChildProcess::Options ModuleWindow::hostWith (const std::vector<std::string>& options)
 {
     std::vector<std::string> words { KESTRIN_HOST, "window", "--keep-open", "--report-changes" };
     words.insert (words.end(), options.begin(), options.end());
-
-    std::vector<char*> pointers;
-
-    for (auto& word : words)
-        pointers.push_back (word.data());
-
-    pointers.push_back (nullptr);
-
-    std::array<int, 2> input {}, output {};
-
-    if (pipe2 (input.data(), O_CLOEXEC) != 0 || pipe2 (output.data(), O_CLOEXEC) != 0)
-        throw HostError ("no pipes");
-
-    host = fork();
-
-    if (host == 0)
-    {
-        prctl (PR_SET_PDEATHSIG, SIGTERM);
-        dup2 (input[0], STDIN_FILENO);
-        dup2 (output[1], STDOUT_FILENO);
-        setenv ("KESTRIN_PLUGIN", KESTRIN_MODULE, 1);
-        execv (pointers.front(), pointers.data());
-        _exit (127);
-    }
-
-    ::close (input[0]);
-    ::close (output[1]);
-    hostInput = input[1];
-    hostOutput = output[0];
+    return { .words = words, .variables = { { "KESTRIN_PLUGIN", KESTRIN_MODULE } }, .hasPipes = true };
 }
 
 int ModuleWindow::close()
 {
-    if (host <= 0)
-        return -1;
-
-    int status = 0;
-    ::close (hostInput);
-    waitpid (host, &status, 0);
-    ::close (hostOutput);
-    host = 0;
-    return WIFEXITED (status) ? WEXITSTATUS (status) : 128 + WTERMSIG (status);
+    host.closeInput();
+    return host.wait().code();
 }
 
 //======================================================================================================================
@@ -133,12 +91,12 @@ void ModuleWindow::clickToType (Place place)
 void ModuleWindow::listen()
 {
     std::array<char, 4096> bytes {};
-    pollfd output { hostOutput, POLLIN, 0 };
+    pollfd output { host.outputPipe(), POLLIN, 0 };
 
     if (poll (&output, 1, lookAgainMs) != 1)
         return;
 
-    const auto numBytes = read (hostOutput, bytes.data(), bytes.size());
+    const auto numBytes = read (host.outputPipe(), bytes.data(), bytes.size());
 
     if (numBytes <= 0)
         throw HostError (("kestrin-host has ended: " + everything).c_str());

@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "system/window/Picture.h"
+#include "support/ChildProcess.h"
+#include "support/Picture.h"
 #include "system/window/Pointer.h"
 
 /** The module's window, opened by kestrin-host as a process of its own on the present desktop, and what the host has been
@@ -98,17 +99,14 @@ public:
     void keepPicture (const std::string& name) { picture::keep (settledPicture(), name); }
 
 private:
-    void startHost (const std::vector<std::string>& options);
+    [[nodiscard]] static ChildProcess::Options hostWith (const std::vector<std::string>& options);
     [[nodiscard]] bool isDrawn (const juce::Image& image) const;
     void listen();
     void take (const std::string& line);
 
     XDisplay display;
     Pointer pointer;
-    int host = 0;
-    int hostInput = -1;
-    int hostOutput = -1;
-
+    ChildProcess host;
     std::string everything, unfinishedLine;
     std::map<std::string, double> positions;
     Size knownSize {};

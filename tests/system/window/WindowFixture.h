@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "system/window/Desktop.h"
+#include "support/Desktop.h"
 #include "system/window/ModuleWindow.h"
 
 /** Where things stand in the window, at scale 1. */

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "system/window/Picture.h"
+#include "support/Picture.h"
 
 #include <algorithm>
 #include <array>

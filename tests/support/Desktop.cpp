@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "system/window/Desktop.h"
+#include "support/Desktop.h"
 
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <thread>
 
-#include <sys/prctl.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <X11/Xlib.h>
 
 #include "host/HostError.h"
@@ -22,16 +17,6 @@ void requireProgram (const std::string& name)
 {
     if (std::system (("command -v " + name + " >/dev/null").c_str()) != 0)
         throw HostError (("the tests of the window need " + name + ": run scripts/setup").c_str());
-}
-
-[[noreturn]] void becomeWindowManager()
-{
-    // Whatever becomes of this program, no window manager is left behind.
-    prctl (PR_SET_PDEATHSIG, SIGTERM);
-    std::freopen ("/dev/null", "w", stderr);
-    execlp ("openbox", "openbox", "--sm-disable", "--config-file", KESTRIN_OPENBOX_CONFIGURATION,
-            static_cast<char*> (nullptr));
-    _exit (127);
 }
 
 bool hasProperty (Display* display, Window window, Atom property)
@@ -97,23 +82,16 @@ Desktop::Desktop()
     // Never the desktop of whoever runs the tests.
     unsetenv ("DISPLAY");
     display.emplace();
-    windowManager = fork();
+    windowManager.emplace (
+        ChildProcess::Options { .words = { "openbox", "--sm-disable", "--config-file", KESTRIN_OPENBOX_CONFIGURATION },
+                                .errorsFile = "/dev/null" });
 
-    if (windowManager == 0)
-        becomeWindowManager();
-
-    if (windowManager < 0 || ! waitForWindowManager())
+    if (! waitForWindowManager())
         throw HostError ("openbox does not start");
 }
 
 Desktop::~Desktop()
 {
-    if (windowManager > 0)
-    {
-        kill (windowManager, SIGTERM);
-        waitpid (windowManager, nullptr, 0);
-    }
-
     // The next desktop is a new one.
     unsetenv ("DISPLAY");
 }

@@ -7,9 +7,10 @@
 #include <vector>
 
 #include "host/HostError.h"
+#include "support/ChildProcess.h"
 
-/** A program of somebody else's, run to its end under an environment that is given in full. */
-struct Process
+/** A program that is not ours, under an environment that is given in full. */
+struct ForeignProgram
 {
     /** It was ended by a signal, or had to be. */
     class Died : public HostError
@@ -23,17 +24,15 @@ struct Process
     juce::File folder;
     std::chrono::seconds limit { 30 };
 
-    /** Waits for the end.
+    /** Runs it to its end.
         @returns everything that it wrote to its two outputs
         @throws HostError if it cannot be started or fails
         @throws Died if it crashes or takes longer than the limit */
     [[nodiscard]] juce::String run() const;
 
-    /** Starts it and comes back. Whoever does so ends it, and it ends with us.
-        @returns the number of its process and of its group
-        @throws HostError */
-    [[nodiscard]] int start() const;
+    /** For a ChildProcess that goes on beside the test. */
+    [[nodiscard]] ChildProcess::Options options() const;
 
-    /** Where its output goes. */
+    /** The file that takes its output. */
     [[nodiscard]] juce::File output() const { return folder.getChildFile (".output"); }
 };

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "host/PrivateDisplay.h"
+#include "support/ChildProcess.h"
 
 /** Nothing here takes a second on an idle machine, and a busy one may take its time; whoever waits longer than this waits
     in vain. */
@@ -28,5 +29,5 @@ public:
 
 private:
     std::optional<PrivateDisplay> display;
-    int windowManager = 0;
+    std::optional<ChildProcess> windowManager;
 };
