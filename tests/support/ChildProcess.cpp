@@ -25,7 +25,7 @@ std::vector<char*> pointersTo (std::vector<std::string>& texts)
     return pointers;
 }
 
-/** Names and values as a process takes them; of equal names the first counts. */
+/** Names and values as a process takes them. Of equal names the C library finds the first. */
 std::vector<std::string> environmentOf (const ChildProcess::Options& options)
 {
     std::vector<std::string> all;
@@ -34,17 +34,7 @@ std::vector<std::string> environmentOf (const ChildProcess::Options& options)
         all.push_back (name + "=" + value);
 
     for (auto** variable = environ; options.inheritsEnvironment && *variable != nullptr; ++variable)
-    {
-        const std::string text (*variable);
-        const auto name = text.substr (0, text.find ('=') + 1);
-        auto isSet = false;
-
-        for (const auto& [own, value] : options.variables)
-            isSet = isSet || name == own + "=";
-
-        if (! isSet)
-            all.push_back (text);
-    }
+        all.emplace_back (*variable);
 
     return all;
 }

@@ -16,7 +16,7 @@ public:
         /** The program and its arguments. A name without a slash is looked for in PATH. */
         std::vector<std::string> words {};
 
-        /** Set on top of this process's environment, or instead of it. */
+        /** Set over this process's environment, or instead of it. */
         std::vector<std::pair<std::string, std::string>> variables {};
         bool inheritsEnvironment = true;
 
