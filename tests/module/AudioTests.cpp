@@ -44,7 +44,7 @@ TEST (ModuleAudio, IsFiltered)
     EXPECT_GT (buffer.getRMSLevel (0, 0, 1024), 0.0f);
 }
 
-TEST (ModuleAudio, PassesTheHostsBypassUntouched)
+TEST (ModuleAudio, PassesUnchangedThroughTheHostsBypass)
 {
     ModuleUnderTest module;
     setSomethingAudible (module);
@@ -59,7 +59,7 @@ TEST (ModuleAudio, PassesTheHostsBypassUntouched)
         EXPECT_EQ (samplesOf (buffer, channel), samplesOf (before, channel));
 }
 
-TEST (ModuleAudio, LeavesTheEngineAsItIsWhileTheHostBypasses)
+TEST (ModuleAudio, KeepsTheEngineUnchangedWhileBypassed)
 {
     ModuleUnderTest interrupted, steady;
 
@@ -85,7 +85,7 @@ TEST (ModuleAudio, LeavesTheEngineAsItIsWhileTheHostBypasses)
     EXPECT_EQ (samplesOf (one, 1), samplesOf (other, 1));
 }
 
-TEST (ModuleAudio, TreatsMonoAsTheLeftSideOfEqualSides)
+TEST (ModuleAudio, TreatsMonoAsTheLeftOfTwoEqualChannels)
 {
     ModuleUnderTest single, pair;
     setSomethingAudible (single);
@@ -125,7 +125,7 @@ TEST (ModuleAudio, IsTheSameForAnySplitIntoBlocks)
     }
 }
 
-TEST (ModuleAudio, TakesABlockOfNoFramesAndABlockBeyondItsOwnLimit)
+TEST (ModuleAudio, TakesEmptyBlocksAndBlocksBeyondItsOwnLimit)
 {
     constexpr int beyondLimit = 524288 + 1000;
     ModuleUnderTest module, split;

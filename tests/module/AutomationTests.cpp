@@ -29,7 +29,7 @@ std::vector<juce::int64> stops (const Automation& automation)
 }
 } // namespace
 
-TEST (Automation, SaysNothingBeforeItsFirstPoint)
+TEST (Automation, ChangesNothingBeforeItsFirstPoint)
 {
     const ModuleUnderTest module;
     module.parameters().find ("lp_freq").parameter->setValue (0.9f);
@@ -41,7 +41,7 @@ TEST (Automation, SaysNothingBeforeItsFirstPoint)
     EXPECT_EQ (module.get ("lp_freq"), 0.2f);
 }
 
-TEST (Automation, RunsStraightFromPointToPointAndStaysAtTheLast)
+TEST (Automation, InterpolatesBetweenPointsAndHoldsTheLast)
 {
     const ModuleUnderTest module;
     auto automation = automate (module, "lp_freq@0=0,0.32=0.5");
@@ -54,7 +54,7 @@ TEST (Automation, RunsStraightFromPointToPointAndStaysAtTheLast)
     EXPECT_EQ (module.get ("lp_freq"), 0.5f);
 }
 
-TEST (Automation, HoldsStillBetweenTheStepsOfARamp)
+TEST (Automation, HoldsItsValueBetweenTheStepsOfARamp)
 {
     const ModuleUnderTest module;
     auto automation = automate (module, "lp_freq@0=0,0.32=0.5");
@@ -65,7 +65,7 @@ TEST (Automation, HoldsStillBetweenTheStepsOfARamp)
     EXPECT_EQ (module.get ("lp_freq"), before);
 }
 
-TEST (Automation, JumpsBetweenTwoPointsOfTheSameTime)
+TEST (Automation, JumpsBetweenPointsAtTheSameTime)
 {
     const ModuleUnderTest module;
     auto automation = automate (module, "lp_mode@0=6 dB/oct,1=6 dB/oct,1=48 dB/oct");
@@ -77,14 +77,14 @@ TEST (Automation, JumpsBetweenTwoPointsOfTheSameTime)
     EXPECT_THAT (stops (automation), testing::ElementsAre (0, 1000));
 }
 
-TEST (Automation, StopsAtPointsAndAtTheGridOfRunningRamps)
+TEST (Automation, ChangesAtPointsAndOnTheGridOfRamps)
 {
     const ModuleUnderTest module;
     const auto automation = automate (module, "lp_freq@0.01=0,0.1=0.5,0.15=0.5");
     EXPECT_THAT (stops (automation), testing::ElementsAre (10, 32, 64, 96, 100, 150));
 }
 
-TEST (Automation, RefusesWhatItCannotRead)
+TEST (Automation, RefusesTextItCannotRead)
 {
     const ModuleUnderTest module;
 

@@ -24,7 +24,7 @@ TEST (ModuleBuses, HaveOneActiveStereoInputAndOutputWithTheirNames)
     }
 }
 
-TEST (ModuleBuses, TakeMonoAndStereoWithEqualSides)
+TEST (ModuleBuses, AcceptMonoAndStereoWithEqualSides)
 {
     ModuleUnderTest module;
 
@@ -49,7 +49,7 @@ TEST (ModuleBuses, RefuseMoreThanStereo)
         EXPECT_FALSE (module.supports (channels, channels)) << channels.getDescription();
 }
 
-TEST (ModuleBuses, KnowNoMessages)
+TEST (ModuleBuses, HaveNoMidi)
 {
     ModuleUnderTest module;
 

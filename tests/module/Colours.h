@@ -6,7 +6,7 @@
 
 #include <juce_graphics/juce_graphics.h>
 
-/** How many colours a picture has: the smoothed edges of letters and knobs bring them about by the dozen. */
+/** How many colours a picture has: the smoothed edges of letters and knobs add dozens. */
 [[nodiscard]] inline std::size_t numColours (const juce::Image& image)
 {
     std::set<juce::uint32> colours;

@@ -54,7 +54,7 @@ TEST (HostRender, WritesAFloatFileOfTheSameLengthRateAndWidth)
     EXPECT_TRUE (reader->usesFloatingPointData);
 }
 
-TEST (HostRender, GivesTheBitsOfTheModuleItself)
+TEST (HostRender, EqualsTheModuleBitForBit)
 {
     const HostProcess host;
     host.writeSound ("in.wav", 2, 5000);
@@ -92,7 +92,7 @@ TEST (HostRender, GivesTheSameBitsForEveryBlockSize)
     }
 }
 
-TEST (HostRender, TellsTheModuleOfASongThatPlaysStandsOrIsNotThere)
+TEST (HostRender, PassesAPlayingStoppedOrMissingTransportToTheModule)
 {
     const HostProcess host;
     host.writeSound ("in.wav", 1, 40000);
@@ -138,7 +138,7 @@ TEST (HostRender, CopiesOneChannelToTwoAndAveragesTwoToOne)
         EXPECT_EQ (rendered.getSample (0, frame), (wide.getSample (0, frame) + wide.getSample (1, frame)) * 0.5f);
 }
 
-TEST (HostRender, SavesSettingsThatItReadsAgain)
+TEST (HostRender, SavesSettingsThatItCanRead)
 {
     const HostProcess host;
     host.writeSound ("in.wav", 1, 1000);
@@ -170,7 +170,7 @@ TEST (HostRender, RefusesSoundFilesThatItCannotUse)
     expectRefusal (host, render ({}, "cut.wav"), "cut.wav: the file is cut short");
 }
 
-TEST (HostRender, RefusesPlacesWhereNothingCanBeWritten)
+TEST (HostRender, RefusesOutputsThatCannotBeWritten)
 {
     const HostProcess host;
     host.writeSound ("in.wav", 2, 1000);
@@ -216,7 +216,7 @@ TEST (HostRender, RefusesNumbersThatMakeNoSense)
     expectRefusal (host, render ({ "--start-beat", "inf" }), "--start-beat");
 }
 
-TEST (HostRender, RefusesModulesAndSettingsThatAreNone)
+TEST (HostRender, RefusesFilesThatAreNoModuleOrSettings)
 {
     const HostProcess host;
     host.writeSound ("in.wav", 2, 1000);
@@ -283,7 +283,7 @@ TEST (HostCommandLine, ExplainsItselfOnRequest)
     EXPECT_TRUE (host.run ({ "--help" }).output.contains ("Exit codes"));
 }
 
-TEST (HostCommandLine, RefusesWhatItDoesNotKnow)
+TEST (HostCommandLine, RefusesUnknownCommandsAndOptions)
 {
     const HostProcess host;
 
@@ -297,7 +297,7 @@ TEST (HostCommandLine, RefusesWhatItDoesNotKnow)
     expectRefusal (host, { "window", "--report-changes", "--out", "window.png" }, "requires --keep-open");
 }
 
-TEST (HostCommandLine, ListsTheParametersForPeopleDocumentsAndPrograms)
+TEST (HostCommandLine, ListsParametersAsTableMarkdownAndJson)
 {
     const HostProcess host;
     const auto table = host.run ({ "parameters", "--set", "lp_freq=440 Hz" });

@@ -36,7 +36,7 @@ void expectRefused (const juce::MemoryBlock& bytes, const juce::String& reason =
     bytes.writeIntBigEndian (numFrames);
     bytes.writeShortBigEndian (bitsPerSample);
 
-    // 44100 as a number of ten bytes.
+    // 44100 as an 80-bit float.
     for (const auto byte : { 0x40, 0x0e, 0xac, 0x44, 0, 0, 0, 0, 0, 0 })
         bytes.writeByte ((char) byte);
 
@@ -44,7 +44,7 @@ void expectRefused (const juce::MemoryBlock& bytes, const juce::String& reason =
 }
 } // namespace
 
-TEST (DamagedSoundFile, IsRefusedWhenAPartOfItClaimsMoreThanTheFileHolds)
+TEST (DamagedSoundFile, IsRefusedWhenAChunkIsLargerThanTheFile)
 {
     // Two gigabytes would otherwise be taken, and filled, for a file of a few bytes.
     juce::MemoryOutputStream bytes;
@@ -56,12 +56,12 @@ TEST (DamagedSoundFile, IsRefusedWhenAPartOfItClaimsMoreThanTheFileHolds)
     expectRefused (bytes.getMemoryBlock());
 }
 
-TEST (DamagedSoundFile, IsRefusedWhenItsLengthIsANegativeNumber)
+TEST (DamagedSoundFile, IsRefusedWithANegativeLength)
 {
     expectRefused (withHeader (std::numeric_limits<int>::min(), 16), "damaged");
 }
 
-TEST (DamagedSoundFile, IsRefusedWhenItsSamplesAreOfNoBitsOrOfTwo)
+TEST (DamagedSoundFile, IsRefusedWithZeroOrTwoBitsPerSample)
 {
     // Two channels of two bits are no byte: any number of them would fit into any file.
     expectRefused (withHeader (1000000, 0), "0 bits");
@@ -83,7 +83,7 @@ TEST (DamagedSoundFile, IsRefusedWhenAListHasMoreEntriesThanRoom)
     }
 }
 
-TEST (DamagedSoundFile, IsRefusedWhenItsNotesAreNoText)
+TEST (DamagedSoundFile, IsRefusedWhenItsXmlChunkIsNotUtf8)
 {
     for (const auto* notes : { "axml", "iXML" })
     {

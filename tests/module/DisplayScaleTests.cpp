@@ -114,14 +114,14 @@ TEST (ValueResolver, TakesTheWordsForLongPeriods)
     EXPECT_NEAR (resolve (module, "lfo1_speed", "2 Hz"), 0.5, 2.0e-6);
 }
 
-TEST (ValueResolver, ListsTheTextsWhenNoneFits)
+TEST (ValueResolver, ListsTheChoicesWhenNoTextMatches)
 {
     const ModuleUnderTest module;
     EXPECT_EQ (refusal (module, "filtmode", "Ladder"),
                "filtmode: \"Ladder\" is neither a position from 0 to 1 nor one of \"Butterworth\", \"Grunge Ladder\"");
 }
 
-TEST (ValueResolver, NamesTheRangeOfNumbers)
+TEST (ValueResolver, NamesTheRangeWhenItRefusesANumber)
 {
     const ModuleUnderTest module;
 
@@ -131,7 +131,7 @@ TEST (ValueResolver, NamesTheRangeOfNumbers)
                        + "\" is neither a position from 0 to 1 nor a value from 20.0 Hz to 20 kHz");
 }
 
-TEST (ParameterList, NamesWhatComesNearToAMisspeltId)
+TEST (ParameterList, SuggestsTheNearestIdForAMisspeltOne)
 {
     const ModuleUnderTest module;
 

@@ -61,7 +61,7 @@ TEST (FactoryPresets, AreBuiltOneForEveryText)
         EXPECT_TRUE (builtPreset (linesOf (file)["name"]).existsAsFile()) << file.getFileName();
 }
 
-TEST (FactoryPresets, GiveTheModuleTheValuesOfTheirTextsAndDefaultsForTheRest)
+TEST (FactoryPresets, LoadWithTheValuesOfTheirTextsAndDefaultsForTheRest)
 {
     ModuleUnderTest module;
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// What hosts do to a module that nobody would do on purpose, against the VST3 interfaces themselves.
+// A host that does what no host would do on purpose, against the VST3 interfaces themselves.
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -57,7 +57,7 @@ void setAtRandom (Instance& instance, std::uint32_t seed)
     ASSERT_EQ (instance.process (nothing), Steinberg::kResultOk);
 }
 
-/** What the instance makes of a noise in blocks whose sizes come from a function. */
+/** Renders the noise in blocks whose sizes come from a function. */
 template <typename NextSize>
 [[nodiscard]] std::vector<float> render (Instance& instance, const std::vector<float>& noise, NextSize nextSize)
 {
@@ -94,7 +94,7 @@ template <typename NextSize>
 }
 } // namespace
 
-TEST_F (HostileHost, MaySendBlocksOfNoFrames)
+TEST_F (HostileHost, MaySendEmptyBlocks)
 {
     Instance instance (module, context);
     ASSERT_TRUE (instance.setUp (48000.0, 512));
@@ -107,7 +107,7 @@ TEST_F (HostileHost, MaySendBlocksOfNoFrames)
     }
 }
 
-TEST_F (HostileHost, MaySendNoBuffersWithNoFrames)
+TEST_F (HostileHost, MaySendEmptyBlocksWithoutBuffers)
 {
     Instance instance (module, context);
     ASSERT_TRUE (instance.setUp (48000.0, 512));
@@ -129,9 +129,9 @@ TEST_F (HostileHost, MaySendNoBuffersWithNoFrames)
     }
 }
 
-TEST_F (HostileHost, HearsTheSameForAllSizesOfBlocks)
+TEST_F (HostileHost, HearsTheSameForAllBlockSizes)
 {
-    // Resonant and awake at first, and asleep later: both ways of taking frames together meet all sizes.
+    // Resonant and awake at first, asleep later: both paths through the engine meet all sizes.
     const auto noise = makeNoise (1 << 20);
     std::vector<float> expected;
 
@@ -208,7 +208,7 @@ TEST_F (HostileHost, MayRunAtAnyRate)
     }
 }
 
-TEST_F (HostileHost, MayChangeTheRateBetweenAnyTwoRuns)
+TEST_F (HostileHost, MayChangeTheRateBetweenStarts)
 {
     Instance instance (module, context);
     const auto noise = makeNoise (3000);
@@ -255,7 +255,7 @@ TEST_F (HostileHost, MaySetUpAndStartInEveryOrder)
         ASSERT_EQ (instance.processor->getBusArrangement (vst::kInput, 0, arrangement), Steinberg::kResultOk);
         const auto isMono = arrangement == vst::SpeakerArr::kMono;
 
-        // Once, twice, with and without the word that processing begins.
+        // Once or twice, with and without setProcessing.
         for (int times = 0; times <= round % 2; ++times)
             instance.component->setActive (true);
 
@@ -272,7 +272,7 @@ TEST_F (HostileHost, MaySetUpAndStartInEveryOrder)
     }
 }
 
-TEST_F (HostileHost, MayTellNothingOfTheTransport)
+TEST_F (HostileHost, MayOmitTheTransportOrSendAnOddOne)
 {
     Instance instance (module, context);
     ASSERT_TRUE (instance.setUp (48000.0, 512));
@@ -287,7 +287,7 @@ TEST_F (HostileHost, MayTellNothingOfTheTransport)
 
     for (int i = 0; i < 300; ++i)
     {
-        // None, one without tempo and signature, one that runs, and one far before the song.
+        // None, one without tempo and signature, one that plays, and one far before the song.
         transport.projectTimeMusic = i % 4 == 3 ? -1.0e6 : 0.02 * i;
         transport.tempo = i % 4 == 1 ? 0.0 : 120.0;
         transport.timeSigNumerator = transport.timeSigDenominator = i % 4 == 1 ? 0 : 4;
@@ -341,7 +341,7 @@ TEST_F (HostileHost, TakesTheLastPointOfAParameter)
     EXPECT_NE (instance.state().find ("lp_freq=\"0.1250\""), std::string::npos);
 }
 
-TEST_F (HostileHost, MaySetParametersWithNoAudio)
+TEST_F (HostileHost, MaySetParametersWithoutAudio)
 {
     Instance instance (module, context);
     ASSERT_TRUE (instance.setUp (48000.0, 512));
@@ -358,7 +358,7 @@ TEST_F (HostileHost, MaySetParametersWithNoAudio)
     EXPECT_NE (instance.state().find ("hp_freq=\"0.7500\""), std::string::npos);
 }
 
-TEST_F (HostileHost, FindsItsFloatingPointModeAsItWas)
+TEST_F (HostileHost, FindsItsFloatingPointModeUnchanged)
 {
     Instance instance (module, context);
     ASSERT_TRUE (instance.setUp (48000.0, 512));
@@ -367,7 +367,7 @@ TEST_F (HostileHost, FindsItsFloatingPointModeAsItWas)
     Block block (2, 512);
     ASSERT_EQ (instance.process (block), Steinberg::kResultOk);
 
-    // The low six bits only tell what has happened.
+    // The low six bits are status flags.
     constexpr auto modes = ~0x3fu;
     EXPECT_EQ (_mm_getcsr() & modes, before & modes);
 }
@@ -434,7 +434,7 @@ TEST_F (HostileHost, MaySaveAndLoadFromAnotherThreadWhileAudioRuns)
     audio.join();
 }
 
-TEST_F (HostileHost, FindsTheStateByteForByteAfterLoadAndSaveButForItsDate)
+TEST_F (HostileHost, FindsTheSameStateExceptItsDateAfterLoadAndSave)
 {
     for (std::uint32_t seed = 1; seed <= 50; ++seed)
     {
@@ -484,7 +484,7 @@ TEST_F (HostileHost, GetsBackAllReferencesToIt)
     }
 }
 
-TEST_F (HostileHost, MayLoadAndUnloadTheModuleAgainAndAgain)
+TEST_F (HostileHost, MayLoadAndUnloadTheModuleRepeatedly)
 {
     for (int i = 0; i < 10; ++i)
     {

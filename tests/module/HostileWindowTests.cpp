@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// The window, while audio runs, in a host that opens, stretches and closes it as it likes.
+// The window, while audio runs, in a host that opens, resizes and closes it as it likes.
 #include <atomic>
 #include <thread>
 
@@ -87,7 +87,7 @@ TEST_F (HostileWindow, MayBeOpenWhileStatesAreLoadedAndSaved)
     }
 }
 
-TEST_F (HostileWindow, MayBeAskedForAndNeverShown)
+TEST_F (HostileWindow, MayBeCreatedAndNeverShown)
 {
     startAudio();
 
@@ -100,9 +100,9 @@ TEST_F (HostileWindow, MayBeAskedForAndNeverShown)
     }
 }
 
-// JUCE reads what the display has sent also where it does not handle it, and then nobody can see any more that there is
-// something to handle. A host that never says so leaves the window as alone as it is then.
-TEST_F (HostileWindow, HandlesAClickThatNobodyTellsItOf)
+// JUCE sometimes reads an event of the display without handling it, and from then on nothing tells the host that one is
+// waiting. A host that never reports events leaves the window in the same position.
+TEST_F (HostileWindow, HandlesAClickThatTheHostNeverReports)
 {
     constexpr int narrow = 266, wide = 520;
     constexpr int mostRounds = 1000;

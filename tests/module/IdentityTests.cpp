@@ -67,7 +67,7 @@ TEST (ModuleIdentity, GivesEveryClassItsNameAndVersions)
     }
 }
 
-TEST (ModuleIdentity, IsWhatTheHostedInstanceSaysToo)
+TEST (ModuleIdentity, MatchesTheHostedInstance)
 {
     ModuleUnderTest module;
     juce::PluginDescription description;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// What the module does on the audio thread, seen from outside: every call of its into the C library goes past the watch.
+// What the module does on the audio thread, seen from outside: the watch counts its calls into the C library.
 #include <algorithm>
 #include <cstdio>
 #include <functional>
@@ -16,7 +16,7 @@ namespace
 {
 using namespace rawHost;
 
-/** A way for the module to be busy, or not to be. */
+/** What keeps the module busy, if anything. */
 struct Regime
 {
     const char* name;
@@ -67,7 +67,7 @@ class ModuleAudioThread : public ModuleAudioThreadWatch, public testing::WithPar
 };
 } // namespace
 
-TEST_P (ModuleAudioThread, NeitherAllocatesNorReleasesNorTouchesFilesNorTakesLocksOfItsOwn)
+TEST_P (ModuleAudioThread, NeverAllocatesFreesTouchesFilesOrTakesItsOwnLocks)
 {
     Instance instance (module, context);
     ASSERT_TRUE (instance.setUp (48000.0, announcedFrames));
@@ -110,8 +110,8 @@ TEST_P (ModuleAudioThread, NeitherAllocatesNorReleasesNorTouchesFilesNorTakesLoc
         EXPECT_EQ (counts.releases, 0) << "block " << number;
         EXPECT_EQ (counts.systemCalls, 0) << "block " << number;
 
-        // The framework's own: its callback lock around each piece of the announced size, and the lock of a parameter's list of
-        // listeners around a change. They are held for moments, and nothing of ours takes one.
+        // The framework's own: its callback lock around each piece of the announced size, and the lock of a parameter's
+        // listeners around a change. They are held for moments. The plug-in itself takes none.
         const auto numPieces = std::max (1, (block.numFrames + announcedFrames - 1) / announcedFrames);
         EXPECT_LE (counts.locks, numPieces + block.changes.getParameterCount()) << "block " << number;
 
@@ -123,7 +123,7 @@ TEST_P (ModuleAudioThread, NeitherAllocatesNorReleasesNorTouchesFilesNorTakesLoc
 INSTANTIATE_TEST_SUITE_P (Regimes, ModuleAudioThread, testing::ValuesIn (regimes),
                           [] (const auto& instance) { return std::string (instance.param.name); });
 
-TEST_F (ModuleAudioThreadWatch, SeesWhatItIsToSee)
+TEST_F (ModuleAudioThreadWatch, CountsAllocationsAndSystemCalls)
 {
     const AudioThreadWatch watch;
     const std::vector<char> memory (1000);
@@ -134,13 +134,13 @@ TEST_F (ModuleAudioThreadWatch, SeesWhatItIsToSee)
     EXPECT_GT (watch.counts().systemCalls, 0);
 }
 
-TEST_F (ModuleAudioThreadWatch, SeesWhatTheModuleDoes)
+TEST_F (ModuleAudioThreadWatch, CountsAllocationsInsideTheModule)
 {
     Instance instance (module, context);
     vst::String128 text {};
     const AudioThreadWatch watch;
 
-    // The module puts the value into words, which it does on no audio thread.
+    // The module formats the value, which it never does on the audio thread.
     EXPECT_EQ (instance.controller->getParamStringByValue (instance.parameter (hpFreq), 0.5, text),
                Steinberg::kResultOk);
     EXPECT_GT (watch.counts().allocations, 0);

@@ -60,7 +60,7 @@ juce::StringArray choicesOf (const ModuleUnderTest& module, const juce::String& 
 }
 } // namespace
 
-TEST (ModuleParameters, AreTheFiftyFiveInTheirOrderAndThenTheHostsBypass)
+TEST (ModuleParameters, AreTheFiftyFiveInOrderFollowedByTheBypass)
 {
     const ModuleUnderTest module;
     const auto& list = module.parameters().all();
@@ -91,7 +91,7 @@ TEST (ModuleParameters, ShowTheirDefaultsInTheirOwnWords)
     }
 }
 
-TEST (ModuleParameters, StoreChoicesAsPartsOfMoreStepsThanThereAreTexts)
+TEST (ModuleParameters, StoreChoicesAsFractionsOfTheirSteps)
 {
     const ModuleUnderTest module;
     const auto defaultOf = [&module] (const char* id)
@@ -130,7 +130,7 @@ TEST (ModuleParameters, OfferTheirChoicesByText)
     EXPECT_EQ (choicesOf (module, "link"), juce::StringArray ("Off", "On"));
 }
 
-TEST (ModuleParameters, ReachTheHostWithTheirLeadingAndTrailingBlanks)
+TEST (ModuleParameters, KeepLeadingAndTrailingBlanksInTheirTexts)
 {
     const ModuleUnderTest module;
 
@@ -140,7 +140,7 @@ TEST (ModuleParameters, ReachTheHostWithTheirLeadingAndTrailingBlanks)
     EXPECT_EQ (module.textAt ("seq_offs", 1.0f), "+1024 ");
 }
 
-TEST (ModuleParameters, TakeTypedTextAsPlainPosition)
+TEST (ModuleParameters, TakeTypedTextAsANormalisedPosition)
 {
     const ModuleUnderTest module;
     const auto* frequency = module.parameters().find ("lp_freq").parameter;
@@ -149,7 +149,7 @@ TEST (ModuleParameters, TakeTypedTextAsPlainPosition)
     EXPECT_EQ (frequency->getValueForText ("440 Hz"), 1.0f);
 }
 
-TEST (ModuleParameters, AreContinuousForTheHostEvenWhereTheyChoose)
+TEST (ModuleParameters, AreContinuousForTheHostEvenAsChoices)
 {
     const ModuleUnderTest module;
 

@@ -41,7 +41,7 @@ juce::String refusal (const juce::String& text)
 }
 } // namespace
 
-TEST (Presets, AreLoadedByTheModuleWithTheirValuesAndDefaultsForTheRest)
+TEST (Presets, LoadWithTheirValuesAndDefaultsForTheRest)
 {
     const HostProcess host;
     host.file ("tide.txt").replaceWithText (tide);
@@ -61,7 +61,7 @@ TEST (Presets, AreLoadedByTheModuleWithTheirValuesAndDefaultsForTheRest)
     EXPECT_EQ (settings->getStringAttribute ("inertia"), "0.0500");
 }
 
-TEST (Presets, TellNothingOfTheMachineTheyWereMadeOn)
+TEST (Presets, DoNotNameTheMachineTheyWereMadeOn)
 {
     const HostProcess host;
     host.file ("tide.txt").replaceWithText (tide);
@@ -75,7 +75,7 @@ TEST (Presets, TellNothingOfTheMachineTheyWereMadeOn)
         EXPECT_FALSE (text.contains (name)) << name;
 }
 
-TEST (Presets, KeepWhatIsSaidOfThem)
+TEST (Presets, KeepTheirDescriptions)
 {
     const HostProcess host;
     host.file ("tide.txt").replaceWithText (tide);
@@ -87,7 +87,7 @@ TEST (Presets, KeepWhatIsSaidOfThem)
     EXPECT_EQ (written.listen, "Pads = chords # and strings");
 }
 
-TEST (Presets, AreFilesCalledAfterTheirNames)
+TEST (Presets, AreWrittenUnderTheirNames)
 {
     const HostProcess host;
     host.file ("tide.txt").replaceWithText (tide);
@@ -97,7 +97,7 @@ TEST (Presets, AreFilesCalledAfterTheirNames)
     EXPECT_TRUE (host.file ("made/here/Slow Tide.vstpreset").existsAsFile());
 }
 
-TEST (Presets, NameFileAndLineOfWhatIsWrong)
+TEST (Presets, ReportFileAndLineOfAnError)
 {
     const juce::String head ("name = Name\nabout = Purpose\n");
 
@@ -113,7 +113,7 @@ TEST (Presets, NameFileAndLineOfWhatIsWrong)
     EXPECT_EQ (refusal (""), "wrong.txt:1: a preset has a line: name = ...");
 }
 
-TEST (Presets, WriteNoneOfThemIfOneIsWrong)
+TEST (Presets, AreNotWrittenAtAllIfOneIsWrong)
 {
     const HostProcess host;
     host.file ("a.txt").replaceWithText (tide);
@@ -137,7 +137,7 @@ TEST (Presets, AreNotWrittenOverOneAnother)
     EXPECT_EQ (host.files(), juce::StringArray ("a.txt", "b.txt"));
 }
 
-TEST (Presets, ThatAreDamagedAreRefused)
+TEST (Presets, AreRefusedWhenTruncated)
 {
     ModuleUnderTest module;
     const auto whole = presetFile::fromBlock (module.instance(), pluginState::read (module.instance()));
@@ -153,12 +153,12 @@ TEST (Presets, ThatAreDamagedAreRefused)
     }
 }
 
-TEST (Presets, OfDamagedTextAreRefused)
+TEST (Presets, AreRefusedAsDamagedXml)
 {
     ModuleUnderTest module;
     const juce::TemporaryFile file (".xml");
 
-    // A character that is none, one that is cut off, a nesting that no stack holds, and what the XML parser never leaves.
+    // An invalid byte, a truncated character, too deep a nesting, and an instruction that the XML parser never leaves.
     for (const auto& text :
          { juce::MemoryBlock ("<settings a=\"\xff\"/>", 17), juce::MemoryBlock ("<settings/>\xf0", 12),
            juce::MemoryBlock (juce::String::repeatedString ("<settings>", 100000).toRawUTF8(), 1000000),
@@ -170,7 +170,7 @@ TEST (Presets, OfDamagedTextAreRefused)
     }
 }
 
-TEST (Presets, WrittenInBytesThatAreNoCharactersAreRefused)
+TEST (Presets, AreRefusedWhenTheirTextIsNotUtf8)
 {
     const ModuleUnderTest module;
     const juce::TemporaryFile file (".txt");

@@ -19,7 +19,7 @@
 #include <pluginterfaces/vst/ivstparameterchanges.h>
 #include <pluginterfaces/vst/ivstprocesscontext.h>
 
-/** A host written against the VST3 interfaces alone, which does what a well-meaning one never would. */
+/** A host written against the VST3 interfaces alone. It does what a well-meaning one never would. */
 namespace rawHost
 {
 namespace vst = Steinberg::Vst;
@@ -132,7 +132,7 @@ public:
     Steinberg::int32 PLUGIN_API getParameterCount() override { return (Steinberg::int32) queues.size(); }
     vst::IParamValueQueue* PLUGIN_API getParameterData (Steinberg::int32 index) override;
 
-    /** For what the module has to say. It has no room, and the module has to live with that. */
+    /** For the module's own changes. There is no room for any, and the module must bear that. */
     vst::IParamValueQueue* PLUGIN_API addParameterData (const vst::ParamID&, Steinberg::int32&) override
     {
         return nullptr;
@@ -181,7 +181,7 @@ class Instance
 public:
     Instance (const Module& module, Context& context);
 
-    /** Lets go of everything in the order in which hosts do, whatever state the instance is in. */
+    /** Releases everything in the order in which hosts do, in any state of the instance. */
     ~Instance();
     Instance (const Instance&) = delete;
     Instance& operator= (const Instance&) = delete;

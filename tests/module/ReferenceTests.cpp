@@ -13,7 +13,7 @@ constexpr double sampleRate = 44100.0;
 
 using Settings = std::vector<std::pair<int, float>>;
 
-/** The module on one side and the literal engine on the other: same settings, same sound, same song. */
+/** The module on one side and the reference engine on the other: same settings, same sound, same song. */
 void expectSameBits (const Settings& settings, int numChannels, bool withTransport)
 {
     ModuleUnderTest module;
@@ -34,7 +34,7 @@ void expectSameBits (const Settings& settings, int numChannels, bool withTranspo
     if (withTransport)
         module.instance().setPlayHead (&transport);
 
-    // The client has a play head of its own at all times; without a song it answers with nothing in it.
+    // The client always has a play head; without a song the position that it gives is empty.
     engine.transport = [&transport, withTransport]
     {
         reference::Transport answer;
@@ -81,13 +81,13 @@ const Settings ladderInSteps { { Index::filtMode, 1.0f / 9.0f }, { Index::lpFreq
                                { Index::lfoMode (0), 0.625f },   { Index::lfoToLpf (0), 0.9f } };
 } // namespace
 
-TEST (ModuleAgainstTheLiteralEngine, GivesTheSameBitsForSweptButterworthFilters)
+TEST (ModuleAgainstTheReferenceEngine, GivesTheSameBitsForSweptButterworthFilters)
 {
     expectSameBits (sweptButterworth, 2, false);
     expectSameBits (sweptButterworth, 1, true);
 }
 
-TEST (ModuleAgainstTheLiteralEngine, GivesTheSameBitsForALadderMovedByStepsAndTempo)
+TEST (ModuleAgainstTheReferenceEngine, GivesTheSameBitsForALadderMovedByStepsAndTempo)
 {
     expectSameBits (ladderInSteps, 2, true);
     expectSameBits (ladderInSteps, 1, false);

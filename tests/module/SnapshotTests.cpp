@@ -14,7 +14,7 @@ juce::File snapshot (const char* ending)
         .getChildFile (juce::String ("ABCDEF019182FAEB4B74726E546D7338") + ending);
 }
 
-/** An image that only a PNG decoder makes of the file; none if it is anything else. */
+/** The image of a PNG file; none if the file is anything else. */
 juce::Image readPng (const juce::File& file)
 {
     juce::FileInputStream stream (file);
@@ -22,7 +22,7 @@ juce::Image readPng (const juce::File& file)
 }
 } // namespace
 
-TEST (Snapshots, ShowTheWideWindowAtOneAndAtTwoPixelsPerPoint)
+TEST (Snapshots, ShowTheWideWindowAtScalesOneAndTwo)
 {
     const auto plain = readPng (snapshot ("_snapshot.png"));
     const auto fine = readPng (snapshot ("_snapshot_2.0x.png"));

@@ -12,7 +12,7 @@ constexpr float savedPrecision = 0.0000501f;
 
 juce::MemoryBlock bytes (const juce::String& text) { return { text.toRawUTF8(), text.getNumBytesAsUTF8() }; }
 
-/** The text without what tells the time of saving. */
+/** The settings without the time of saving. */
 juce::String comparable (ModuleUnderTest& module)
 {
     const auto settings = juce::parseXML (pluginState::settingsText (pluginState::read (module.instance())));
@@ -54,7 +54,7 @@ TEST (ModuleState, IsTheSameTextAfterSaveAndLoadAndSave)
     EXPECT_EQ (comparable (second), comparable (first));
 }
 
-TEST (ModuleState, KeepsTheHostsBypassBesideTheSettings)
+TEST (ModuleState, IsStoredWithTheHostsBypassOutsideTheSettings)
 {
     ModuleUnderTest first, second;
     first.set ("byps", 1.0f);
@@ -65,7 +65,7 @@ TEST (ModuleState, KeepsTheHostsBypassBesideTheSettings)
     EXPECT_FALSE (pluginState::settingsText (pluginState::read (first.instance())).contains ("byps"));
 }
 
-TEST (ModuleState, IsHeardAtOnce)
+TEST (ModuleState, IsHeardFromTheFirstBlock)
 {
     ModuleUnderTest loaded, set;
     set.set ("lp_freq", 0.25f);
@@ -83,7 +83,7 @@ TEST (ModuleState, IsHeardAtOnce)
     EXPECT_EQ (samplesOf (one, 0), samplesOf (other, 0));
 }
 
-TEST (ModuleState, StaysAsItIsWhenTheBlockIsRubbish)
+TEST (ModuleState, IsUnchangedByDamagedBlocks)
 {
     ModuleUnderTest module;
     module.set ("lp_freq", 0.25f);
@@ -102,7 +102,7 @@ TEST (ModuleState, StaysAsItIsWhenTheBlockIsRubbish)
     }
 }
 
-TEST (ModuleState, IsReadFromABlockFromItsTextAndFromAPreset)
+TEST (ModuleState, LoadsFromABlockFromTextAndFromAPreset)
 {
     ModuleUnderTest written;
     written.set ("hp_freq", 0.75f);
@@ -120,7 +120,7 @@ TEST (ModuleState, IsReadFromABlockFromItsTextAndFromAPreset)
     }
 }
 
-TEST (ModuleState, IsRefusedFromAFileThatHoldsNone)
+TEST (ModuleState, IsRefusedFromAFileWithoutSettings)
 {
     ModuleUnderTest module;
     const juce::TemporaryFile file (".state");

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-TEST (Transport, CountsQuarterNotesFromItsStart)
+TEST (HostTransport, CountsQuarterNotesFromItsStart)
 {
     Transport transport ({ 90.0, 4.0, { 4, 4 }, true }, 48000.0);
     transport.moveTo (64000);
@@ -15,7 +15,7 @@ TEST (Transport, CountsQuarterNotesFromItsStart)
     EXPECT_TRUE (position.getIsPlaying());
 }
 
-TEST (Transport, KnowsWhereItsBarsBegin)
+TEST (HostTransport, KnowsWhereItsBarsBegin)
 {
     Transport transport ({ 120.0, 0.0, { 6, 8 }, true }, 48000.0);
 
@@ -24,7 +24,7 @@ TEST (Transport, KnowsWhereItsBarsBegin)
     EXPECT_DOUBLE_EQ (*transport.getPosition()->getPpqPositionOfLastBarStart(), 3.0);
 }
 
-TEST (Transport, StandsWhereItStartsWhenItIsStopped)
+TEST (HostTransport, StaysAtItsStartWhileStopped)
 {
     Transport transport ({ 120.0, 2.5, { 4, 4 }, false }, 48000.0);
     transport.moveTo (123456);

@@ -45,9 +45,8 @@ void send (Display* display, Window window, Atom message)
     XSendEvent (display, DefaultRootWindow (display), False, SubstructureRedirectMask | SubstructureNotifyMask, &event);
 }
 
-/** Asks for the size of a frame until there is an answer. A window manager says that it is there while it is still busy
-    with its start; what is asked of it at that time may stay unheard until somebody asks for something else, and be it
-    the window of a test that wants to be shown. */
+/** Asks for the size of a window's frame until there is an answer. A window manager announces itself while it is still
+    starting. A request that comes in between may stay unanswered until the next one, and that may be a test's window. */
 bool waitForWindowManager()
 {
     const std::unique_ptr<Display, int (*) (Display*)> display (XOpenDisplay (nullptr), XCloseDisplay);
@@ -79,7 +78,7 @@ Desktop::Desktop()
     for (const auto* program : { "Xvfb", "openbox", "xdotool" })
         requireProgram (program);
 
-    // Never the desktop of whoever runs the tests.
+    // Never the user's own desktop.
     unsetenv ("DISPLAY");
     display.emplace();
     windowManager.emplace (

@@ -8,8 +8,7 @@
 #include "host/PrivateDisplay.h"
 #include "support/ChildProcess.h"
 
-/** Nothing here takes a second on an idle machine, and a busy one may take its time; whoever waits longer than this waits
-    in vain. */
+/** Nothing here takes a second on an idle machine. A busy one may take its time; what has not come by now will not come. */
 inline constexpr std::chrono::seconds patience { 60 };
 
 /** An X server with a window manager and nothing else, for the life of this object; DISPLAY points at it. */

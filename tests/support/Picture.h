@@ -7,7 +7,7 @@
 
 #include "host/XDisplay.h"
 
-/** What stands on the screen, and what can be said of it in numbers. */
+/** Pictures of the screen, and measurements of them. */
 namespace picture
 {
 /** Invalid if the display refused. */
@@ -20,8 +20,8 @@ void keep (const juce::Image& image, const std::string& name);
     other colours. */
 [[nodiscard]] bool isWhole (const juce::Image& window);
 
-/** True if a knob of the window has an arc. Every knob stands at 0 when the window opens, where there is none, and is given
-    its value by the window's first poll: an arc tells that this has been. */
+/** True if a knob of the window has an arc. Every knob opens at 0, where it has none, and gets its value at the window's
+    first poll: an arc says that the poll has happened. */
 [[nodiscard]] bool hasArc (const juce::Image& window);
 
 /** The largest difference, 0 to 255, between the mean colours of two places that correspond. For this both are divided
@@ -29,8 +29,8 @@ void keep (const juce::Image& image, const std::string& name);
     other details and the same mean; what is missing, cropped or elsewhere shows. */
 [[nodiscard]] double largestFieldDifference (const juce::Image& one, const juce::Image& other);
 
-/** Number of pixels that differ from their right neighbour as much as a sharp edge between text and ground does. Scaled
-    drawings have as much more of them as their edges are longer; a stretched picture has its edges blurred. */
+/** Number of pixels that differ from their right neighbour as much as a sharp edge between text and ground does. A drawing
+    at a larger scale has more of them, because its edges are longer; a stretched picture has blurred edges. */
 [[nodiscard]] int numSharpEdges (const juce::Image& image);
 
 /** The share of pixels that clearly differ. Both of one size. */

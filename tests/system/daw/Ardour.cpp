@@ -12,7 +12,7 @@
 
 namespace
 {
-/** On a machine with much else to do the exporter fails in up to every third run. */
+/** On a busy machine the exporter fails up to every third time. */
 constexpr int mostAttempts = 10;
 
 const char* const sessionName = "song";
@@ -110,7 +110,7 @@ void Ardour::runScript (const juce::String& script)
     const auto output = run ({ programs.getChildFile ("luasession").getFullPathName().toStdString(),
                                (juce::String (KESTRIN_DAW_SCRIPTS) + "/" + script).toStdString() });
 
-    // The program ends with 0 whatever becomes of the script.
+    // The program's exit code is 0 even if the script fails.
     if (! output.contains ("kestrin: done"))
         throw HostError ("Ardour does not finish " + script + ":\n" + output);
 }

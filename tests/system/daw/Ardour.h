@@ -9,7 +9,7 @@
 
 #include "support/ChildProcess.h"
 
-/** The workstation as Debian packages it, driven without a screen, in a home folder of its own that holds nothing but the
+/** Ardour as Debian packages it, driven without a screen, in a home folder of its own that holds nothing but the
     module under test. The folder goes with this object. */
 class Ardour
 {

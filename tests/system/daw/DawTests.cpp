@@ -6,7 +6,7 @@
 #include "host/HostError.h"
 #include "host/PluginState.h"
 #include "system/daw/Ardour.h"
-#include "system/daw/LiteralSong.h"
+#include "system/daw/ReferenceSong.h"
 
 namespace
 {
@@ -41,7 +41,7 @@ const std::vector<std::pair<int, float>> darkAndResonant { { Index::hpFreq, 0.2f
                                                            { Index::lpMode, 0.3333f } };
 
 //======================================================================================================================
-// What can be said of a sound
+// Measurements of a sound
 
 int numDiffering (const juce::AudioBuffer<float>& one, const juce::AudioBuffer<float>& other, int otherStart = 0)
 {
@@ -71,7 +71,7 @@ double brightnessDb (const juce::AudioBuffer<float>& sound, int channel)
     return levelDb (steps, 0);
 }
 
-/** A comparison of bits says nothing of silence, nor of a plug-in that was left out. */
+/** Equal bits prove nothing of silence, or without the plug-in. */
 void expectFilteredNoise (const juce::AudioBuffer<float>& heard)
 {
     const auto noise = makeNoise();
@@ -87,15 +87,15 @@ void expectFilteredNoise (const juce::AudioBuffer<float>& heard)
     EXPECT_GT (numDiffering (heard, noise), numFrames);
 }
 
-void expectTheLiteralEnginesBits (const Ardour::Song& song, const juce::AudioBuffer<float>& heard)
+void expectTheReferenceEnginesBits (const Ardour::Song& song, const juce::AudioBuffer<float>& heard)
 {
-    const auto match = LiteralSong (song).bestMatch (heard);
+    const auto match = ReferenceSong (song).bestMatch (heard);
     EXPECT_EQ (match.numSame, heard.getNumSamples())
         << "at best, with " << match.framesBefore << " frames before the sound";
 }
 
 //======================================================================================================================
-/** The settings text in a preset, without what tells of the moment and place of saving. */
+/** The settings text in a preset, without date, user and host. */
 juce::String lastingSettings (const juce::MemoryBlock& preset)
 {
     juce::String text;
@@ -177,7 +177,7 @@ private:
     static inline std::string problem;
 };
 
-TEST_F (InArdour, IsFoundByTheScanUnderItsNameWithTwoChannelsInAndOut)
+TEST_F (InArdour, IsFoundByTheScanAsAStereoFilter)
 {
     const auto found = ardour().scanResult();
 
@@ -208,7 +208,7 @@ TEST_F (InArdour, ShowsAllParametersInOrderWithTheirNamesAndDefaults)
         << lines[Index::count];
 }
 
-// Whatever Ardour did to the sound by itself would have to be allowed for everywhere else.
+// If Ardour changed the sound by itself, every other test would have to allow for it.
 TEST_F (InArdour, HearsASoundUnchangedWithoutThePlugin)
 {
     auto song = songOf ({});
@@ -223,18 +223,18 @@ TEST_F (InArdour, HearsASoundUnchangedWhileThePluginIsBypassed)
     EXPECT_EQ (numDiffering (makeAndRender (song), song.sound), 0);
 }
 
-TEST_F (InArdour, FiltersBitForBitAsTheLiteralEngineAndAsTheOfflineHost)
+TEST_F (InArdour, FiltersWithTheBitsOfTheReferenceEngineAndTheOfflineHost)
 {
     const auto song = songOf (darkAndResonant);
     const auto heard = makeAndRender (song);
     expectFilteredNoise (heard);
 
-    const auto match = LiteralSong (song).bestMatch (heard);
+    const auto match = ReferenceSong (song).bestMatch (heard);
     ASSERT_EQ (match.numSame, numFrames) << "at best, with " << match.framesBefore << " frames before the sound";
     EXPECT_EQ (numDiffering (heard, renderInHost (song, match.framesBefore, {}), match.framesBefore), 0);
 }
 
-TEST_F (InArdour, MovesFreeLfosBitForBitAsTheLiteralEngine)
+TEST_F (InArdour, MovesFreeLfosWithTheBitsOfTheReferenceEngine)
 {
     const auto song = songOf ({ { Index::hpFreq, 0.2f },
                                 { Index::lpFreq, 0.6f },
@@ -243,10 +243,10 @@ TEST_F (InArdour, MovesFreeLfosBitForBitAsTheLiteralEngine)
                                 { Index::lfoToHpf (1), 0.3f } });
     const auto heard = makeAndRender (song);
     expectFilteredNoise (heard);
-    expectTheLiteralEnginesBits (song, heard);
+    expectTheReferenceEnginesBits (song, heard);
 }
 
-TEST_F (InArdour, MovesALadderInStepsAndInTempoBitForBitAsTheLiteralEngine)
+TEST_F (InArdour, MovesALadderByStepsAndTempoWithTheBitsOfTheReferenceEngine)
 {
     const auto song = songOf ({ { Index::filtMode, 0.1111f },
                                 { Index::lpFreq, 0.5f },
@@ -258,10 +258,10 @@ TEST_F (InArdour, MovesALadderInStepsAndInTempoBitForBitAsTheLiteralEngine)
                                 { Index::lfoToLpf (0), 0.9f } });
     const auto heard = makeAndRender (song);
     expectFilteredNoise (heard);
-    expectTheLiteralEnginesBits (song, heard);
+    expectTheReferenceEnginesBits (song, heard);
 }
 
-TEST_F (InArdour, FollowsAutomationBitForBitAsTheLiteralEngineAndAsTheOfflineHost)
+TEST_F (InArdour, FollowsAutomationWithTheBitsOfTheReferenceEngineAndTheOfflineHost)
 {
     auto song = songOf ({ { Index::hpReso, 0.3f }, { Index::lpFreq, 0.3f }, { Index::lpMode, 0.2222f } });
     song.lanes = { { Index::lpFreq, { { 0, 0.3 }, { 5000, 0.3 }, { 20000, 0.6 }, { 40000, 0.6 }, { 41000, 0.2 } } },
@@ -269,7 +269,7 @@ TEST_F (InArdour, FollowsAutomationBitForBitAsTheLiteralEngineAndAsTheOfflineHos
 
     const auto heard = makeAndRender (song);
     expectFilteredNoise (heard);
-    const auto match = LiteralSong (song).bestMatch (heard);
+    const auto match = ReferenceSong (song).bestMatch (heard);
     ASSERT_EQ (match.numSame, numFrames) << "at best, with " << match.framesBefore << " frames before the sound";
 
     // The same lanes for kestrin-host: a jump at the beginning of every block.
@@ -280,10 +280,10 @@ TEST_F (InArdour, FollowsAutomationBitForBitAsTheLiteralEngineAndAsTheOfflineHos
         juce::StringArray points;
         auto before = (float) lane.front().position;
 
-        for (const auto& [first, length] : LiteralSong::rollingBlocks (numFrames))
+        for (const auto& [first, length] : ReferenceSong::rollingBlocks (numFrames))
         {
             const auto seconds = juce::String ((match.framesBefore + first) / Ardour::sampleRate, 9);
-            const auto position = LiteralSong::positionAtEnd (lane, first + length);
+            const auto position = ReferenceSong::positionAtEnd (lane, first + length);
             points.add (seconds + "=" + juce::String (before, 9));
             points.add (seconds + "=" + juce::String (position, 9));
             before = position;
@@ -296,7 +296,7 @@ TEST_F (InArdour, FollowsAutomationBitForBitAsTheLiteralEngineAndAsTheOfflineHos
     EXPECT_EQ (numDiffering (heard, renderInHost (song, match.framesBefore, lanes), match.framesBefore), 0);
 }
 
-TEST_F (InArdour, FindsASavedSessionAsItWasAndSavesItAsItWas)
+TEST_F (InArdour, ReopensAndSavesASessionUnchanged)
 {
     std::vector<std::pair<int, float>> positions;
 
@@ -327,17 +327,17 @@ TEST_F (InArdour, SoundsTheSameAfterASessionIsReopenedAndSaved)
     const auto song = songOf (darkAndResonant);
     ardour().make (song);
     [[maybe_unused]] const auto lines = ardour().reopen();
-    expectTheLiteralEnginesBits (song, ardour().render());
+    expectTheReferenceEnginesBits (song, ardour().render());
 }
 
 // Ardour leaves the plug-in its two channels on a mono track, and gives it silence for the second.
-TEST_F (InArdour, FiltersAMonoTrackBitForBitAsTheLiteralEngineWithASilentRight)
+TEST_F (InArdour, FiltersAMonoTrackWithTheBitsOfTheReferenceEngineGivenASilentRight)
 {
     auto song = songOf (darkAndResonant);
     song.sound = makeNoise (1);
     const auto heard = makeAndRender (song);
 
     song.sound.setSize (2, numFrames, true, true);
-    expectTheLiteralEnginesBits (song, heard);
+    expectTheReferenceEnginesBits (song, heard);
     EXPECT_GT (levelDb (heard, 0), -60.0);
 }

@@ -19,7 +19,7 @@ constexpr int titleHeight = 36;
 /** Where "Show LFOs" stands. */
 constexpr int toggleX = 17, toggleY = 529;
 
-/** Ardour takes a few seconds to start; on a machine with much else to do, many. */
+/** Ardour takes a few seconds to start; on a busy machine, many. */
 constexpr std::chrono::seconds startPatience { 60 };
 
 /** Ardour with its windows, ended with this object. */
@@ -118,7 +118,7 @@ class InArdoursWindow : public testing::TestWithParam<double>
 {
 };
 
-TEST_P (InArdoursWindow, IsDrawnWholeAtItsScaleAsByTheOfflineHostBeforeAndAfterAChangeOfWidth)
+TEST_P (InArdoursWindow, LooksAsInTheOfflineHostBeforeAndAfterAChangeOfWidth)
 {
     const auto scale = GetParam();
     const auto name = "daw-" + std::to_string (juce::roundToInt (scale * 100.0));

@@ -9,7 +9,7 @@ backend:set_device_name ("Silence")
 
 local session = assert (create_session (job.folder, job.name, job.rate), "Ardour makes no session")
 
--- Whatever Ardour would do to the sound by itself at the edges.
+-- Ardour's own fades at the edges of a sound.
 session:cfg ():set_use_region_fades (false)
 session:cfg ():set_use_transport_fades (false)
 

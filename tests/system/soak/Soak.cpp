@@ -91,7 +91,7 @@ void sleepForADay()
 {
     Counting plugin (1);
     plugin.run (20 * rate);
-    expect (! plugin.controlUpdatePending, "nothing is asked for after twenty seconds of rest");
+    expect (! plugin.controlUpdatePending, "no tick is requested after twenty seconds of rest");
 
     const auto framesBefore = plugin.framesRun, wrapsBefore = plugin.wraps;
     constexpr auto numFrames = 24 * 3600 * rate;
@@ -99,18 +99,18 @@ void sleepForADay()
 
     const auto expectedWraps = (framesBefore + numFrames) / clockPeriod - framesBefore / clockPeriod;
     expect (plugin.wraps - wrapsBefore == expectedWraps, "the clock has wrapped once per 65536 frames");
-    expect (plugin.clockIsRight, "the clock stood right after every block");
+    expect (plugin.clockIsRight, "the clock was right after every block");
     expect (numFrames > std::numeric_limits<std::int32_t>::max(), "the day has more frames than the counter can count");
     expect (plugin.framesSinceRequest == std::numeric_limits<std::int32_t>::max(),
             "the counter of frames stands still at its largest value");
     expect (! plugin.controlUpdatePending, "it still sleeps");
-    expect (plugin.soundIsFinite, "all that was looked at was finite");
+    expect (plugin.soundIsFinite, "every sample that was checked was finite");
     std::printf ("  %lld frames, %lld wraps\n", (long long) plugin.framesRun, (long long) plugin.wraps);
 
     plugin.parameters.lpFreq->juce::AudioProcessorParameter::setValueNotifyingHost (0.25f);
     plugin.run (1);
     plugin.run (1);
-    expect (plugin.framesSinceRequest < 2, "a parameter wakes it, and the counter starts anew");
+    expect (plugin.framesSinceRequest < 2, "a parameter wakes it, and the counter starts again");
 }
 
 void stayAwakeForAnHour()
@@ -123,9 +123,9 @@ void stayAwakeForAnHour()
 
     expect (plugin.controlUpdatePending, "it is still awake");
     expect (plugin.framesSinceRequest == 0, "the counter of frames begins with every frame");
-    expect (plugin.clockIsRight, "the clock stood right after every block");
+    expect (plugin.clockIsRight, "the clock was right after every block");
     expect (plugin.wraps == plugin.framesRun / clockPeriod, "the clock has wrapped once per 65536 frames");
-    expect (plugin.soundIsFinite, "all that was looked at was finite");
+    expect (plugin.soundIsFinite, "every sample that was checked was finite");
 
     for (const auto& lfo : plugin.lfo)
         expect (lfo.phaseA >= 0.0f && lfo.phaseA <= 1.0f, "an LFO's phase lies in 0 to 1");

@@ -15,8 +15,8 @@ protected:
         ASSERT_TRUE (window.waitForSize (wide)) << window.heard();
     }
 
-    /** Types, presses return and turns a knob by the wheel: once the knob has turned, the keys before have been heard. */
-    static void typeAndLetItBeHeard (ModuleWindow& window, const std::string& text)
+    /** Types, presses return and turns a knob by the wheel: once the knob has turned, the keys have arrived too. */
+    static void typeAndWaitForArrival (ModuleWindow& window, const std::string& text)
     {
         Desktop::perform ("type -- " + text);
         Desktop::perform ("key Return");
@@ -27,7 +27,7 @@ protected:
     const Desktop desktop {};
 };
 
-/** At once: what makes two clicks one is the time between them. */
+/** Without a delay: two clicks are a double click if they follow each other quickly. */
 constexpr auto doubleClick = "click --repeat 2 --delay 0 1";
 
 /** Whole-range drags are 250 pixels long, fine ones 2500. */
@@ -47,7 +47,7 @@ juce::Image columnsOf (const juce::Image& image) { return image.getClippedImage 
 double positionOfOffset (double offset) { return (offset + 1024.0) / 2048.0; }
 } // namespace
 
-TEST_F (HandsOnTheWindow, ADragTurnsAKnobByTheWayOfThePointer)
+TEST_F (HandsOnTheWindow, ADragTurnsAKnobInProportionToItsLength)
 {
     ModuleWindow window;
 
@@ -141,7 +141,7 @@ TEST_F (HandsOnTheWindow, RandomizeMovesAllTwentySteps)
     window.keepPicture ("desktop-randomized");
 }
 
-TEST_F (HandsOnTheWindow, TheOffsetIsTypedAndTakenWithReturn)
+TEST_F (HandsOnTheWindow, ReturnStoresTheTypedOffset)
 {
     ModuleWindow window;
     openFrequencer (window);
@@ -159,18 +159,18 @@ TEST_F (HandsOnTheWindow, TheOffsetIsTypedAndTakenWithReturn)
     }
 
     // With return the field has let go of the keyboard.
-    typeAndLetItBeHeard (window, "77");
+    typeAndWaitForArrival (window, "77");
     EXPECT_NEAR (*window.position ("seq_offs"), positionOfOffset (-300), 1.0e-6) << window.heard();
 }
 
-TEST_F (HandsOnTheWindow, WhatIsTypedGoesToTheOffsetFieldOnlyAfterAClickOnIt)
+TEST_F (HandsOnTheWindow, KeysReachTheOffsetFieldOnlyAfterAClickOnIt)
 {
     ModuleWindow window;
     openFrequencer (window);
     window.clickToType (places::hpReso);
     const auto before = window.settledPicture();
 
-    typeAndLetItBeHeard (window, "77");
+    typeAndWaitForArrival (window, "77");
     EXPECT_FALSE (window.position ("seq_offs").has_value()) << window.heard();
     EXPECT_FALSE (window.position ("link").has_value()) << window.heard();
 
@@ -178,7 +178,7 @@ TEST_F (HandsOnTheWindow, WhatIsTypedGoesToTheOffsetFieldOnlyAfterAClickOnIt)
     EXPECT_FALSE (differs (columnsOf (after), columnsOf (before)));
 }
 
-TEST_F (HandsOnTheWindow, WhatWasTypedIsGoneAfterAClickElsewhere)
+TEST_F (HandsOnTheWindow, AClickElsewhereDiscardsTheTypedOffset)
 {
     ModuleWindow window;
     openFrequencer (window);
@@ -210,7 +210,7 @@ TEST_F (HandsOnTheWindow, TheTogglesOpenAndCloseTheColumns)
     EXPECT_TRUE (window.waitForSize (narrow)) << window.heard();
 }
 
-TEST_F (HandsOnTheWindow, OneKindOfColumnsTakesThePlaceOfTheOther)
+TEST_F (HandsOnTheWindow, LfoAndFrequencerColumnsReplaceEachOther)
 {
     ModuleWindow window;
 

@@ -13,7 +13,7 @@
 
 namespace
 {
-/** How long a condition that hangs on more than the host's lines may go without another look. */
+/** The longest time between two looks at a condition. */
 constexpr int lookAgainMs = 20;
 } // namespace
 

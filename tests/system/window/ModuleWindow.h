@@ -46,9 +46,9 @@ public:
     //==================================================================================================================
     // What people do
 
-    /** Drags a knob that turns by the pixel, and keeps the button down until the knob has come along both times: what
-        matters is the way from the start.
-        @param position  where the knob is to be after as many pixels
+    /** Drags a knob that turns by the pixel, in two moves, and keeps the button down until the knob has followed each. Its
+        position depends on the distance from the start alone.
+        @param positionAfter  the position that a distance in pixels gives
         @returns false if it does not follow */
     [[nodiscard]] bool dragUp (Place from, int pixels, const std::string& id,
                                const std::function<double (int)>& positionAfter);
@@ -80,7 +80,7 @@ public:
     /** Listens until the host knows the window in this size and the screen shows all of it. */
     bool waitForSize (Size wanted);
 
-    /** The position that the module told last, if it has told any. */
+    /** The last position that the module has reported, if any. */
     [[nodiscard]] std::optional<double> position (const std::string& id) const;
 
     [[nodiscard]] Size size() const noexcept { return knownSize; }
@@ -89,10 +89,10 @@ public:
     [[nodiscard]] const std::string& heard() const noexcept { return everything; }
 
     //==================================================================================================================
-    /** What the display shows of it. */
+    /** The window as the display shows it. */
     [[nodiscard]] juce::Image picture() const;
 
-    /** What the display shows of it once this holds and nothing changes any more. Invalid if that does not come. */
+    /** The same, once the condition holds and nothing changes any more. Invalid if that never happens. */
     [[nodiscard]] juce::Image settledPicture (const std::function<bool (const juce::Image&)>& condition = {});
 
     /** Leaves a picture for people to look at. */

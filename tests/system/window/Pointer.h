@@ -5,8 +5,8 @@
 
 #include "host/XDisplay.h"
 
-/** Where pointer and keyboard of the present desktop are, as the X server knows it. Whoever moves one of them and goes on
-    at once is sometimes too early: the answer is here. */
+/** Where the pointer and the keyboard focus of the present desktop are, according to the X server. A test that has moved one
+    of them waits for this before it goes on. */
 class Pointer
 {
 public:

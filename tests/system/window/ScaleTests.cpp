@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// The window on dense screens: drawn whole and anew in more pixels, not stretched, cropped or left small.
+// The window on dense screens: drawn whole in more pixels, not stretched, cropped or left small.
 #include <array>
 #include <cmath>
 
@@ -33,7 +33,7 @@ bool isTicked (const juce::Image& window, ModuleWindow::Place toggle, double sca
     return false;
 }
 
-/** One state of the window, how it is come to from the one before, and what tells that it is there. */
+/** One state of the window, the toggle that leads to it from the one before, and what shows that it is reached. */
 struct State
 {
     const char* name = nullptr;
@@ -92,7 +92,7 @@ void expectSharp (const juce::Image& small, const juce::Image& large, double sca
 
     EXPECT_GT (picture::numSharpEdges (large), picture::numSharpEdges (small) * scale * leastShareOfEdges);
 
-    // Every so many pixels one, and this one made as large as they were: the same picture if it was made so before.
+    // Shrunk and enlarged by nearest pixels: a picture that was stretched like that stays the same.
     constexpr auto nearest = juce::Graphics::lowResamplingQuality;
     const auto dots = large.rescaled (small.getWidth(), small.getHeight(), nearest)
                           .rescaled (large.getWidth(), large.getHeight(), nearest);
@@ -106,7 +106,7 @@ protected:
 };
 } // namespace
 
-TEST_P (WindowScale, DrawsTheWindowWholeAndSharpInThatManyMorePixelsBeforeAndAfterAChangeOfWidth)
+TEST_P (WindowScale, DrawsTheWindowWholeAndSharpBeforeAndAfterAChangeOfWidth)
 {
     const auto scale = GetParam();
     const auto small = picturesAt (1.0);

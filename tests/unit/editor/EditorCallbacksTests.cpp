@@ -24,7 +24,7 @@ protected:
     /** As the user turns it. */
     static void turn (juce::Slider& knob, double value) { knob.setValue (value, juce::sendNotificationSync); }
 
-    /** Drags every knob that the pointer can reach, and sees its parameter move and the host told, plainly. */
+    /** Drags every visible knob, and expects its parameter to move and the host to hear of it without a gesture. */
     int dragEveryKnob()
     {
         HeadlessWindow window { editor() };
@@ -68,7 +68,7 @@ TEST_F (EditorCallbacks, WriteEveryKnobToItsParameterAndTellTheHost)
     showLfos();
     EXPECT_EQ (dragEveryKnob(), 6 + 2 * 10);
 
-    // Dragging has left both tempo knobs short of "Tempo"; with it, the division knobs come to hand.
+    // Dragging has left both tempo knobs short of "Tempo"; with it, the division knobs appear.
     for (auto& column : editor().lfoControls)
         turn (column.tempoKnob, 3.0 / 9.0);
 
@@ -164,7 +164,7 @@ TEST_F (FrequencyLink, MovesTheOtherKnobByTheSameDistance)
     EXPECT_EQ (parameters.hpFreq->get(), 0.125f);
 }
 
-TEST_F (FrequencyLink, CapturesAnewAfterItWasReleased)
+TEST_F (FrequencyLink, CapturesAgainAfterRelease)
 {
     start (0.25f, 0.5f);
     clickLink();
@@ -185,7 +185,7 @@ TEST_F (FrequencyLink, CapturesAnewAfterItWasReleased)
     EXPECT_EQ (parameters.hpFreq->get(), 0.1875f);
 }
 
-TEST_F (FrequencyLink, IsCapturedByAnyKnobButMovedByTheFrequenciesAlone)
+TEST_F (FrequencyLink, CapturesOnAnyKnobButFollowsOnlyFrequencyKnobs)
 {
     start (0.25f, 0.5f);
     clickLink();
@@ -197,7 +197,7 @@ TEST_F (FrequencyLink, IsCapturedByAnyKnobButMovedByTheFrequenciesAlone)
     EXPECT_TRUE (lowpass.values.empty());
 }
 
-TEST_F (FrequencyLink, HandsOnWhatLiesBeyondTheRange)
+TEST_F (FrequencyLink, TellsTheHostTheUnclampedValueAndStoresTheClampedOne)
 {
     start (0.25f, 0.75f);
     clickLink();
@@ -215,7 +215,7 @@ TEST_F (FrequencyLink, HandsOnWhatLiesBeyondTheRange)
     EXPECT_EQ (parameters.hpFreq->get(), 0.0f);
 }
 
-TEST_F (FrequencyLink, TakesAnOffsetOfMinusNinetyForNone)
+TEST_F (FrequencyLink, TreatsAnOffsetOfMinusNinetyAsNotCaptured)
 {
     start (0.25f, 0.5f);
     clickLink();
@@ -228,7 +228,7 @@ TEST_F (FrequencyLink, TakesAnOffsetOfMinusNinetyForNone)
     EXPECT_EQ (processor.freqLinkOffset, -89.5f);
 }
 
-TEST_F (FrequencyLink, GoesByTheToggleAndTellsTheHost)
+TEST_F (FrequencyLink, FollowsTheToggleAndTellsTheHost)
 {
     HeardValues heard { *parameters.link };
     processor.controlUpdatePending = false;
@@ -248,7 +248,7 @@ TEST_F (FrequencyLink, GoesByTheToggleAndTellsTheHost)
     EXPECT_EQ (processor.freqLinkOffset, 0.25f);
 }
 
-TEST_F (FrequencyLink, OutlivesTheWindow)
+TEST_F (FrequencyLink, KeepsItsOffsetWhenTheWindowCloses)
 {
     start (0.25f, 0.5f);
     clickLink();
@@ -325,11 +325,11 @@ private:
     void audioProcessorChanged (juce::AudioProcessor*, const ChangeDetails&) override {}
 };
 
-TEST_F (Randomize, DrawsTwiceForAStepThatIsNotLinked) { expectSteps (false, 1.0f, 0.75f); }
+TEST_F (Randomize, DrawsTwicePerUnlinkedStep) { expectSteps (false, 1.0f, 0.75f); }
 
-TEST_F (Randomize, DrawsOnceForAStepThatIsLinked) { expectSteps (true, 1.0f, 0.75f); }
+TEST_F (Randomize, DrawsOncePerLinkedStep) { expectSteps (true, 1.0f, 0.75f); }
 
-TEST_F (Randomize, CentresAllStepsAtAmountsOfZero)
+TEST_F (Randomize, CentresAllStepsWhenBothAmountsAreZero)
 {
     expectSteps (false, 0.0f, 0.0f);
 
@@ -340,9 +340,9 @@ TEST_F (Randomize, CentresAllStepsAtAmountsOfZero)
     }
 }
 
-TEST_F (Randomize, CentresAllLinkedStepsAtAmountsOfZero) { expectSteps (true, 0.0f, 0.0f); }
+TEST_F (Randomize, CentresAllLinkedStepsWhenBothAmountsAreZero) { expectSteps (true, 0.0f, 0.0f); }
 
-TEST_F (Randomize, MovesLinkedStepsTheSameWay)
+TEST_F (Randomize, MovesLinkedStepsInTheSameDirection)
 {
     expectSteps (true, 1.0f, 0.5f);
 
@@ -425,7 +425,7 @@ TEST_F (OffsetField, StoresANumberAtReturnAndDropsTheFocus)
     expectStored ("0", 0.5f);
 }
 
-TEST_F (OffsetField, StoresNothingSensibleAsZeroAndTooMuchAsItIs)
+TEST_F (OffsetField, StoresUnreadableTextAsZeroAndClampsOffsetsBeyondTheRange)
 {
     set (parameters.seqOffs, 0.1f);
     expectStored ("+-.", 0.5f);
@@ -444,7 +444,7 @@ TEST_F (OffsetField, StoresAnEmptyTextAsZero)
     EXPECT_EQ (parameters.seqOffs->get(), 0.5f);
 }
 
-TEST_F (OffsetField, AcceptsSevenCharactersOfANumber)
+TEST_F (OffsetField, AcceptsOnlyNumericCharactersAndAtMostSeven)
 {
     focusAndType ("1a2b3c");
     EXPECT_EQ (field().getText(), juce::String ("123"));
@@ -464,7 +464,7 @@ TEST_F (OffsetField, IsNotOverwrittenWhileItHasTheFocus)
     EXPECT_EQ (field().getText(), juce::String ("+512"));
 }
 
-TEST_F (OffsetField, CommitsOnlyByReturn)
+TEST_F (OffsetField, CommitsOnlyOnReturn)
 {
     focusAndType ("77");
     juce::Component::unfocusAllComponents();
@@ -473,7 +473,7 @@ TEST_F (OffsetField, CommitsOnlyByReturn)
     EXPECT_EQ (field().getText(), juce::String ("0"));
 }
 
-TEST_F (OffsetField, HasTheFocusOnlyFromAClickOnItToAClickElsewhere)
+TEST_F (OffsetField, GainsFocusOnClickAndLosesItOnAClickElsewhere)
 {
     auto& knob = *knobOf (editor(), parameters.hpReso);
     EXPECT_FALSE (field().hasKeyboardFocus (true));
@@ -490,7 +490,7 @@ TEST_F (OffsetField, HasTheFocusOnlyFromAClickOnItToAClickElsewhere)
     EXPECT_EQ (field().getText(), juce::String ("0"));
 }
 
-TEST_F (OffsetField, LeavesTheReturnKeyAfterAClickOnAKnobToNobody)
+TEST_F (OffsetField, TogglesNothingOnReturnAfterAClickOnAKnob)
 {
     window->click (*knobOf (editor(), parameters.hpReso));
     window->typeReturn();
@@ -527,7 +527,7 @@ protected:
     }
 };
 
-TEST_F (ViewSwitches, GoFromNoneToOneToTheOtherAndBack)
+TEST_F (ViewSwitches, OpenCloseAndReplaceEachOther)
 {
     click (editor().showLfosToggle);
     expectView (true, false);
@@ -580,7 +580,7 @@ TEST_F (ViewSwitches, MoveNothingElse)
     EXPECT_EQ (boundsOfAll(), before);
 }
 
-TEST_F (ViewSwitches, ToggleTheFamilyByTheSwitchThatNobodySees)
+TEST_F (ViewSwitches, ToggleTheFilterFamilyByTheHiddenSwitch)
 {
     HeardValues heard { *parameters.filtMode };
     editor().buttonClicked (&editor().ladderToggle);

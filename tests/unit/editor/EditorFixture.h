@@ -29,7 +29,7 @@ protected:
     /** As a host sets it. */
     static void set (juce::AudioProcessorParameter* parameter, float value) { parameter->setValue (value); }
 
-    /** One frame of silence, which runs a tick. */
+    /** Processes silence; the first frame runs a tick. */
     void runFrames (int numFrames);
 
 private:

@@ -74,7 +74,7 @@ class EditorLayout : public EditorFixture
 {
 };
 
-TEST_F (EditorLayout, StandsOnTheWindowWithTheMainPanelLast)
+TEST_F (EditorLayout, PutsTheMainPanelLastOnTheWindow)
 {
     EXPECT_THAT (childrenOf (editor()),
                  ElementsAreArray (Lines { "\"Show LFOs\" (32, 519, 90, 21) left", "toggle (7, 519, 21, 21)",
@@ -215,7 +215,7 @@ TEST_F (EditorLayout, FillsTheFrequencersSecondColumn)
                                            "knob srnd_hpf (58, 130, 58, 58)", "knob srnd_lpf (58, 175, 58, 58)" }));
 }
 
-TEST_F (EditorLayout, KeepsTheLadderSwitchAndTheInertiaOutOfTheWindow)
+TEST_F (EditorLayout, HidesTheLadderSwitchAndTheInertiaKnob)
 {
     EXPECT_EQ (describe (editor().switchCaptions[2]), "\"Ladder\" (286, 519, 90, 21) left");
     EXPECT_EQ (describe (editor().ladderToggle), "toggle (261, 519, 21, 21)");
@@ -226,7 +226,7 @@ TEST_F (EditorLayout, KeepsTheLadderSwitchAndTheInertiaOutOfTheWindow)
     EXPECT_TRUE (editor().inertiaSlider.getBounds().isEmpty());
 }
 
-TEST_F (EditorLayout, LeavesNoRoomForTooltipsComboBoxesOrFurtherKnobs)
+TEST_F (EditorLayout, HasNoTooltipsComboBoxesOrFurtherKnobs)
 {
     EXPECT_TRUE (allOf<juce::ComboBox> (editor()).empty());
     EXPECT_EQ (allOf<ParameterSlider> (editor()).size(), 50u);
@@ -236,7 +236,7 @@ TEST_F (EditorLayout, LeavesNoRoomForTooltipsComboBoxesOrFurtherKnobs)
         EXPECT_TRUE (tooltip->getTooltip().isEmpty());
 }
 
-TEST_F (EditorLayout, DressesTheOffsetField)
+TEST_F (EditorLayout, ConfiguresTheOffsetField)
 {
     auto& field = editor().offsetEditor;
     EXPECT_FALSE (field.isMultiLine());
@@ -329,7 +329,7 @@ TEST_F (EditorOpening, PrefersTheLfosToTheFrequencer)
     expectView (true, false);
 }
 
-TEST_F (EditorOpening, TakesATouchForTheDefault)
+TEST_F (EditorOpening, TreatsValuesWithinOnePercentOfTheDefaultAsUnused)
 {
     set (parameters.lfoToHpFreq[0], 0.509f);
     set (parameters.seqHpf[0], 0.491f);
@@ -344,7 +344,7 @@ TEST_F (EditorOpening, TakesATouchForTheDefault)
     expectView (true, false);
 }
 
-TEST_F (EditorOpening, IgnoresEverythingElse)
+TEST_F (EditorOpening, IgnoresAllOtherParameters)
 {
     for (auto* parameter : { parameters.hpFreq, parameters.lfoSpeed[0], parameters.lfoSync[1], parameters.lfoCurve[0],
                              parameters.srndHpf, parameters.seqOffs, parameters.inertia })
@@ -353,7 +353,7 @@ TEST_F (EditorOpening, IgnoresEverythingElse)
     expectView (false, false);
 }
 
-TEST_F (EditorOpening, DecidesAfreshForEveryWindowAndOnlyOnce)
+TEST_F (EditorOpening, ChoosesItsViewOncePerWindow)
 {
     set (parameters.seqHpf[0], 0.9f);
     expectView (false, true);
@@ -388,11 +388,11 @@ TEST_F (EditorOpening, ShowsTheDivisionKnobAtTempoAndOnePositionBeyond)
     }
 }
 
-TEST_F (EditorOpening, IsWhatTheProcessorMakes)
+TEST_F (EditorOpening, IsCreatedByTheProcessor)
 {
     const std::unique_ptr<juce::AudioProcessorEditor> made { processor.createEditor() };
     EXPECT_NE (dynamic_cast<MainAudioProcessorEditor*> (made.get()), nullptr);
     EXPECT_TRUE (processor.hasEditor());
 }
 
-TEST_F (EditorOpening, StartsThePoll) { EXPECT_EQ (editor().getTimerInterval(), 33); }
+TEST_F (EditorOpening, StartsPollingEvery33Milliseconds) { EXPECT_EQ (editor().getTimerInterval(), 33); }

@@ -90,7 +90,7 @@ TEST_F (EditorLifetime, OpensAndCloses200TimesWhileTheAudioRuns)
     EXPECT_GT (audio.numBlocks(), 10);
 }
 
-TEST_F (EditorLifetime, LeavesNothingOfItselfWithTheProcessor)
+TEST_F (EditorLifetime, LetsTheHostAutomateAfterItCloses)
 {
     openUseAndClose();
     EXPECT_EQ (processor.getActiveEditor(), nullptr);

@@ -45,7 +45,7 @@ TEST_F (EditorPainting, HasABlackHeaderOnADarkBody)
     EXPECT_EQ (at (image, 265, 545), 0xff404040u);
 }
 
-TEST_F (EditorPainting, CentresBothLinesAFewPixelsToTheRight)
+TEST_F (EditorPainting, CentresTitleAndVersionSlightlyToTheRight)
 {
     for (const auto wide : { false, true })
     {
@@ -107,7 +107,7 @@ TEST_F (EditorPainting, LightsTheFiltersThatAreNotBypassed)
     }
 }
 
-TEST_F (EditorPainting, LightsTheLfosWhileTheEngineIsAwakeAndTheyShow)
+TEST_F (EditorPainting, LightsVisibleLfosWhileTheEngineIsAwake)
 {
     editor().showLfos = true;
     editor().updateWindowSize();

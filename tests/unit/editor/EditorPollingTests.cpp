@@ -79,7 +79,7 @@ TEST_F (EditorPolling, WritesTheOffsetTrimmed)
     EXPECT_EQ (editor().offsetEditor.getText(), juce::String ("-1024"));
 }
 
-TEST_F (EditorPolling, KeepsTheOffsetsCaptionWhateverItsUnit)
+TEST_F (EditorPolling, KeepsTheOffsetCaptionInBarsForEveryUnit)
 {
     set (parameters.seqUnit, 1.0f / 9.0f);
     editor().timerCallback();
@@ -130,7 +130,7 @@ TEST_F (EditorPolling, ShowsTheDotsWhileTheEngineIsAwake)
     }
 }
 
-TEST_F (EditorPolling, LightsTheStepsThatAreOnWhereTheyShow)
+TEST_F (EditorPolling, LightsActiveStepsWhileTheFrequencerShows)
 {
     processor.stepLit = { true, false, true, true, false, false, true, false, true, true };
     processor.framesSinceRequest = 0;
@@ -145,7 +145,7 @@ TEST_F (EditorPolling, LightsTheStepsThatAreOnWhereTheyShow)
     }
 }
 
-TEST_F (EditorPolling, PutsTheStepsLightsOutAFifthOfASecondAfterTheLastRequest)
+TEST_F (EditorPolling, TurnsStepLightsOffAFifthOfASecondAfterTheLastRequest)
 {
     editor().showFrequencer = true;
     processor.stepLit.fill (true);
@@ -172,7 +172,7 @@ TEST_F (EditorPolling, PutsTheStepsLightsOutAFifthOfASecondAfterTheLastRequest)
     EXPECT_FALSE (litAt (8820));
 }
 
-TEST_F (EditorPolling, LeavesTheSampleRateAloneWhereNoStepIsLit)
+TEST_F (EditorPolling, LeavesTheSampleRateAloneWhileNoStepIsLit)
 {
     processor.setRateAndBufferSizeDetails (44100.0, 512);
     editor().showFrequencer = true;
@@ -180,7 +180,7 @@ TEST_F (EditorPolling, LeavesTheSampleRateAloneWhereNoStepIsLit)
     EXPECT_EQ (processor.hostSampleRate, 96000.0);
 }
 
-TEST_F (EditorPolling, LetsTheLfosWinWhereBothViewsAreOn)
+TEST_F (EditorPolling, PrefersTheLfosWhenBothViewsAreOn)
 {
     editor().showLfos = true;
     editor().showFrequencer = true;
@@ -189,7 +189,7 @@ TEST_F (EditorPolling, LetsTheLfosWinWhereBothViewsAreOn)
     EXPECT_FALSE (editor().showFrequencer);
 }
 
-TEST_F (EditorPolling, LeavesTheWrongSpeedKnobOnShowWhenTheHostChangesTheTempoMode)
+TEST_F (EditorPolling, KeepsTheOldSpeedKnobVisibleWhenTheHostChangesTheTempoMode)
 {
     editor().timerCallback();
     set (parameters.lfoSync[0], 3.0f / 9.0f);
@@ -208,7 +208,7 @@ TEST_F (EditorPolling, LeavesTheWrongSpeedKnobOnShowWhenTheHostChangesTheTempoMo
 //======================================================================================================================
 namespace
 {
-/** Stands in for a cached picture of the window, and counts how often all of it is asked to be painted anew. */
+/** Stands in for a cached picture of the window, and counts how often all of it is to be repainted. */
 class RepaintCounter : public juce::CachedComponentImage
 {
 public:

@@ -3,8 +3,8 @@
 
 #include <juce_gui_basics/juce_gui_basics.h>
 
-/** A window without a screen: puts a component on JUCE's desktop by a peer that draws nowhere, so that a test has the
-    keyboard focus, the pointer and the keys, delivered on JUCE's own ways from the window down. */
+/** A window without a screen: puts a component on JUCE's desktop by a peer that draws nowhere, so that a test has
+    keyboard focus, pointer and keys. JUCE delivers them as in any window. */
 class HeadlessWindow : public juce::Component
 {
 public:

@@ -18,19 +18,19 @@ TEST (InterfaceFont, IsTheNearestInstalledFaceElsewhere)
     EXPECT_EQ (interfaceFont::chooseFamily ({ "Noto Mono", "DejaVu Sans", "Verdana" }), juce::String ("DejaVu Sans"));
 }
 
-TEST (InterfaceFont, LeavesTheDefaultWhereAnotherSansSerifIsInstalled)
+TEST (InterfaceFont, KeepsTheDefaultWhereAnotherSansSerifIsInstalled)
 {
     EXPECT_EQ (interfaceFont::chooseFamily ({ "Cantarell", "Open Sans" }), juce::String {});
     EXPECT_EQ (interfaceFont::chooseFamily ({ "Ubuntu" }), juce::String {});
 }
 
-TEST (InterfaceFont, IsAnyFaceWhereNoneLooksLikeASansSerif)
+TEST (InterfaceFont, FallsBackToAnyFaceWhereNoneLooksLikeASansSerif)
 {
     EXPECT_EQ (interfaceFont::chooseFamily ({ "Liberation Serif" }), juce::String ("Liberation Serif"));
     EXPECT_EQ (interfaceFont::chooseFamily ({ "", "Cantarell" }), juce::String ("Cantarell"));
 }
 
-TEST (InterfaceFont, LeavesTheDefaultWhereNothingIsInstalled)
+TEST (InterfaceFont, KeepsTheDefaultWhereNothingIsInstalled)
 {
     EXPECT_EQ (interfaceFont::chooseFamily ({}), juce::String {});
 }
@@ -52,7 +52,7 @@ TEST (InterfaceFont, NeverNamesAFaceThatIsNotInstalled)
     }
 }
 
-TEST (InterfaceFont, KeepsTheLineMetricsOfPlainHeights)
+TEST (InterfaceFont, UsesLegacyLineMetrics)
 {
     EXPECT_EQ (interfaceFont::ofHeight (13.5f).getHeight(), 13.5f);
     EXPECT_EQ (interfaceFont::ofHeight (13.5f).getMetricsKind(), juce::TypefaceMetricsKind::legacy);

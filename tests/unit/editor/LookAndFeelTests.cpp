@@ -19,7 +19,7 @@ struct Colour
     int blue;
 };
 
-/** What the ring's shadow, of alpha 0x50, leaves of a colour under it. */
+/** A colour under the ring's shadow, which has an alpha of 0x50. */
 Colour shadowed (Colour colour)
 {
     const auto dim = [] (int channel) { return juce::roundToInt (channel * (1.0 - 0x50 / 255.0)); };
@@ -99,7 +99,7 @@ TEST_F (KnobPixels, HaveNoArcAtZero)
         expectColour (arc (knob, position), shadowed (panel), juce::String (position));
 }
 
-TEST_F (KnobPixels, StopTheArcBetweenTwoColours)
+TEST_F (KnobPixels, EndTheArcAtTheValueWithinTheSecondColour)
 {
     set (parameters.hpReso, 0.65f);
     look();
@@ -115,7 +115,7 @@ TEST_F (KnobPixels, StopTheArcBetweenTwoColours)
         expectColour (arc (knob, position), shadowed (panel), juce::String (position));
 }
 
-TEST_F (KnobPixels, RunTheArcThroughAllColoursAtOne)
+TEST_F (KnobPixels, ShowAllArcColoursAtOne)
 {
     set (parameters.lpReso, 1.0f);
     look();
@@ -237,7 +237,7 @@ TEST_F (KnobPixels, TurnThePointerFromEndToEnd)
     expectPointer (1.0f, lastAngle);
 }
 
-TEST_F (KnobPixels, MeasureASmallKnobWithoutItsTextBox)
+TEST_F (KnobPixels, MeasureTheRadiusWithoutTheTextBox)
 {
     editor().showLfos = true;
     editor().updateWindowSize();
@@ -333,7 +333,7 @@ TEST_F (KnobTicks, FallBackToElevenForStepsTooCloseOrTooWide)
     expectTicks (&parameter, 3);
 }
 
-TEST_F (KnobTicks, LeanOnTheirRadiusFromTheLeft)
+TEST_F (KnobTicks, LieLeftOfTheirRadius)
 {
     const auto image = draw (parameters.hpFreq);
     const auto row = (int) (centreY - radius * 0.91);
@@ -345,7 +345,7 @@ TEST_F (KnobTicks, LeanOnTheirRadiusFromTheLeft)
     EXPECT_LT (image.getPixelAt ((int) centreX - 6, row).getAlpha(), 200);
 }
 
-TEST_F (KnobTicks, ThrowAShadowOfOnePixelWhereADesignedOneWouldBeFiner)
+TEST_F (KnobTicks, HaveAShadowOfAtLeastOnePixel)
 {
     // The design asks for 0.004 of the radius: 0.64 pixels.
     const auto image = draw (parameters.hpFreq);
@@ -359,7 +359,7 @@ TEST_F (KnobTicks, ThrowAShadowOfOnePixelWhereADesignedOneWouldBeFiner)
     EXPECT_EQ (light ((int) centreX - 8), 0);
 }
 
-TEST_F (KnobTicks, DrawOnAKnobOfAFewPixels)
+TEST_F (KnobTicks, AllowAKnobOfTenPixels)
 {
     KestrinLookAndFeel lookAndFeel;
     ParameterSlider knob;
@@ -379,7 +379,7 @@ class KestrinLookAndFeelColours : public EditorFixture
 {
 };
 
-TEST_F (KestrinLookAndFeelColours, KeepTheFirstStopsOfAKnob)
+TEST_F (KestrinLookAndFeelColours, KeepTheFirstColoursGivenToAKnob)
 {
     KestrinLookAndFeel lookAndFeel;
     ParameterSlider knob;
@@ -401,7 +401,7 @@ TEST_F (KestrinLookAndFeelColours, KeepTheFirstStopsOfAKnob)
     EXPECT_EQ (seen.getRed(), 0);
 }
 
-TEST_F (KestrinLookAndFeelColours, SetTheHeightsOfText)
+TEST_F (KestrinLookAndFeelColours, SetTextHeightsAndTheTextBoxColour)
 {
     KestrinLookAndFeel lookAndFeel;
     juce::Label label;

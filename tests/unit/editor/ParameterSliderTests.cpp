@@ -30,7 +30,7 @@ TEST_F (ParameterSliderRange, EndsAtTheLastTextOfAChoice)
     }
 }
 
-TEST_F (ParameterSliderRange, RunsFromZeroToOneWithoutStepsForAllOthers)
+TEST_F (ParameterSliderRange, RunsFromZeroToOneWithoutStepsForContinuousParameters)
 {
     auto numContinuous = 0;
 
@@ -46,7 +46,7 @@ TEST_F (ParameterSliderRange, RunsFromZeroToOneWithoutStepsForAllOthers)
     EXPECT_EQ (numContinuous, 50 - 8);
 }
 
-TEST_F (ParameterSliderRange, TakesTheStepsOfAParameterThatIsNoChoice)
+TEST_F (ParameterSliderRange, UsesTheStepsOfAParameterThatIsNoChoice)
 {
     juce::AudioParameterFloatKestrin parameter { "p", "P", 0.0f, 4.0f, 0.5f, 1, {} };
     const auto intervalAt = [&parameter] (int steps)
@@ -63,7 +63,7 @@ TEST_F (ParameterSliderRange, TakesTheStepsOfAParameterThatIsNoChoice)
     EXPECT_EQ (intervalAt (0), 0.0);
 }
 
-TEST_F (ParameterSliderRange, RestsOnTheStoredPositionsOfEveryChoice)
+TEST_F (ParameterSliderRange, SnapsToTheStoredPositionsOfEveryChoice)
 {
     struct Choice
     {
@@ -92,7 +92,7 @@ TEST_F (ParameterSliderRange, RestsOnTheStoredPositionsOfEveryChoice)
     }
 }
 
-TEST_F (ParameterSliderRange, RestsAtItsEndForAPositionBeyondTheTexts)
+TEST_F (ParameterSliderRange, StopsAtItsEndForAPositionBeyondTheTexts)
 {
     set (parameters.lfoSync[0], 0.5f);
     editor().timerCallback();
@@ -191,7 +191,7 @@ TEST_F (ParameterSliderMouse, KeepsItsGearingWhenAltComesOrGoesDuringADrag)
     window.drag (hpFreq(), 25, juce::ModifierKeys::altModifier, {});
     EXPECT_NEAR (hpFreq().getValue(), 0.26, tolerance);
 
-    // The next drag starts anew.
+    // The next drag starts again.
     window.drag (hpFreq(), 25);
     EXPECT_NEAR (hpFreq().getValue(), 0.36, tolerance);
 }

@@ -21,11 +21,11 @@ namespace
 using Frame = RecordingProcessor::Frame;
 using testing::ElementsAre;
 
-constexpr auto notANumber = std::numeric_limits<float>::quiet_NaN();
+constexpr auto quietNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr auto infinity = std::numeric_limits<float>::infinity();
-constexpr int longestRun = 524288;
+constexpr int longestBlock = 524288;
 
-/** What reaches processFrame of a single frame. */
+/** What processFrame receives of a single frame. */
 [[nodiscard]] Frame receivedOf (float left, float right)
 {
     RecordingProcessor processor;
@@ -45,7 +45,7 @@ constexpr int longestRun = 524288;
     return processor.received.at (0);
 }
 
-/** What the processor does with rounding, exceptions and denormals; its flags of what has happened are left out. */
+/** The modes of rounding, exceptions and denormals, without the status flags. */
 [[nodiscard]] unsigned floatingPointControl()
 {
 #if JUCE_INTEL
@@ -56,7 +56,7 @@ constexpr int longestRun = 524288;
 #endif
 }
 
-/** Lets denormals be while it lives, whatever stood before. */
+/** Allows denormals for its lifetime and restores the mode that it found. */
 struct DenormalsAllowed
 {
     DenormalsAllowed() { juce::FloatVectorOperations::disableDenormalisedNumberSupport (false); }
@@ -67,7 +67,7 @@ struct DenormalsAllowed
     const bool wereDisabled = juce::FloatVectorOperations::areDenormalsDisabled();
 };
 
-/** A buffer whose every sample tells its channel and place. */
+/** A buffer in which every sample tells its channel and position. */
 [[nodiscard]] juce::AudioBuffer<float> countingBuffer (int numChannels, int numSamples)
 {
     juce::AudioBuffer<float> buffer (numChannels, numSamples);
@@ -80,7 +80,7 @@ struct DenormalsAllowed
 }
 } // namespace
 
-TEST (FrameLoop, BeginsABlockOfNoFramesAndProcessesNone)
+TEST (FrameLoop, BeginsAnEmptyBlockAndProcessesNoFrame)
 {
     RecordingProcessor processor;
     processor.runSilence (0);
@@ -91,7 +91,7 @@ TEST (FrameLoop, BeginsABlockOfNoFramesAndProcessesNone)
     EXPECT_EQ (processor.framesSinceRequest, 0);
 }
 
-TEST (FrameLoop, GivesEveryFrameOnceInOrderAndWritesTheAnswersInPlace)
+TEST (FrameLoop, ProcessesEveryFrameOnceInOrderAndInPlace)
 {
     RecordingProcessor processor;
     processor.answer = [] (float left, float right) { return Frame { right + 1.0f, left - 1.0f }; };
@@ -115,10 +115,10 @@ TEST (FrameLoop, FeedsBothSidesFromAMonoInput)
     EXPECT_EQ (receivedOfMono (25.0f), Frame (20.0f, 20.0f));
     EXPECT_EQ (receivedOfMono (-25.0f), Frame (-25.0f, -25.0f));
     EXPECT_EQ (receivedOfMono (-35.0f), Frame (-30.0f, -30.0f));
-    EXPECT_EQ (receivedOfMono (notANumber), Frame (20.0f, 20.0f));
+    EXPECT_EQ (receivedOfMono (quietNaN), Frame (20.0f, 20.0f));
 }
 
-TEST (FrameLoop, DropsTheRightAnswerOnAMonoOutput)
+TEST (FrameLoop, DropsTheRightResultOnAMonoOutput)
 {
     RecordingProcessor processor (1, 1);
     processor.answer = [] (float, float) { return Frame { 0.5f, 0.25f }; };
@@ -130,7 +130,7 @@ TEST (FrameLoop, DropsTheRightAnswerOnAMonoOutput)
         EXPECT_EQ (buffer.getSample (0, i), 0.5f);
 }
 
-TEST (FrameLoop, ClampsTheChannelsToBoundsOfTheirOwn)
+TEST (FrameLoop, ClampsEachChannelToItsOwnBounds)
 {
     EXPECT_EQ (receivedOf (-25.0f, -25.0f), Frame (-25.0f, -20.0f));
     EXPECT_EQ (receivedOf (25.0f, 25.0f), Frame (20.0f, 20.0f));
@@ -142,14 +142,14 @@ TEST (FrameLoop, ClampsTheChannelsToBoundsOfTheirOwn)
     EXPECT_EQ (receivedOf (0.1f, -0.1f), Frame (0.1f, -0.1f));
 }
 
-TEST (FrameLoop, TurnsANotANumberIntoTwentyOnTheFirstChannelAlone)
+TEST (FrameLoop, TurnsNaNIntoTwentyOnTheFirstChannelOnly)
 {
-    EXPECT_EQ (receivedOf (notANumber, 0.5f), Frame (20.0f, 0.5f));
-    EXPECT_EQ (receivedOf (0.5f, notANumber).first, 0.5f);
-    EXPECT_TRUE (std::isnan (receivedOf (0.5f, notANumber).second));
+    EXPECT_EQ (receivedOf (quietNaN, 0.5f), Frame (20.0f, 0.5f));
+    EXPECT_EQ (receivedOf (0.5f, quietNaN).first, 0.5f);
+    EXPECT_TRUE (std::isnan (receivedOf (0.5f, quietNaN).second));
 }
 
-TEST (FrameLoop, DoesNotClampWhatComesBack)
+TEST (FrameLoop, DoesNotClampItsOutput)
 {
     RecordingProcessor processor;
     processor.answer = [] (float, float) { return Frame { 1000.0f, -infinity }; };
@@ -160,7 +160,7 @@ TEST (FrameLoop, DoesNotClampWhatComesBack)
     EXPECT_EQ (buffer.getSample (1, 0), -infinity);
 }
 
-TEST (FrameLoop, TicksBeforeTheFirstFrameAndEverySixtyFiveThousandThereafter)
+TEST (FrameLoop, TicksBeforeTheFirstFrameAndThenEvery65536Frames)
 {
     std::mt19937 generator (1);
 
@@ -239,7 +239,7 @@ TEST (FrameLoop, CountsTheFramesSinceTheLastRequest)
     EXPECT_EQ (processor.framesSinceRequest, 5);
 }
 
-TEST (FrameLoop, StopsCountingAtTheLargestNumber)
+TEST (FrameLoop, StopsCountingFramesAtTheLargestInt)
 {
     RecordingProcessor processor;
     processor.framesSinceRequest = std::numeric_limits<std::int32_t>::max() - 2;
@@ -271,7 +271,7 @@ TEST (FrameLoop, ClearsOutputsBeyondTheInputsAndWritesOnlyTwo)
     }
 }
 
-TEST (FrameLoop, LeavesChannelsAloneThatAreNeitherClearedNorWritten)
+TEST (FrameLoop, LeavesFurtherInputChannelsAlone)
 {
     RecordingProcessor processor (4, 4);
     auto buffer = countingBuffer (4, 8);
@@ -288,9 +288,9 @@ TEST (FrameLoop, LeavesChannelsAloneThatAreNeitherClearedNorWritten)
     }
 }
 
-TEST (FrameLoop, ProcessesALongBlockInPiecesAndLosesNothing)
+TEST (FrameLoop, SplitsALongBlockWithoutLosingFrames)
 {
-    for (const auto numSamples : { longestRun, longestRun + 1, 2 * longestRun, 2 * longestRun + 12345 })
+    for (const auto numSamples : { longestBlock, longestBlock + 1, 2 * longestBlock, 2 * longestBlock + 12345 })
     {
         RecordingProcessor processor;
         processor.keepFrames = false;
@@ -301,7 +301,7 @@ TEST (FrameLoop, ProcessesALongBlockInPiecesAndLosesNothing)
 
         EXPECT_EQ (processor.numFrames, (std::size_t) numSamples);
         EXPECT_EQ (std::accumulate (processor.runs.begin(), processor.runs.end(), 0), numSamples);
-        EXPECT_THAT (processor.runs, testing::Each (testing::Le (longestRun)));
+        EXPECT_THAT (processor.runs, testing::Each (testing::Le (longestBlock)));
 
         for (int i = 0; i < numSamples; ++i)
         {
@@ -309,12 +309,12 @@ TEST (FrameLoop, ProcessesALongBlockInPiecesAndLosesNothing)
             ASSERT_EQ (buffer.getSample (1, i), input.getSample (1, i) - 0.5f) << i;
         }
 
-        // The clock takes no note of the pieces.
+        // The clock does not notice the pieces.
         EXPECT_EQ (processor.ticks.size(), 1u + (std::size_t) numSamples / 65536u);
     }
 }
 
-TEST (FrameLoop, FlushesDenormalsInsideAndLeavesTheProcessorAsItWas)
+TEST (FrameLoop, FlushesDenormalsAndRestoresTheFloatingPointMode)
 {
     const DenormalsAllowed denormalsAllowed;
     const auto before = floatingPointControl();
@@ -348,7 +348,7 @@ TEST (FrameLoop, IgnoresMidi)
     EXPECT_EQ (processor.numFrames, 4u);
 }
 
-TEST (FrameLoop, AsksForATickWhenPrepared)
+TEST (FrameLoop, RequestsATickWhenPrepared)
 {
     RecordingProcessor processor;
     processor.runSilence (10);
@@ -360,7 +360,7 @@ TEST (FrameLoop, AsksForATickWhenPrepared)
     EXPECT_THAT (processor.ticks, ElementsAre (0u, 10u));
 }
 
-TEST (FrameLoop, TakesOnlyAPlausibleSampleRateOver)
+TEST (FrameLoop, AcceptsOnlyPlausibleSampleRates)
 {
     RecordingProcessor processor;
     EXPECT_EQ (processor.hostSampleRate, 96000.0);

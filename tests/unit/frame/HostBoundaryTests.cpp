@@ -26,8 +26,7 @@ using Channels = juce::AudioChannelSet;
     return processor.checkBusesLayoutSupported (layout);
 }
 
-/** The frequency that the tempo of one cycle in four beats gives LFO 1, in cycles per tick at 48 kHz; the first tick takes
-    it over. */
+/** LFO 1's step per tick at 48 kHz when it follows the tempo with one cycle in four beats. The first tick sets it. */
 [[nodiscard]] float stepOfTempo (EngineUnderTest& engine)
 {
     engine.choose ("lfo1_sync", 3);
@@ -58,7 +57,7 @@ void displaceLfos (EngineUnderTest& engine)
 }
 } // namespace
 
-TEST (HostBoundary, AcceptsMonoToMonoAndStereoToStereoAlone)
+TEST (HostBoundary, AcceptsOnlyMonoAndStereoWithEqualSides)
 {
     EXPECT_TRUE (accepts (Channels::mono(), Channels::mono()));
     EXPECT_TRUE (accepts (Channels::stereo(), Channels::stereo()));
@@ -101,7 +100,7 @@ TEST (HostBoundary, DeclaresAPlainEffect)
     EXPECT_EQ (processor.getBypassParameter(), nullptr);
 }
 
-TEST (HostBoundary, HasOneUnnamedProgramWhoseChoiceAsksForATick)
+TEST (HostBoundary, HasOneUnnamedProgramThatRequestsATickWhenSelected)
 {
     EngineUnderTest engine;
     auto& processor = engine.processor;
@@ -127,7 +126,7 @@ TEST (HostBoundary, MakesANewInstanceForEachCall)
     EXPECT_NE (first.get(), second.get());
 }
 
-TEST (HostBoundary, OnlyAsksForATickWhenPrepared)
+TEST (HostBoundary, RequestsATickWhenPreparedAndKeepsItsRate)
 {
     EngineUnderTest engine;
     engine.fallAsleep();
@@ -247,7 +246,7 @@ TEST (Transport, StandsAtZeroWhenOnlyATempoIsReported)
         std::all_of (engine.processor.stepLit.begin(), engine.processor.stepLit.end(), [] (bool b) { return b; }));
 }
 
-TEST (Transport, RunsAtOneHundredAndTwentyWhenNoTempoIsReported)
+TEST (Transport, Assumes120BpmWhenNoTempoIsReported)
 {
     EngineUnderTest engine;
     juce::AudioPlayHead::PositionInfo info;
@@ -259,7 +258,7 @@ TEST (Transport, RunsAtOneHundredAndTwentyWhenNoTempoIsReported)
     EXPECT_FALSE (lfosStandAtTheStart (engine));
 }
 
-TEST (Transport, TakesTheDefaultsOfAnEmptyPosition)
+TEST (Transport, UsesTheDefaultsForAnEmptyPosition)
 {
     EngineUnderTest engine;
     engine.playHead.position = juce::AudioPlayHead::PositionInfo {};
@@ -269,7 +268,7 @@ TEST (Transport, TakesTheDefaultsOfAnEmptyPosition)
     EXPECT_TRUE (lfosStandAtTheStart (engine));
 }
 
-TEST (Transport, IsTheSameAtZeroAsAbsentButForItsTempo)
+TEST (Transport, CountsAsAbsentAtPositionZeroButKeepsItsTempo)
 {
     for (const auto zero : { 0.0, -0.0 })
     {
@@ -281,7 +280,7 @@ TEST (Transport, IsTheSameAtZeroAsAbsentButForItsTempo)
     }
 }
 
-TEST (Transport, CountsAtAnyPositionButZero)
+TEST (Transport, CountsAsPresentAtAnyOtherPosition)
 {
     for (const auto beats : { 5.0e-324, -0.25, 1.0e9 })
     {
@@ -293,13 +292,13 @@ TEST (Transport, CountsAtAnyPositionButZero)
     }
 }
 
-TEST (Transport, MayBeWildWithoutAFault)
+TEST (Transport, KeepsTheOutputFiniteForNaNInfinityAndOddSignatures)
 {
-    constexpr auto notANumber = std::numeric_limits<double>::quiet_NaN();
+    constexpr auto quietNaN = std::numeric_limits<double>::quiet_NaN();
     constexpr auto infinity = std::numeric_limits<double>::infinity();
 
-    for (const auto beats : { notANumber, infinity, -infinity, 1.0e300, 3.3 })
-        for (const auto bpm : { notANumber, infinity, -infinity, -120.0, 0.0, 1.0e300 })
+    for (const auto beats : { quietNaN, infinity, -infinity, 1.0e300, 3.3 })
+        for (const auto bpm : { quietNaN, infinity, -infinity, -120.0, 0.0, 1.0e300 })
             for (const auto shape : { 0, 5, 6, 7 })
                 for (const auto numerator : { 4, 0, -3 })
                 {

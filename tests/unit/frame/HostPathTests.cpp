@@ -12,13 +12,13 @@ TEST (SplitPath, GivesThePiecesBetweenTheSlashes)
     EXPECT_EQ (splitPath ("a/b"), (Pieces { "a", "b" }));
 }
 
-TEST (SplitPath, AddsNothingForASlashAtTheEnd)
+TEST (SplitPath, IgnoresATrailingSlash)
 {
     EXPECT_EQ (splitPath ("a/b/"), (Pieces { "a", "b" }));
     EXPECT_EQ (splitPath ("/"), (Pieces { "" }));
 }
 
-TEST (SplitPath, GivesAnEmptyPieceBetweenTwoSlashesAndBeforeTheFirst)
+TEST (SplitPath, KeepsEmptyPiecesBetweenSlashesAndBeforeTheFirst)
 {
     EXPECT_EQ (splitPath ("a//b"), (Pieces { "a", "", "b" }));
     EXPECT_EQ (splitPath ("/a"), (Pieces { "", "a" }));

@@ -37,7 +37,7 @@ using testing::ElementsAre;
 }
 } // namespace
 
-TEST (Oversampling, IsNotThereAtFactorOne)
+TEST (Oversampling, IsOffAtFactorOne)
 {
     RecordingProcessor processor;
     processor.runSilence (100);
@@ -45,7 +45,7 @@ TEST (Oversampling, IsNotThereAtFactorOne)
     EXPECT_EQ (processor.numFrames, 100u);
 }
 
-TEST (Oversampling, RaisesTheFramesByItsFactor)
+TEST (Oversampling, MultipliesTheFramesByItsFactor)
 {
     for (const auto stages : { 1, 2, 3 })
     {
@@ -72,7 +72,7 @@ TEST (Oversampling, ReportsItsLatencyWithTheFirstBlock)
     }
 }
 
-TEST (Oversampling, ProcessesBetweenUpAndDown)
+TEST (Oversampling, ProcessesBetweenUpsamplingAndDownsampling)
 {
     for (const auto numChannels : { 1, 2 })
         for (const auto stages : { 1, 2 })
@@ -109,7 +109,7 @@ TEST (Oversampling, ProcessesBetweenUpAndDown)
         }
 }
 
-TEST (Oversampling, CountsTheClockAtTheRaisedRate)
+TEST (Oversampling, AdvancesTheClockAtTheOversampledRate)
 {
     RecordingProcessor processor;
     processor.keepFrames = false;
@@ -127,7 +127,7 @@ TEST (Oversampling, CountsTheClockAtTheRaisedRate)
     EXPECT_EQ (processor.framesSinceRequest, 2);
 }
 
-TEST (Oversampling, ProcessesNoFrameInABlockOfNone)
+TEST (Oversampling, ProcessesNoFrameInAnEmptyBlock)
 {
     RecordingProcessor processor;
     processor.oversamplingFactor = 4;
@@ -163,7 +163,7 @@ TEST (Oversampling, TakesBlocksOfThePreparedSize)
     }
 }
 
-TEST (Oversampling, GoesBackToTheBareBlockWithItsLatency)
+TEST (Oversampling, RestoresTheBareBlockAndItsLatencyAtFactorOne)
 {
     RecordingProcessor processor;
     processor.oversamplingFactor = 4;

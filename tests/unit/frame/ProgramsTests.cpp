@@ -36,7 +36,7 @@ TEST (FramePrograms, HaveOneDefaultWhenThereIsNoBank)
     EXPECT_EQ (probe.programs[0].second, "");
 }
 
-TEST (FramePrograms, MakeTheDefaultWhicheverCallComesFirst)
+TEST (FramePrograms, CreateTheDefaultOnTheFirstCallOfAnyKind)
 {
     SettingsProbe byName, byRename;
 
@@ -118,7 +118,7 @@ TEST (FramePrograms, LoadNothingWhenThereIsOnlyOne)
     EXPECT_FALSE (probe.controlUpdatePending);
 }
 
-TEST (FramePrograms, SurviveAnIndexOutsideTheBankAndTextThatIsNotWellFormed)
+TEST (FramePrograms, SurviveAnIndexOutsideTheBankAndMalformedText)
 {
     Bank bank;
     bank.programs.emplace_back ("Broken", "hp_freq=\"0.3");
@@ -132,7 +132,7 @@ TEST (FramePrograms, SurviveAnIndexOutsideTheBankAndTextThatIsNotWellFormed)
     }
 }
 
-TEST (FramePrograms, ForwardTheirStateToTheWholeSettings)
+TEST (FramePrograms, SaveAndLoadTheWholeSettingsAsTheirState)
 {
     SettingsProbe probe;
     juce::MemoryBlock block;
@@ -144,7 +144,7 @@ TEST (FramePrograms, ForwardTheirStateToTheWholeSettings)
     EXPECT_EQ (other.set.hpFreq->get(), 0.25f);
 }
 
-TEST (PluginPrograms, AreOneWithoutAName)
+TEST (PluginPrograms, AreASingleUnnamedOne)
 {
     MainAudioProcessor processor;
 
@@ -157,7 +157,7 @@ TEST (PluginPrograms, AreOneWithoutAName)
         EXPECT_EQ (processor.getProgramName (index), "");
 }
 
-TEST (PluginPrograms, AskForAnUpdateAndNothingElseWhenSelected)
+TEST (PluginPrograms, OnlyRequestAnUpdateWhenSelected)
 {
     MainAudioProcessor processor;
     const auto values = settings::distinctValues();

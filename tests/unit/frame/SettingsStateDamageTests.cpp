@@ -12,7 +12,7 @@ namespace
 {
 constexpr std::uint32_t magic = 0x21324356;
 
-/** A processor whose every value is known, and which has loaded nothing yet. */
+/** A processor with known values that has loaded nothing yet. */
 struct Settled : MainAudioProcessor
 {
     Settled() { settings::setAll (*this, values); }
@@ -48,7 +48,7 @@ void expectUntouchedBy (const std::string& block, const char* what)
     EXPECT_TRUE (processor.isUntouched()) << what;
 }
 
-/** What JUCE's own reading of a block gives for each parameter. Only for blocks that are safe for it. */
+/** Each parameter's value as JUCE's own parser reads the block. Only for blocks that are safe to parse. */
 std::vector<float> readPlainly (const std::string& block, const Settled& processor)
 {
     auto values = processor.values;
@@ -123,7 +123,7 @@ TEST (DamagedSettings, ThatAreNotXmlChangeNothing)
         expectUntouchedBy (settings::blockOf (text), text);
 }
 
-TEST (DamagedSettings, CutAnywhereGiveWhatIsWholeOrNothing)
+TEST (DamagedSettings, CutAnywhereLoadAsAPlainParserReadsThem)
 {
     const auto block = otherBlock();
     Settled processor;
@@ -138,7 +138,7 @@ TEST (DamagedSettings, CutAnywhereGiveWhatIsWholeOrNothing)
     }
 }
 
-TEST (DamagedSettings, WithAnyBitFlippedLeaveEveryParameterAPosition)
+TEST (DamagedSettings, KeepEveryParameterInRangeWithAnyBitFlipped)
 {
     const auto block = otherBlock();
     MainAudioProcessor processor;
@@ -157,7 +157,7 @@ TEST (DamagedSettings, WithAnyBitFlippedLeaveEveryParameterAPosition)
     EXPECT_EQ (settings::attribute (settings::savedText (processor), "plugin"), "Kestrin Tamsile Filter");
 }
 
-TEST (DamagedSettings, OfRandomBytesInsideLeaveEveryParameterAPosition)
+TEST (DamagedSettings, KeepEveryParameterInRangeWithRandomBytes)
 {
     constexpr juce::int64 seed = 99;
     const auto block = otherBlock();
@@ -180,7 +180,7 @@ TEST (DamagedSettings, OfRandomBytesInsideLeaveEveryParameterAPosition)
     }
 }
 
-TEST (DamagedSettings, ThatEndInsideAReferenceOrACharacterAreNotReadBeyondTheirEnd)
+TEST (DamagedSettings, ThatEndInsideAReferenceOrCharacterChangeNothing)
 {
     for (const auto* end : { "&", "&#", "&#x", "&#xf", "&#1", "&amp", "\xf0", "\xe2\x82", "\xc3" })
         expectUntouchedBy (settings::blockOf (std::string (R"(<settings hp_freq="0.5" a=")") + end), end);
@@ -226,7 +226,7 @@ TEST (DamagedSettings, OfSixtyFourMegabytesChangeNothing)
     expectUntouchedBy (settings::blockOf (std::string (size, 'x')), "letters");
 }
 
-TEST (DamagedSettings, FullOfBeginningsEndAtOnce)
+TEST (DamagedSettings, FullOfUnfinishedMarkupChangeNoOtherParameter)
 {
     constexpr std::size_t size = 2 << 20;
 
@@ -256,7 +256,7 @@ TEST (DamagedSettings, WithAHugeForeignValueStillLoad)
     EXPECT_EQ (processor.parameters.hpFreq->get(), 0.5f);
 }
 
-TEST (DamagedSettings, WithAsManyForeignAttributesAsAreTakenLoadAndSave)
+TEST (DamagedSettings, WithFourThousandForeignAttributesLoadAndSave)
 {
     std::string attributes = R"(hp_freq="0.5")";
 

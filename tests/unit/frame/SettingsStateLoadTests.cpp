@@ -13,7 +13,7 @@
 
 namespace
 {
-/** What hp_freq stands at after a load of this value, from a position that no case below gives. */
+/** The position of hp_freq after a load of this value. Before, it has one that no case below gives. */
 float loaded (const std::string& value)
 {
     SettingsProbe probe;
@@ -73,7 +73,7 @@ TEST (SettingsState, ClampsValuesToTheirPositions)
     EXPECT_EQ (loaded ("1e300"), 1.0f);
 }
 
-TEST (SettingsState, ReadsTextThatIsNoNumberAsZero)
+TEST (SettingsState, ReadsUnreadableNumbersAsZero)
 {
     for (const auto* text : { "loud", "nan", "", "  ", "-", ".", "e5", "--1", "#", "," })
         EXPECT_EQ (loaded (text), 0.0f) << text;
@@ -112,7 +112,7 @@ TEST (SettingsState, LeavesMissingParametersAtTheirPresentValues)
     EXPECT_EQ (settings::valuesOf (processor), wanted);
 }
 
-TEST (SettingsState, SetsEveryParameterAgainAlsoTheMissingOnes)
+TEST (SettingsState, SetsParametersAgainThatTheSettingsDoNotName)
 {
     SettingsProbe probe;
     auto* spy = new SpyParameter();
@@ -134,7 +134,7 @@ TEST (SettingsState, DoesNotTellTheHostWhatItHasLoaded)
     EXPECT_EQ (host.numCalls, 0);
 }
 
-TEST (SettingsState, MatchesTheNamesOfParametersWithTheirCase)
+TEST (SettingsState, MatchesParameterNamesCaseSensitively)
 {
     SettingsProbe probe;
     settings::loadText (probe, settings::element (R"(HP_FREQ="0.5" LFO1T_hpf="0.9")"));
@@ -144,7 +144,7 @@ TEST (SettingsState, MatchesTheNamesOfParametersWithTheirCase)
     EXPECT_EQ (probe.extraAttributes["HP_FREQ"], "0.5");
 }
 
-TEST (SettingsState, TakesItsTagInAnyCase)
+TEST (SettingsState, AcceptsItsTagInAnyCase)
 {
     SettingsProbe probe;
     settings::loadText (probe, R"(<SETTINGS hp_freq="0.25"/>)");
@@ -166,7 +166,7 @@ TEST (SettingsState, RefusesAnyOtherTag)
     EXPECT_EQ (probe.extraAttributes["kept"], "yes");
 }
 
-TEST (SettingsState, NeedsNoHeaderBeforeTheElement)
+TEST (SettingsState, NeedsNoXmlDeclaration)
 {
     SettingsProbe probe;
     settings::loadText (probe, R"(  <settings hp_freq='0.5'></settings>)");
@@ -183,7 +183,7 @@ TEST (SettingsState, IgnoresElementsAndTextInside)
     EXPECT_EQ (probe.extraAttributes.size(), 1u);
 }
 
-TEST (SettingsState, TakesTheFirstOfEqualNamesForAParameterAndTheLastForAnythingElse)
+TEST (SettingsState, TakesTheFirstOfRepeatedParametersAndTheLastOfOtherRepeatedNames)
 {
     SettingsProbe probe;
     settings::loadText (probe, settings::element (R"(hp_freq="0.25" other="1" hp_freq="0.75" other="2")"));
@@ -193,7 +193,7 @@ TEST (SettingsState, TakesTheFirstOfEqualNamesForAParameterAndTheLastForAnything
     EXPECT_EQ (settings::attribute (settings::savedText (probe), "hp_freq"), "0.2500");
 }
 
-TEST (SettingsState, HandsUnknownAttributesOnToTheNextSaveInTheirSortedPlaces)
+TEST (SettingsState, KeepsUnknownAttributesInSortedOrderForTheNextSave)
 {
     MainAudioProcessor processor;
     settings::loadText (processor,
@@ -222,7 +222,7 @@ TEST (SettingsState, ForgetsUnknownAttributesThatTheNextLoadDoesNotHave)
     EXPECT_EQ (settings::attribute (text, "lynx"), "2");
 }
 
-TEST (SettingsState, LosesUnknownAttributesWithoutAValue)
+TEST (SettingsState, DropsUnknownAttributesWithoutAValue)
 {
     MainAudioProcessor processor;
     settings::loadText (processor, settings::element (R"(zebra="" lynx="2")"));
@@ -242,7 +242,7 @@ TEST (SettingsState, WritesTheHostAgainAfterLoadingAnEmptyOne)
     EXPECT_EQ (settings::attribute (settings::savedText (probe), "daw"), settings::attribute (saved, "daw"));
 }
 
-TEST (SettingsState, LooksAtNoneOfTheInformativeAttributesAndWritesThemAnew)
+TEST (SettingsState, IgnoresInformativeAttributesAndWritesThemAgain)
 {
     MainAudioProcessor processor;
     settings::loadText (processor, settings::element (R"(hp_freq="0.5" plugin="Another" pluginversion="9999"
@@ -271,7 +271,7 @@ TEST (SettingsState, KeepsTheLoadedValuesOfParametersOnlyUntilTheNextSave)
     EXPECT_EQ (probe.extraAttributes.count ("hp_freq"), 0u);
 }
 
-TEST (SettingsState, AsksForAnUpdateAfterEveryLoadGoodOrBad)
+TEST (SettingsState, RequestsAnUpdateAfterEveryGoodOrBadLoad)
 {
     MainAudioProcessor processor;
 
@@ -287,7 +287,7 @@ TEST (SettingsState, AsksForAnUpdateAfterEveryLoadGoodOrBad)
     }
 }
 
-TEST (SettingsState, ReadsADecimalPointWhateverLocaleTheHostHasSet)
+TEST (SettingsState, ReadsADecimalPointInAnyLocaleOfTheHost)
 {
     const CommaLocale comma;
 

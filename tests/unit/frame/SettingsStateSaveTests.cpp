@@ -223,7 +223,7 @@ TEST (SettingsState, RestoresTenThousandRandomStatesWithinHalfADigit)
     }
 }
 
-TEST (SettingsState, HasADecimalPointWhateverLocaleTheHostHasSet)
+TEST (SettingsState, WritesADecimalPointInAnyLocaleOfTheHost)
 {
     MainAudioProcessor processor;
     settings::setAll (processor, settings::distinctValues());

@@ -30,7 +30,7 @@ struct Listener : juce::AudioProcessorParameter::Listener
 };
 } // namespace
 
-TEST (AudioParameterFloatKestrin, StartsAtItsDefaultWhichTheHostSeesToo)
+TEST (AudioParameterFloatKestrin, StartsAtItsDefaultForTheHostToo)
 {
     auto parameter = makeOfKind (Parameter::frequencyKind);
 
@@ -77,7 +77,7 @@ TEST (AudioParameterFloatKestrin, TakesTheUnitOfItsKindWhenNoneIsGiven)
     EXPECT_EQ (makeOfKind (Parameter::frequencyKind, "rpm").unitText.toStdString(), "rpm");
 }
 
-TEST (AudioParameterFloatKestrin, StandsAtTheFractionOfItsStepsForAChoice)
+TEST (AudioParameterFloatKestrin, StoresAChoiceAsAFractionOfItsSteps)
 {
     const auto parameter = makeSlope();
 
@@ -153,7 +153,7 @@ TEST (AudioParameterFloatKestrin, RoundsTheNeighboursOfEveryHalfAsRoundfDoes)
     }
 }
 
-TEST (AudioParameterFloatKestrin, HasAnIndexForWhatIsNoPosition)
+TEST (AudioParameterFloatKestrin, GivesAnIndexForNaNAndInfinity)
 {
     using Limits = std::numeric_limits<float>;
     const auto parameter = makeSlope();
@@ -166,13 +166,13 @@ TEST (AudioParameterFloatKestrin, HasAnIndexForWhatIsNoPosition)
     EXPECT_EQ (parameter.getChoiceIndexForValue (-0.0f), 0);
 }
 
-TEST (AudioParameterFloatKestrin, HasIndexZeroForWhatIsNoChoice)
+TEST (AudioParameterFloatKestrin, HasIndexZeroForParametersThatAreNoChoice)
 {
     EXPECT_EQ (makeOfKind (Parameter::bipolarKind).getChoiceIndexForValue (1.0f), 0);
     EXPECT_EQ (makeOfKind (Parameter::bipolarKind).getChoiceIndex(), 0);
 }
 
-TEST (AudioParameterFloatKestrin, SurvivesANaNThatAHostForcesIn)
+TEST (AudioParameterFloatKestrin, HasIndexZeroWhileItHoldsANaN)
 {
     auto parameter = makeSlope();
     hostView (parameter).setValue (std::numeric_limits<float>::quiet_NaN());
@@ -209,7 +209,7 @@ TEST (AudioParameterFloatKestrin, SeesAChangeAtEveryCallWhileItHoldsANaN)
     EXPECT_FALSE (parameter.hasChanged());
 }
 
-TEST (AudioParameterFloatKestrin, GivesTheHostTheWholeTextWhateverLengthItAsksFor)
+TEST (AudioParameterFloatKestrin, IgnoresTheTextLengthThatTheHostAsksFor)
 {
     auto parameter = makeOfKind (Parameter::frequencyKind);
 
@@ -229,7 +229,7 @@ TEST (AudioParameterFloatKestrin, TakesTypedTextAsTheNormalisedPosition)
     EXPECT_EQ (hostView (parameter).getValueForText ("loud"), 0.0f);
 }
 
-TEST (AudioParameterFloatKestrin, LimitsWhatTheHostSetsToItsPositions)
+TEST (AudioParameterFloatKestrin, ClampsTheHostsValuesToZeroToOne)
 {
     auto parameter = makeOfKind (Parameter::frequencyKind);
 
@@ -250,7 +250,7 @@ TEST (AudioParameterFloatKestrin, LimitsWhatTheHostSetsToItsPositions)
     }
 }
 
-TEST (AudioParameterFloatKestrin, TellsItsListenersOfANotifyingSet)
+TEST (AudioParameterFloatKestrin, TellsItsListenersOnlyWhenAskedTo)
 {
     auto parameter = makeOfKind (Parameter::percentKind);
     Listener listener;

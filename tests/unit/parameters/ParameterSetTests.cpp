@@ -72,7 +72,7 @@ TEST (ParameterSet, IsTheFrozenList)
     EXPECT_EQ (list, readGolden ("parameters.txt"));
 }
 
-TEST (ParameterSet, HoldsTheParametersThatTheReferenceSpellsOut)
+TEST (ParameterSet, EqualsTheReferenceTable)
 {
     const MainAudioProcessor processor;
     const auto wanted = reference::parameterTable();
@@ -106,7 +106,7 @@ TEST (ParameterSet, HoldsTheParametersThatTheReferenceSpellsOut)
     }
 }
 
-TEST (ParameterSet, PutsTheLandmarksWhereAutomationLanesExpectThem)
+TEST (ParameterSet, KeepsTheIndicesOfLandmarkParameters)
 {
     const MainAudioProcessor processor;
 
@@ -140,7 +140,7 @@ TEST (ParameterSet, RoutesEachLfoToTheOtherAndNoneToItself)
     EXPECT_EQ (routes, (std::set<juce::String> { "lfo1T_lfo2", "lfo2T_lfo1" }));
 }
 
-TEST (ParameterSet, StartsTheShapesAndCycleLengthsAtTheirPlacesOnTheirScales)
+TEST (ParameterSet, StartsWithTriangleAndSixteenBars)
 {
     const MainAudioProcessor processor;
 
@@ -225,9 +225,9 @@ TEST (ParameterSet, CountsEverySettingOfEveryParameterButTheLink)
     }
 }
 
-TEST (ParameterSet, CountsASettingBehindTheValue)
+TEST (ParameterSet, HasCountedASettingBeforeListenersHear)
 {
-    // The listener is told while the value stands and the count has moved.
+    // When a listener hears, both the value and the count have changed.
     struct Listener : juce::AudioProcessorParameter::Listener
     {
         explicit Listener (MainAudioProcessor& p) : processor (p), before (p.parameters.getChangeCount()) {}

@@ -19,7 +19,7 @@ namespace
 {
 using Parameter = juce::AudioParameterFloatKestrin;
 
-constexpr auto notANumber = std::numeric_limits<float>::quiet_NaN();
+constexpr auto quietNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr auto infinity = std::numeric_limits<float>::infinity();
 
 struct Range
@@ -113,7 +113,7 @@ TEST (ValueText, EqualsTheReferenceForEveryParameterOfTheList)
     }
 }
 
-TEST (ValueText, EqualsTheReferenceOutsideThePositions)
+TEST (ValueText, EqualsTheReferenceOutsideZeroToOne)
 {
     for (int kind = 0; kind <= 14; ++kind)
     {
@@ -301,7 +301,7 @@ TEST (ValueText, RoundsPercent)
     EXPECT_EQ (text (2, { 0.0f, 100.0f }, 1.0f), "100 %");
 }
 
-TEST (ValueText, ChangesAFrequencysFormatExactlyAtItsBorders)
+TEST (ValueText, ChangesTheFrequencyFormatExactlyAtItsLimits)
 {
     EXPECT_EQ (valueText::frequency (19000.0, "Hz"), "19.0 kHz");
     EXPECT_EQ (valueText::frequency (std::nextafter (19000.0, 20000.0), "Hz"), "19 kHz");
@@ -319,14 +319,14 @@ TEST (ValueText, ChangesAFrequencysFormatExactlyAtItsBorders)
 
 TEST (ValueText, ShowsASlowLfoByItsPeriod)
 {
-    // Some 0.2 Hz, whatever the float exponential makes of it: just below or just above 5 seconds.
+    // About 0.2 Hz: the float exponential ends just below or just above a period of 5 seconds.
     const auto hertz = (double) std::exp (std::log (0.2f));
 
     EXPECT_EQ (text (6, { 0.2f, 20.0f }, 0.0f), 1.0 / hertz < 5.0 ? "4 sec" : "5 sec");
     EXPECT_EQ (text (6, { 0.001f, 20.0f }, 0.0f), "16 minutes");
 }
 
-TEST (ValueText, ShowsTheOtherKindsByTheirRules)
+TEST (ValueText, FormatsTheRemainingKinds)
 {
     EXPECT_EQ (text (3, { 0.0f, 10.0f }, 0.0f), "OFF");
     EXPECT_EQ (text (3, { 0.0f, 10.0f }, 0.5f), "+1.2 ");
@@ -348,7 +348,7 @@ TEST (ValueText, ShowsTheOtherKindsByTheirRules)
     EXPECT_EQ (text (13, { 60.0f, 4000.0f }, 1.0f), "1 hour");
 }
 
-TEST (ValueText, FallsThroughToALinearNumber)
+TEST (ValueText, FormatsUnknownKindsAsALinearNumber)
 {
     EXPECT_EQ (text (0, { 0.0f, 1.0f }, 0.25f), "0.2 ");
     EXPECT_EQ (text (1, { 0.0f, 1.0f }, 0.75f), "0.8 ");
@@ -375,15 +375,15 @@ TEST (ValueText, KeepsALongUnitWhole)
     EXPECT_EQ (text (2, { 0.0f, 100.0f }, 0.5f, std::string (1000, 'u')), "50 " + std::string (1000, 'u'));
 }
 
-TEST (ValueText, HasATextForWhatIsNoPosition)
+TEST (ValueText, StaysShortForNaNInfinityAndHugePositions)
 {
     for (int kind = 0; kind <= 14; ++kind)
         for (const auto& range : ranges)
-            for (const auto position : { notANumber, infinity, -infinity, 1.0e38f, -1.0e38f })
+            for (const auto position : { quietNaN, infinity, -infinity, 1.0e38f, -1.0e38f })
                 EXPECT_LT (text (kind, range, position).size(), 500u) << "kind " << kind << " at " << position;
 }
 
-TEST (ValueText, HasADecimalPointWhateverLocaleTheHostHasSet)
+TEST (ValueText, UsesADecimalPointInAnyLocaleOfTheHost)
 {
     const MainAudioProcessor processor;
     std::vector<std::string> inTheCLocale, inTheCommaLocale;
@@ -438,9 +438,9 @@ TEST (FormatDuration, HasASingularForExactlyOne)
     }
 }
 
-TEST (FormatDuration, IsEmptyBelowAMicrosecondAndForWhatIsNotFinite)
+TEST (FormatDuration, IsEmptyBelowAMicrosecondAndForNaNAndInfinity)
 {
-    for (const auto seconds : { 0.0, 0.0000009, (double) notANumber, (double) infinity, -(double) infinity })
+    for (const auto seconds : { 0.0, 0.0000009, (double) quietNaN, (double) infinity, -(double) infinity })
         EXPECT_EQ (formatDuration (seconds), "");
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-#include "system/daw/LiteralSong.h"
+#include "system/daw/ReferenceSong.h"
 
 #include <array>
 #include <cmath>
@@ -30,9 +30,9 @@ void process (reference::Engine& engine, juce::AudioBuffer<float>& block)
 }
 } // namespace
 
-LiteralSong::LiteralSong (const Ardour::Song& songToPlay) : song (songToPlay) {}
+ReferenceSong::ReferenceSong (const Ardour::Song& songToPlay) : song (songToPlay) {}
 
-std::vector<std::pair<int, int>> LiteralSong::rollingBlocks (int numFrames)
+std::vector<std::pair<int, int>> ReferenceSong::rollingBlocks (int numFrames)
 {
     std::vector<std::pair<int, int>> blocks { { -framesBeforeStart, framesBeforeStart }, { 0, firstBlock } };
 
@@ -42,7 +42,7 @@ std::vector<std::pair<int, int>> LiteralSong::rollingBlocks (int numFrames)
     return blocks;
 }
 
-float LiteralSong::positionAtEnd (const std::vector<Ardour::Point>& lane, int endFrame)
+float ReferenceSong::positionAtEnd (const std::vector<Ardour::Point>& lane, int endFrame)
 {
     const auto tick = ticksAt (endFrame);
 
@@ -60,13 +60,13 @@ float LiteralSong::positionAtEnd (const std::vector<Ardour::Point>& lane, int en
     return (float) lane.back().position;
 }
 
-void LiteralSong::automate (reference::Engine& engine, int endFrame) const
+void ReferenceSong::automate (reference::Engine& engine, int endFrame) const
 {
     for (const auto& [index, lane] : song.lanes)
         engine.setParameter (index, positionAtEnd (lane, endFrame));
 }
 
-LiteralSong::Match LiteralSong::bestMatch (const juce::AudioBuffer<float>& heard) const
+ReferenceSong::Match ReferenceSong::bestMatch (const juce::AudioBuffer<float>& heard) const
 {
     reference::Engine engine;
     engine.setSampleRate (Ardour::sampleRate);
@@ -95,7 +95,7 @@ LiteralSong::Match LiteralSong::bestMatch (const juce::AudioBuffer<float>& heard
     return best;
 }
 
-int LiteralSong::countSame (const reference::Engine& started, const juce::AudioBuffer<float>& heard) const
+int ReferenceSong::countSame (const reference::Engine& started, const juce::AudioBuffer<float>& heard) const
 {
     auto engine = started;
     const auto numFrames = heard.getNumSamples();

@@ -7,7 +7,7 @@
 #include "reference/ReferenceEngine.h"
 #include "system/daw/Ardour.h"
 
-/** What a song must sound like, from the literal engine: it is given what Ardour gives a plug-in while it exports.
+/** The expected sound of a song: the reference engine is given what Ardour gives a plug-in during an export.
 
     - At first the transport stands at frame 256 for some blocks of 1024 frames, for silence. How many depends on how long
       the export takes to begin: about a hundred.
@@ -15,13 +15,13 @@
     - A song position is rounded to ticks, 1920 to the beat, and told once per block.
     - An automated parameter is set once per block, to what its lane says at the block's end, rounded to ticks. Between two
       points a lane is straight in ticks.
-    - Both channels are there, whatever the track has.
+    - Both channels are there, on a mono track too.
     - Everything else stands where the saved state says, which has four decimals. */
-class LiteralSong
+class ReferenceSong
 {
 public:
     /** @param songToPlay  with two channels; it must live as long as this */
-    explicit LiteralSong (const Ardour::Song& songToPlay);
+    explicit ReferenceSong (const Ardour::Song& songToPlay);
 
     static constexpr int blockSize = 1024;
     static constexpr int framesBeforeStart = 768;
@@ -29,20 +29,21 @@ public:
 
     struct Match
     {
-        /** Frames that the engine has run when the sound begins. */
+        /** Frames that the engine has processed before the sound begins. */
         int framesBefore = 0;
 
         /** Frames from the beginning on that are the same, bit for bit. */
         int numSame = 0;
     };
 
-    /** The number of standing blocks under which most of what was heard, in two channels, is the same. */
+    /** Tries every number of blocks with a standing transport, and finds the one that matches most of what was heard in two
+        channels. */
     [[nodiscard]] Match bestMatch (const juce::AudioBuffer<float>& heard) const;
 
     /** The blocks of a rolling transport that begin before the end: first frame and length. */
     [[nodiscard]] static std::vector<std::pair<int, int>> rollingBlocks (int numFrames);
 
-    /** Where a lane stands in the block that ends at this frame. The lane's first stretch is level. */
+    /** Where a lane stands in the block that ends at this frame. The lane's first segment is level. */
     [[nodiscard]] static float positionAtEnd (const std::vector<Ardour::Point>& lane, int endFrame);
 
 private:
