@@ -113,6 +113,9 @@ TEST (HostRender, PassesAPlayingStoppedOrMissingTransportToTheModule)
     EXPECT_NE (results[0], results[1]);
     EXPECT_NE (results[0], results[2]);
     EXPECT_NE (results[2], results[3]);
+
+    // All steps are on without a position, which position 0 is taken for.
+    EXPECT_EQ (results[4], results[2]);
 }
 
 TEST (HostRender, CopiesOneChannelToTwoAndAveragesTwoToOne)

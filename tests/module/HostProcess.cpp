@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "host/AudioFiles.h"
 #include "module/ModuleUnderTest.h"
+#include "support/SoundFiles.h"
 
 namespace
 {
@@ -83,10 +83,4 @@ void HostProcess::writeSound (const juce::String& name, int numChannels, int num
     writer->writeFromAudioSampleBuffer (makeNoise (numChannels, numFrames), 0, numFrames);
 }
 
-juce::AudioBuffer<float> HostProcess::readSound (const juce::String& name) const
-{
-    AudioSource source (file (name), 0);
-    juce::AudioBuffer<float> buffer (source.numChannels(), (int) source.numFrames());
-    source.read (buffer, 0, buffer.getNumSamples());
-    return buffer;
-}
+juce::AudioBuffer<float> HostProcess::readSound (const juce::String& name) const { return ::readSound (file (name)); }

@@ -26,6 +26,13 @@ protected:
     Module module { KESTRIN_MODULE_LIBRARY };
 };
 
+/** At 48 kHz. */
+void setUpAndStart (Instance& instance, int largestBlock = 512)
+{
+    ASSERT_TRUE (instance.setUp (48000.0, largestBlock));
+    instance.start();
+}
+
 /** Sets parameters as a host does: with a block that carries nothing else. */
 void set (Instance& instance, std::initializer_list<std::pair<int, double>> values)
 {
@@ -97,8 +104,7 @@ template <typename NextSize>
 TEST_F (HostileHost, MaySendEmptyBlocks)
 {
     Instance instance (module, context);
-    ASSERT_TRUE (instance.setUp (48000.0, 512));
-    instance.start();
+    setUpAndStart (instance);
 
     for (int i = 0; i < 100; ++i)
     {
@@ -110,8 +116,7 @@ TEST_F (HostileHost, MaySendEmptyBlocks)
 TEST_F (HostileHost, MaySendEmptyBlocksWithoutBuffers)
 {
     Instance instance (module, context);
-    ASSERT_TRUE (instance.setUp (48000.0, 512));
-    instance.start();
+    setUpAndStart (instance);
 
     float* nowhere[] { nullptr, nullptr };
     vst::AudioBusBuffers noPointers, nullPointers;
@@ -138,8 +143,7 @@ TEST_F (HostileHost, HearsTheSameForAllBlockSizes)
     for (const auto seed : { 0u, 1u, 2u })
     {
         Instance instance (module, context);
-        ASSERT_TRUE (instance.setUp (48000.0, 8191));
-        instance.start();
+        setUpAndStart (instance, 8191);
         setResonant (instance);
 
         std::mt19937 generator (seed);
@@ -172,8 +176,7 @@ TEST_F (HostileHost, MaySendLongerBlocksThanItAnnounced)
     for (const auto announced : { 100000, 1, 512 })
     {
         Instance instance (module, context);
-        ASSERT_TRUE (instance.setUp (48000.0, announced));
-        instance.start();
+        setUpAndStart (instance, announced);
         setResonant (instance);
         const auto output = render (instance, noise, [] { return 50000; });
 
@@ -275,8 +278,7 @@ TEST_F (HostileHost, MaySetUpAndStartInEveryOrder)
 TEST_F (HostileHost, MayOmitTheTransportOrSendAnOddOne)
 {
     Instance instance (module, context);
-    ASSERT_TRUE (instance.setUp (48000.0, 512));
-    instance.start();
+    setUpAndStart (instance);
     setAtRandom (instance, 11);
 
     vst::ProcessContext transport {};
@@ -303,8 +305,7 @@ TEST_F (HostileHost, MayOmitTheTransportOrSendAnOddOne)
 TEST_F (HostileHost, MayAutomateWithManyPointsAndBeyondTheBlock)
 {
     Instance instance (module, context);
-    ASSERT_TRUE (instance.setUp (48000.0, 512));
-    instance.start();
+    setUpAndStart (instance);
     std::mt19937 generator (5);
     const auto numParameters = instance.numParameters() - 1;
 
@@ -333,8 +334,7 @@ TEST_F (HostileHost, MayAutomateWithManyPointsAndBeyondTheBlock)
 TEST_F (HostileHost, TakesTheLastPointOfAParameter)
 {
     Instance instance (module, context);
-    ASSERT_TRUE (instance.setUp (48000.0, 512));
-    instance.start();
+    setUpAndStart (instance);
     Block block (2, 64);
     block.changes.add (instance.parameter (lpFreq), { { 0, 0.9 }, { 63, 0.4 }, { 64, 0.25 }, { 100000, 0.125 } });
     ASSERT_EQ (instance.process (block), Steinberg::kResultOk);
@@ -344,8 +344,7 @@ TEST_F (HostileHost, TakesTheLastPointOfAParameter)
 TEST_F (HostileHost, MaySetParametersWithoutAudio)
 {
     Instance instance (module, context);
-    ASSERT_TRUE (instance.setUp (48000.0, 512));
-    instance.start();
+    setUpAndStart (instance);
 
     Changes changes;
     changes.add (instance.parameter (hpFreq), { { 0, 0.75 } });
@@ -361,8 +360,7 @@ TEST_F (HostileHost, MaySetParametersWithoutAudio)
 TEST_F (HostileHost, FindsItsFloatingPointModeUnchanged)
 {
     Instance instance (module, context);
-    ASSERT_TRUE (instance.setUp (48000.0, 512));
-    instance.start();
+    setUpAndStart (instance);
     const auto before = _mm_getcsr();
     Block block (2, 512);
     ASSERT_EQ (instance.process (block), Steinberg::kResultOk);
@@ -383,8 +381,7 @@ TEST_F (HostileHost, MayRunTwoInstancesOnTwoThreads)
 
     for (auto* const instance : { &first, &second, &alone })
     {
-        ASSERT_TRUE (instance->setUp (48000.0, 777));
-        instance->start();
+        setUpAndStart (*instance, 777);
         setResonant (*instance);
     }
 
@@ -402,8 +399,7 @@ TEST_F (HostileHost, MayRunTwoInstancesOnTwoThreads)
 TEST_F (HostileHost, MaySaveAndLoadFromAnotherThreadWhileAudioRuns)
 {
     Instance instance (module, context);
-    ASSERT_TRUE (instance.setUp (48000.0, 256));
-    instance.start();
+    setUpAndStart (instance, 256);
     setAtRandom (instance, 3);
     const auto one = instance.state();
     setResonant (instance);
@@ -442,8 +438,7 @@ TEST_F (HostileHost, FindsTheSameStateExceptItsDateAfterLoadAndSave)
 
         for (auto* const instance : { &first, &second })
         {
-            ASSERT_TRUE (instance->setUp (48000.0, 512));
-            instance->start();
+            setUpAndStart (*instance);
         }
 
         setAtRandom (first, seed);
@@ -458,8 +453,7 @@ TEST_F (HostileHost, MayTerminateWithoutDeactivating)
     for (int i = 0; i < 20; ++i)
     {
         Instance instance (module, context);
-        ASSERT_TRUE (instance.setUp (48000.0, 512));
-        instance.start();
+        setUpAndStart (instance);
         Block block (2, 512);
         EXPECT_EQ (instance.process (block), Steinberg::kResultOk);
     }
@@ -475,8 +469,7 @@ TEST_F (HostileHost, GetsBackAllReferencesToIt)
         for (int i = 0; i < 5; ++i)
         {
             Instance instance (module, context);
-            ASSERT_TRUE (instance.setUp (48000.0, 512));
-            instance.start();
+            setUpAndStart (instance);
             EXPECT_FALSE (instance.state().empty());
         }
 
@@ -484,12 +477,12 @@ TEST_F (HostileHost, GetsBackAllReferencesToIt)
     }
 }
 
-TEST_F (HostileHost, MayLoadAndUnloadTheModuleRepeatedly)
+TEST_F (HostileHost, MayEnterAndExitTheModuleRepeatedly)
 {
     for (int i = 0; i < 10; ++i)
     {
         Module again (KESTRIN_MODULE_LIBRARY);
         Instance instance (again, context);
-        EXPECT_GT (instance.numParameters(), 50);
+        EXPECT_EQ (instance.numParameters(), 56);
     }
 }

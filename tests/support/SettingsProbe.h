@@ -106,6 +106,18 @@ inline std::string pinned (std::string text, const std::string& name, const std:
     return text;
 }
 
+/** The text as many times in a row. */
+inline std::string repeated (const std::string& text, std::size_t times)
+{
+    std::string result;
+    result.reserve (text.size() * times);
+
+    for (std::size_t time = 0; time < times; ++time)
+        result += text;
+
+    return result;
+}
+
 inline std::vector<float> valuesOf (const juce::AudioProcessor& processor)
 {
     std::vector<float> values;

@@ -7,7 +7,7 @@
 #include <glob.h>
 #include <unistd.h>
 
-#include "host/AudioFiles.h"
+#include "support/SoundFiles.h"
 #include "system/daw/ForeignProgram.h"
 
 namespace
@@ -323,14 +323,6 @@ void Ardour::runHost (const juce::StringArray& arguments) const
                          { "PATH", "/usr/bin:/bin" },
                          { "KESTRIN_PLUGIN", KESTRIN_MODULE } };
     [[maybe_unused]] const auto output = host.run();
-}
-
-juce::AudioBuffer<float> Ardour::readSound (const juce::File& sound) const
-{
-    AudioSource source (sound, 0);
-    juce::AudioBuffer<float> buffer (source.numChannels(), (int) source.numFrames());
-    source.read (buffer, 0, buffer.getNumSamples());
-    return buffer;
 }
 
 void Ardour::writeSound (const juce::File& target, const juce::AudioBuffer<float>& sound) const

@@ -74,7 +74,6 @@ public:
         @throws HostError */
     void runHost (const juce::StringArray& arguments) const;
 
-    [[nodiscard]] juce::AudioBuffer<float> readSound (const juce::File& sound) const;
     void writeSound (const juce::File& file, const juce::AudioBuffer<float>& sound) const;
 
 private:

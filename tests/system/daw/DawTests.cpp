@@ -5,6 +5,7 @@
 
 #include "host/HostError.h"
 #include "host/PluginState.h"
+#include "support/SoundFiles.h"
 #include "system/daw/Ardour.h"
 #include "system/daw/ReferenceSong.h"
 
@@ -169,7 +170,7 @@ protected:
             arguments.addArray (juce::StringArray ("--automate", lane));
 
         ardour().runHost (arguments);
-        return ardour().readSound (ardour().file ("host.wav"));
+        return readSound (ardour().file ("host.wav"));
     }
 
 private:

@@ -1,82 +1,20 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 // A host's audio thread beside its message thread. What is looked for here is seen by the thread sanitizer; without it the
 // tests still say that nothing crashes and nothing but finite sound comes out.
-#include <array>
-#include <atomic>
-#include <cmath>
 #include <memory>
-#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "editor/MainAudioProcessorEditor.h"
-#include "support/FakePlayHead.h"
+#include "support/RunningAudio.h"
 
 namespace
 {
-/** Plays noise with a running song on a thread of its own, and automates all parameters there as hosts do. */
-class AudioThread
-{
-public:
-    explicit AudioThread (MainAudioProcessor& processorToRun, bool shouldAutomate = false)
-        : processor (processorToRun), automates (shouldAutomate)
-    {
-        processor.setRateAndBufferSizeDetails (48000.0, numFrames);
-        processor.prepareToPlay (48000.0, numFrames);
-        processor.setPlayHead (&transport);
-        thread = std::thread ([this] { run(); });
-    }
-
-    ~AudioThread()
-    {
-        stopped = true;
-        thread.join();
-        processor.setPlayHead (nullptr);
-        EXPECT_TRUE (onlyFinite);
-    }
-
-    [[nodiscard]] bool hasPlayed (int wanted) const { return numBlocks >= wanted; }
-
-private:
-    void run()
-    {
-        juce::AudioBuffer<float> buffer (2, numFrames);
-        juce::MidiBuffer noMessages;
-        juce::Random random (1);
-
-        for (; ! stopped; ++numBlocks)
-        {
-            for (int channel = 0; channel < 2; ++channel)
-                for (int frame = 0; frame < numFrames; ++frame)
-                    buffer.setSample (channel, frame, random.nextFloat() - 0.5f);
-
-            if (automates)
-                for (auto* const parameter : processor.getParameters())
-                    parameter->setValueNotifyingHost (random.nextFloat());
-
-            transport.moveTo (numBlocks * 0.01);
-            processor.processBlock (buffer, noMessages);
-            onlyFinite = onlyFinite && std::isfinite (buffer.getMagnitude (0, numFrames));
-            std::this_thread::yield();
-        }
-    }
-
-    static constexpr int numFrames = 64;
-
-    MainAudioProcessor& processor;
-    const bool automates;
-    FakePlayHead transport;
-    std::atomic<bool> stopped { false };
-    std::atomic<int> numBlocks { 0 };
-    bool onlyFinite = true;
-    std::thread thread;
-};
-
 constexpr int enoughRounds = 100;
 constexpr int enoughBlocks = 200;
 
 template <typename Round>
-void repeatBeside (const AudioThread& audio, Round round)
+void repeatBeside (const RunningAudio& audio, Round round)
 {
     for (int number = 0; number < enoughRounds || ! audio.hasPlayed (enoughBlocks); ++number)
         round (number);
@@ -106,7 +44,7 @@ protected:
 TEST_F (Threads, LetTheWindowPollWhileAudioRuns)
 {
     MainAudioProcessorEditor editor (processor);
-    const AudioThread audio (processor);
+    const RunningAudio audio (processor);
 
     repeatBeside (audio,
                   [&] (int number)
@@ -120,14 +58,14 @@ TEST_F (Threads, LetTheWindowPollWhileAudioRuns)
 TEST_F (Threads, LetTheWindowPollWhileTheHostAutomatesEverything)
 {
     MainAudioProcessorEditor editor (processor);
-    const AudioThread audio (processor, true);
+    const RunningAudio audio (processor, true);
     repeatBeside (audio, [&] (int) { editor.timerCallback(); });
 }
 
 TEST_F (Threads, LetEveryKnobMoveWhileAudioRuns)
 {
     MainAudioProcessorEditor editor (processor);
-    const AudioThread audio (processor);
+    const RunningAudio audio (processor);
 
     const auto moveAll = [] (auto& self, juce::Component& parent, double value) -> void
     {
@@ -152,7 +90,7 @@ TEST_F (Threads, LetStatesBeSavedAndLoadedWhileAudioRuns)
 {
     juce::MemoryBlock block;
     processor.getStateInformation (block);
-    const AudioThread audio (processor);
+    const RunningAudio audio (processor);
 
     repeatBeside (audio,
                   [&] (int)
@@ -167,6 +105,6 @@ TEST_F (Threads, LetInstancesRunBesideEachOther)
     MainAudioProcessor other;
     setMoving (other);
 
-    const AudioThread audio (processor, true), otherAudio (other, true);
+    const RunningAudio audio (processor, true), otherAudio (other, true);
     repeatBeside (otherAudio, [&] (int) { const auto third = std::make_unique<MainAudioProcessor>(); });
 }

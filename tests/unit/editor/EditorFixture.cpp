@@ -1,14 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "unit/editor/EditorFixture.h"
 
-void EditorFixture::runFrames (int numFrames)
-{
-    juce::AudioBuffer<float> buffer { 2, numFrames };
-    juce::MidiBuffer midi;
-    buffer.clear();
-    processor.processBlock (buffer, midi);
-}
-
 ParameterSlider* knobOf (juce::Component& parent, const juce::AudioProcessorParameter* parameter)
 {
     for (auto* knob : allOf<ParameterSlider> (parent))

@@ -29,9 +29,6 @@ protected:
     /** As a host sets it. */
     static void set (juce::AudioProcessorParameter* parameter, float value) { parameter->setValue (value); }
 
-    /** Processes silence; the first frame runs a tick. */
-    void runFrames (int numFrames);
-
 private:
     std::unique_ptr<MainAudioProcessorEditor> madeEditor;
 };

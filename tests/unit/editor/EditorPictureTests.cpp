@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include <set>
+
 #include "unit/editor/EditorFixture.h"
 
 /** The window in its three states with settings that show arcs, lights and dots. The pictures are there to be looked
-    at; the tests see that they are whole. */
+    at; the tests see that every column is drawn. */
 class EditorPictures : public EditorFixture
 {
 protected:
@@ -41,6 +43,18 @@ protected:
         set (parameters.seqOffs, 0.51f);
     }
 
+    /** Captions, knobs and lights bring many colours into a column, and a column without them has one. */
+    static std::size_t numColours (const juce::Image& image, juce::Rectangle<int> area)
+    {
+        std::set<juce::uint32> colours;
+
+        for (auto y = area.getY(); y < area.getBottom(); ++y)
+            for (auto x = area.getX(); x < area.getRight(); ++x)
+                colours.insert (image.getPixelAt (x, y).getARGB());
+
+        return colours.size();
+    }
+
     void expectPictures (const juce::String& name, int width)
     {
         editor().timerCallback();
@@ -53,6 +67,10 @@ protected:
             EXPECT_EQ (image.getHeight(), 546 * scale);
             EXPECT_EQ (image.getPixelAt (1, 1).getARGB(), 0xff000000u);
             EXPECT_EQ (image.getPixelAt (width * scale - 2, 540 * scale).getARGB(), 0xff404040u);
+
+            for (auto column = 0; column < (width == 266 ? 2 : 4); ++column)
+                EXPECT_GT (numColours (image, juce::Rectangle<int> { 10 + 127 * column, 37, 117, 475 } * scale), 100u)
+                    << "column " << column;
         }
     }
 };

@@ -50,6 +50,14 @@ void displaceLfos (EngineUnderTest& engine)
         generator.jumpTo (0.25f);
 }
 
+/** Gives the engine a play head that reports this, with both LFOs off their start. */
+void report (EngineUnderTest& engine, const juce::AudioPlayHead::PositionInfo& info)
+{
+    engine.playHead.position = info;
+    engine.processor.setPlayHead (&engine.playHead);
+    displaceLfos (engine);
+}
+
 [[nodiscard]] bool lfosStandAtTheStart (const EngineUnderTest& engine)
 {
     return std::all_of (engine.processor.lfo.begin(), engine.processor.lfo.end(),
@@ -237,9 +245,7 @@ TEST (Transport, StandsAtZeroWhenOnlyATempoIsReported)
     EngineUnderTest engine;
     juce::AudioPlayHead::PositionInfo info;
     info.setBpm (90.0);
-    engine.playHead.position = info;
-    engine.processor.setPlayHead (&engine.playHead);
-    displaceLfos (engine);
+    report (engine, info);
     EXPECT_EQ (stepOfTempo (engine), stepAtBpm (90.0));
     EXPECT_TRUE (lfosStandAtTheStart (engine));
     EXPECT_TRUE (
@@ -251,9 +257,7 @@ TEST (Transport, Assumes120BpmWhenNoTempoIsReported)
     EngineUnderTest engine;
     juce::AudioPlayHead::PositionInfo info;
     info.setPpqPosition (3.3);
-    engine.playHead.position = info;
-    engine.processor.setPlayHead (&engine.playHead);
-    displaceLfos (engine);
+    report (engine, info);
     EXPECT_EQ (stepOfTempo (engine), stepAtBpm (120.0));
     EXPECT_FALSE (lfosStandAtTheStart (engine));
 }
@@ -261,9 +265,7 @@ TEST (Transport, Assumes120BpmWhenNoTempoIsReported)
 TEST (Transport, UsesTheDefaultsForAnEmptyPosition)
 {
     EngineUnderTest engine;
-    engine.playHead.position = juce::AudioPlayHead::PositionInfo {};
-    engine.processor.setPlayHead (&engine.playHead);
-    displaceLfos (engine);
+    report (engine, {});
     EXPECT_EQ (stepOfTempo (engine), stepAtBpm (120.0));
     EXPECT_TRUE (lfosStandAtTheStart (engine));
 }

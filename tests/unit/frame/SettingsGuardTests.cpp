@@ -10,17 +10,6 @@
 
 namespace
 {
-std::string repeated (const std::string& text, int times)
-{
-    std::string result;
-    result.reserve (text.size() * (std::size_t) times);
-
-    for (int time = 0; time < times; ++time)
-        result += text;
-
-    return result;
-}
-
 std::string withValue (const std::string& value) { return settings::element ("unknown=\"" + value + "\""); }
 } // namespace
 
@@ -42,27 +31,27 @@ TEST (SettingsGuard, LetsThroughAnyCharacterThatTheWriterEscapes)
 TEST (SettingsGuard, LetsThroughALongForeignValueAndSomeForeignElements)
 {
     EXPECT_TRUE (isSafeToParse (withValue (std::string (1 << 20, 'x'))));
-    EXPECT_TRUE (isSafeToParse ("<settings>" + repeated ("<a/>", 255) + "</settings>"));
+    EXPECT_TRUE (isSafeToParse ("<settings>" + settings::repeated ("<a/>", 255) + "</settings>"));
     EXPECT_TRUE (isSafeToParse ("<?xml version='1.0'?><!-- ? --><?pi?><settings><!-- < ? --><a>text</a></settings>"));
 }
 
 TEST (SettingsGuard, StopsMoreThan256Elements)
 {
-    EXPECT_FALSE (isSafeToParse (repeated ("<a>", 257)));
-    EXPECT_FALSE (isSafeToParse (repeated ("< a>", 257)));
-    EXPECT_FALSE (isSafeToParse (repeated ("<a b='/>'>", 257)));
+    EXPECT_FALSE (isSafeToParse (settings::repeated ("<a>", 257)));
+    EXPECT_FALSE (isSafeToParse (settings::repeated ("< a>", 257)));
+    EXPECT_FALSE (isSafeToParse (settings::repeated ("<a b='/>'>", 257)));
 }
 
 TEST (SettingsGuard, StopsMoreThan4096Attributes)
 {
-    EXPECT_TRUE (isSafeToParse ("<settings " + repeated ("a='' ", 4096) + "/>"));
-    EXPECT_FALSE (isSafeToParse ("<settings " + repeated ("a='' ", 4097) + "/>"));
+    EXPECT_TRUE (isSafeToParse ("<settings " + settings::repeated ("a='' ", 4096) + "/>"));
+    EXPECT_FALSE (isSafeToParse ("<settings " + settings::repeated ("a='' ", 4097) + "/>"));
 }
 
 TEST (SettingsGuard, StopsReferencesThatWouldCopyTheirValueTooOften)
 {
-    EXPECT_TRUE (isSafeToParse (withValue (repeated ("&amp;", 10000))));
-    EXPECT_FALSE (isSafeToParse (withValue (repeated ("&amp;", 1000000))));
+    EXPECT_TRUE (isSafeToParse (withValue (settings::repeated ("&amp;", 10000))));
+    EXPECT_FALSE (isSafeToParse (withValue (settings::repeated ("&amp;", 1000000))));
 }
 
 TEST (SettingsGuard, StopsUnfinishedReferences)

@@ -30,17 +30,6 @@ std::string otherBlock()
     return settings::savedBlock (processor);
 }
 
-std::string repeated (const std::string& text, std::size_t times)
-{
-    std::string result;
-    result.reserve (text.size() * times);
-
-    for (std::size_t time = 0; time < times; ++time)
-        result += text;
-
-    return result;
-}
-
 void expectUntouchedBy (const std::string& block, const char* what)
 {
     Settled processor;
@@ -205,11 +194,11 @@ TEST (DamagedSettings, NestedAMillionDeepChangeNothing)
 {
     constexpr std::size_t depth = 1000000;
 
-    expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)" + repeated ("<a>", depth)), "open");
-    expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)" + repeated ("<a>", depth)
-                                          + repeated ("</a>", depth) + "</settings>"),
+    expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)" + settings::repeated ("<a>", depth)), "open");
+    expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)" + settings::repeated ("<a>", depth)
+                                          + settings::repeated ("</a>", depth) + "</settings>"),
                        "closed");
-    expectUntouchedBy (settings::blockOf (repeated ("<settings>", depth)), "settings");
+    expectUntouchedBy (settings::blockOf (settings::repeated ("<settings>", depth)), "settings");
 }
 
 TEST (DamagedSettings, OfSixtyFourMegabytesChangeNothing)
@@ -218,7 +207,7 @@ TEST (DamagedSettings, OfSixtyFourMegabytesChangeNothing)
 
     for (const auto* filling : { "<a/>", "<a>", "&amp;" })
         expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)"
-                                              + repeated (filling, size / std::string (filling).size())
+                                              + settings::repeated (filling, size / std::string (filling).size())
                                               + "</settings>"),
                            filling);
 
@@ -237,7 +226,7 @@ TEST (DamagedSettings, FullOfUnfinishedMarkupChangeNoOtherParameter)
         {
             Settled processor;
             settings::loadText (processor, R"(<settings hp_freq="0.5")" + std::string (start)
-                                               + repeated (filling, size / std::string (filling).size()));
+                                               + settings::repeated (filling, size / std::string (filling).size()));
 
             auto values = settings::valuesOf (processor);
             EXPECT_TRUE (values[0] == processor.values[0] || values[0] == 0.5f) << start << filling;
