@@ -19,15 +19,14 @@ constexpr float expScale = 6.9077554f;
 /** ln (50): a free LFO runs from 0.02 Hz. */
 constexpr float expOffset = 3.912023f;
 
+constexpr double minutesPerSecond = 0.016666666666666666;
+
 /** A wobble has to be deeper than this to be heard. */
 constexpr float wobbleThreshold = 0.01f;
 
 [[nodiscard]] float square (float x) noexcept { return x * x; }
 
 [[nodiscard]] double fraction (double x) noexcept { return x - std::floor (x); }
-
-/** Where the transport is absent the LFOs start again at every tick. */
-[[nodiscard]] bool isTransportAbsent (double beats) noexcept { return beats == 0.0; }
 
 /** True if a tempo-locked phase has left the song's by a hundredth of a beat; nearer than that it runs free. */
 [[nodiscard]] bool hasLeftSong (const Settings& settings, float phase, float songPhase) noexcept
@@ -48,7 +47,7 @@ constexpr float wobbleThreshold = 0.01f;
 [[nodiscard]] std::optional<float> jumpOf (const TickBatch& ticks, std::size_t i, std::size_t tick,
                                            float phase) noexcept
 {
-    const auto isAbsent = isTransportAbsent (ticks.beats[tick]);
+    const auto isAbsent = ticks.beats[tick] == 0.0;
 
     if (isAbsent)
         phase = 0.0f;
@@ -72,19 +71,6 @@ constexpr float wobbleThreshold = 0.01f;
     return square (1.0f + otherOutput * settings.depthOfOther * 0.5f);
 }
 
-/** One tick of a wobble, which starts again instead of wrapping. */
-[[nodiscard]] float movedWobble (float phase, float step) noexcept
-{
-    const auto moved = phase + step;
-    return moved >= 1.0f ? 0.0f : moved;
-}
-
-/** What a wobble makes of an LFO's speed. */
-[[nodiscard]] float multiplierOfWobble (float phase, float depth) noexcept
-{
-    return depth > wobbleThreshold ? square (triangleOf (phase) * depth + 1.0f) : 1.0f;
-}
-
 /** Hertz. */
 [[nodiscard]] float frequencyOf (const Settings& settings, double bpm, float multiplier) noexcept
 {
@@ -102,7 +88,7 @@ constexpr float wobbleThreshold = 0.01f;
     if (settings.sync == ParameterSnapshot::tempoSync)
     {
         multiplier = 1.0f;
-        frequency = (float) (bpm / (double) settings.beats * 0.016666666666666666);
+        frequency = (float) (bpm / (double) settings.beats * minutesPerSecond);
     }
 
     // A song without a tempo lets a tempo-locked LFO run freely.
@@ -169,7 +155,9 @@ void LfoBank::advanceAndRoute (TickBatch& ticks, juce::AudioPlayHead* transport)
         if (areApart && tick + 1 < ticks.size && lfo[0].isSteadyIn (settings[0].shape)
             && lfo[1].isSteadyIn (settings[1].shape))
         {
-            advanceAndRoute<std::dynamic_extent, numLfos> (ticks, tick, 0, 1.0f);
+            for (std::size_t i = 0; i < numLfos; ++i)
+                advanceAndRoute<std::dynamic_extent> (ticks, tick, i, 1.0f);
+
             return;
         }
 
@@ -201,7 +189,7 @@ inline void LfoBank::advanceCoupled (TickBatch& ticks, std::size_t tick, juce::A
         }
 
         renderedShapes[i] = lfo[i].shape;
-        outputs[i] = advanceAndRoute<1, 1> (ticks, tick, i, multiplier);
+        outputs[i] = advanceAndRoute<1> (ticks, tick, i, multiplier);
 
         if (settings[i].shape == LfoGenerator::reservedPulse)
             lockToBars (ticks, 1.0f, transport);
@@ -210,82 +198,74 @@ inline void LfoBank::advanceCoupled (TickBatch& ticks, std::size_t tick, juce::A
     }
 }
 
-/** LFOs through ticks in a row: one LFO through one tick (extent 1), or both through all ticks from the first on, which moves
-    nothing but the phases of steady LFOs. The frequencies come first, then go the phases through all ticks, in a loop that
-    keeps them in registers, and then come the waves.
+/** One LFO through ticks in a row: one tick (extent 1), or all from the first on, which moves nothing but the phases of a
+    steady LFO. First the phases go through all ticks, in a loop that keeps them in registers, and then come the waves.
     @param multiplier  of the speed, which the other LFO has set
-    @returns the last output of the last LFO */
-template <std::size_t extent, std::size_t count>
-inline float LfoBank::advanceAndRoute (TickBatch& ticks, std::size_t firstTick, std::size_t firstLfo,
+    @returns the last output */
+template <std::size_t extent>
+inline float LfoBank::advanceAndRoute (TickBatch& ticks, std::size_t firstTick, std::size_t i,
                                        float multiplier) noexcept
 {
-    constexpr auto maxTicks = extent == 1 ? 1 : TickBatch::maxTicks;
+    const auto& settings = ticks.snapshot.lfo[i];
     const auto numTicks = extent == 1 ? 1 : ticks.size - firstTick;
-
-    std::array<std::array<float, maxTicks>, count> frequencies;
-    std::array<std::array<Phases::Values, maxTicks>, count> passed;
-    std::array<float, maxTicks> outputs;
-    std::array<std::size_t, count> numFrequencies;
-    std::array<Phases, count> phases;
-
-    for (std::size_t k = 0; k < count; ++k)
-    {
-        const auto i = firstLfo + k;
-        auto wobble = wobblePhase[i];
-        numFrequencies[k] = isFree (ticks.snapshot.lfo[i]) ? 1 : numTicks;
-
-        for (std::size_t n = 0; n < numFrequencies[k]; ++n)
-        {
-            wobble = movedWobble (wobble, wobbleStep[i]);
-            frequencies[k][n] = frequencyOf (ticks.snapshot.lfo[i], ticks.bpm[firstTick + n],
-                                             multiplier * multiplierOfWobble (wobble, wobbleDepth[i]));
-        }
-
-        wobblePhase[i] = wobble;
-        phases[k] = lfo[i].phases();
-    }
+    std::array<Phases::Values, extent == 1 ? 1 : TickBatch::maxTicks> passed;
+    std::array<float, extent == 1 ? 1 : TickBatch::maxTicks> outputs;
+    auto& generator = lfo[i];
+    auto phases = generator.phases();
+    auto frequency = 0.0f;
 
     for (std::size_t n = 0; n < numTicks; ++n)
-        for (std::size_t k = 0; k < count; ++k)
-        {
-            const auto i = firstLfo + k;
-
-            if constexpr (extent == 1)
-            {
-                lfo[i].advance (phases[k]);
-            }
-            else
-            {
-                if (const auto phase = jumpOf (ticks, i, firstTick + n, phases[k].now.template get<Phases::a>()))
-                    lfo[i].jump (phases[k], *phase);
-
-                phases[k].advance();
-            }
-
-            passed[k][n] = phases[k].now.values();
-
-            if (n < numFrequencies[k])
-                phases[k].setFrequency (frequencies[k][n], ticks.tickRate);
-        }
-
-    for (std::size_t k = 0; k < count; ++k)
     {
-        const auto i = firstLfo + k;
-        const auto& settings = ticks.snapshot.lfo[i];
+        if constexpr (extent == 1)
+            generator.advance (phases);
+        else
+            advanceSteady (ticks, firstTick + n, i, phases);
 
-        lfo[i].setPhases (phases[k]);
-        lfo[i].render<extent> (std::span<const Phases::Values, extent> (passed[k].data(), numTicks),
-                               std::span<float, extent> (outputs.data(), numTicks));
-        lfo[i].amplitude = 1.0f;
-        lfo[i].setShape (settings.shape, ticks.tickRate, frequencies[k][numFrequencies[k] - 1]);
+        passed[n] = phases.now.values();
 
-        // What is routed nowhere is added too: 0 times NaN is heard.
-        for (std::size_t n = 0; n < numTicks; ++n)
-            ticks.modulation[firstTick + n] =
-                ticks.modulation[firstTick + n] + settings.depths * FloatQuad::all (outputs[n]);
+        // Without wobble and tempo one frequency serves all ticks.
+        if (n == 0 || ! isFree (settings))
+        {
+            frequency = nextFrequency (settings, ticks.bpm[firstTick + n], multiplier, i);
+            phases.setFrequency (frequency, ticks.tickRate);
+        }
     }
 
+    generator.setPhases (phases);
+    generator.render<extent> (std::span<const Phases::Values, extent> (passed.data(), numTicks),
+                              std::span<float, extent> (outputs.data(), numTicks));
+    generator.amplitude = 1.0f;
+    generator.setShape (settings.shape, ticks.tickRate, frequency);
+
+    // What is routed nowhere is added too: 0 times NaN is heard.
+    for (std::size_t n = 0; n < numTicks; ++n)
+        ticks.modulation[firstTick + n] =
+            ticks.modulation[firstTick + n] + settings.depths * FloatQuad::all (outputs[n]);
+
     return outputs[numTicks - 1];
+}
+
+/** One tick of the phases of a steady LFO. */
+inline void LfoBank::advanceSteady (const TickBatch& ticks, std::size_t tick, std::size_t i, Phases& phases) noexcept
+{
+    if (const auto phase = jumpOf (ticks, i, tick, phases.now.get<Phases::a>()))
+        lfo[i].jump (phases, *phase);
+
+    phases.advance();
+}
+
+/** Moves the wobble on by one tick and gives the frequency that follows from it, in hertz. */
+inline float LfoBank::nextFrequency (const Settings& settings, double bpm, float multiplier, std::size_t i) noexcept
+{
+    wobblePhase[i] += wobbleStep[i];
+
+    if (wobblePhase[i] >= 1.0f)
+        wobblePhase[i] = 0.0f;
+
+    if (wobbleDepth[i] > wobbleThreshold)
+        multiplier *= square (triangleOf (wobblePhase[i]) * wobbleDepth[i] + 1.0f);
+
+    return frequencyOf (settings, bpm, multiplier);
 }
 
 /** Sets the steps of both LFOs to the bars of the song. */

@@ -40,9 +40,13 @@ public:
 private:
     void setWobble (const ParameterSnapshot::Lfo& settings, double rate, std::size_t i) noexcept;
 
-    template <std::size_t extent, std::size_t count>
-    float advanceAndRoute (TickBatch& ticks, std::size_t firstTick, std::size_t firstLfo, float multiplier) noexcept;
+    template <std::size_t extent>
+    float advanceAndRoute (TickBatch& ticks, std::size_t firstTick, std::size_t i, float multiplier) noexcept;
 
+    inline void advanceSteady (const TickBatch& ticks, std::size_t tick, std::size_t i,
+                               LfoGenerator::Phases& phases) noexcept;
+    inline float nextFrequency (const ParameterSnapshot::Lfo& settings, double bpm, float multiplier,
+                                std::size_t i) noexcept;
     inline void advanceCoupled (TickBatch& ticks, std::size_t tick, juce::AudioPlayHead* transport);
     void lockToBars (const TickBatch& ticks, float barMultiple, juce::AudioPlayHead* transport);
 

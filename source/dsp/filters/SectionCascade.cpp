@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cassert>
 #include <span>
+#include <type_traits>
 #include <utility>
 
 #include "dsp/simd/StagePipeline.h"
@@ -15,55 +16,37 @@ using Section = SectionCascade::Section;
 /** Sections in one pipeline at the most: four of them keep the processor busy, and their delay lines in its registers. */
 constexpr std::size_t maxPipelineSections = 4;
 
-/** The same coefficients for all frames. */
-struct StandingCoefficients
+/** A coefficient of each section of a pipeline: one for all frames, or one for each. */
+template <bool perFrame>
+class Coefficient
 {
-    explicit StandingCoefficients (std::span<const Section> sections) noexcept
+public:
+    template <std::size_t... i>
+    Coefficient (std::span<const Section> sections, const double* Section::*values, std::index_sequence<i...>) noexcept
+        : perSection { valueOf (sections[i].*values)... }
     {
-        for (std::size_t i = 0; i < sections.size(); ++i)
-        {
-            gains[i] = StereoPair::both (*sections[i].gain);
-            feedbacks1[i] = StereoPair::both (*sections[i].feedback1);
-            feedbacks2[i] = StereoPair::both (*sections[i].feedback2);
-        }
     }
 
-    [[nodiscard]] StereoPair gain (std::size_t i, std::size_t) const noexcept { return gains[i]; }
-    [[nodiscard]] StereoPair feedback1 (std::size_t i, std::size_t) const noexcept { return feedbacks1[i]; }
-    [[nodiscard]] StereoPair feedback2 (std::size_t i, std::size_t) const noexcept { return feedbacks2[i]; }
-
-    std::array<StereoPair, maxPipelineSections> gains, feedbacks1, feedbacks2;
-};
-
-/** Coefficients of each frame's own. */
-struct PerFrameCoefficients
-{
-    explicit PerFrameCoefficients (std::span<const Section> sections) noexcept
+    [[nodiscard]] StereoPair at (std::size_t section, std::size_t frame) const noexcept
     {
-        for (std::size_t i = 0; i < sections.size(); ++i)
-        {
-            gains[i] = sections[i].gain;
-            feedbacks1[i] = sections[i].feedback1;
-            feedbacks2[i] = sections[i].feedback2;
-        }
+        if constexpr (perFrame)
+            return StereoPair::both (perSection[section][frame]);
+        else
+            return perSection[section];
     }
 
-    [[nodiscard]] StereoPair gain (std::size_t i, std::size_t frame) const noexcept
+private:
+    using Value = std::conditional_t<perFrame, const double*, StereoPair>;
+
+    [[nodiscard]] static Value valueOf (const double* values) noexcept
     {
-        return StereoPair::both (gains[i][frame]);
+        if constexpr (perFrame)
+            return values;
+        else
+            return StereoPair::both (*values);
     }
 
-    [[nodiscard]] StereoPair feedback1 (std::size_t i, std::size_t frame) const noexcept
-    {
-        return StereoPair::both (feedbacks1[i][frame]);
-    }
-
-    [[nodiscard]] StereoPair feedback2 (std::size_t i, std::size_t frame) const noexcept
-    {
-        return StereoPair::both (feedbacks2[i][frame]);
-    }
-
-    std::array<const double*, maxPipelineSections> gains, feedbacks1, feedbacks2;
+    std::array<Value, maxPipelineSections> perSection;
 };
 
 /** Where a pipeline takes its frames from and leaves them: frames in double precision, or samples. */
@@ -90,14 +73,15 @@ struct Samples
 
 /** The stages of a pipeline. The coefficients stay in memory: the registers are for the delay lines, which every frame waits
     for. */
-template <typename Coefficients, std::size_t numSections, typename Source, typename Sink>
+template <bool perFrame, std::size_t numSections, typename Source, typename Sink>
 class SectionStages
 {
 public:
     template <std::size_t... i>
-    SectionStages (std::span<const Section> sections, const Coefficients& newCoefficients, Source newSource,
-                   Frames between, Sink newSink, std::index_sequence<i...>) noexcept
-        : coefficients (newCoefficients), source (newSource), frames (between),
+    SectionStages (std::span<const Section> sections, Source newSource, Frames between, Sink newSink,
+                   std::index_sequence<i...> all) noexcept
+        : gain (sections, &Section::gain, all), feedback1 (sections, &Section::feedback1, all),
+          feedback2 (sections, &Section::feedback2, all), source (newSource), frames (between),
           sink (newSink), numeratorMiddle { StereoPair::both (sections[i].numeratorMiddle)... },
           w1 { *sections[i].w1... }, w2 { *sections[i].w2... }
     {
@@ -107,8 +91,8 @@ public:
     void process (std::size_t frame) noexcept
     {
         const auto x = load<i> (frame);
-        const auto w0 = w1[i] * coefficients.feedback1 (i, frame) + coefficients.feedback2 (i, frame) * w2[i] + x;
-        const auto y = (numeratorMiddle[i] * w1[i] + w0 + w2[i]) * coefficients.gain (i, frame);
+        const auto w0 = w1[i] * feedback1.at (i, frame) + feedback2.at (i, frame) * w2[i] + x;
+        const auto y = (numeratorMiddle[i] * w1[i] + w0 + w2[i]) * gain.at (i, frame);
         w2[i] = w1[i];
         w1[i] = w0;
 
@@ -135,7 +119,7 @@ private:
             return frames.load (frame);
     }
 
-    const Coefficients& coefficients;
+    const Coefficient<perFrame> gain, feedback1, feedback2;
     const Source source;
     const Frames frames;
     const Sink sink;
@@ -143,42 +127,40 @@ private:
     std::array<StereoPair, numSections> w1, w2;
 };
 
-template <typename Coefficients, typename Source, typename Sink, std::size_t numSections>
+template <bool perFrame, typename Source, typename Sink, std::size_t numSections>
 void processSections (std::span<const Section> sections, Source source, Frames between, Sink sink,
                       std::size_t numFrames) noexcept
 {
     constexpr auto all = std::make_index_sequence<numSections> {};
-    const Coefficients coefficients (sections);
 
-    SectionStages<Coefficients, numSections, Source, Sink> stages (sections, coefficients, source, between, sink, all);
+    SectionStages<perFrame, numSections, Source, Sink> stages (sections, source, between, sink, all);
     StagePipeline<numSections>::process (stages, numFrames);
     stages.keepDelayLines (sections, all);
 }
 
 /** One pipeline, of one to maxPipelineSections sections. */
-template <typename Coefficients, typename Source, typename Sink>
+template <bool perFrame, typename Source, typename Sink>
 void processPipeline (std::span<const Section> sections, Source source, Frames between, Sink sink,
                       std::size_t numFrames) noexcept
 {
-    static constexpr std::array pipelines { processSections<Coefficients, Source, Sink, 1>,
-                                            processSections<Coefficients, Source, Sink, 2>,
-                                            processSections<Coefficients, Source, Sink, 3>,
-                                            processSections<Coefficients, Source, Sink, 4> };
+    static constexpr std::array pipelines { processSections<perFrame, Source, Sink, 1>,
+                                            processSections<perFrame, Source, Sink, 2>,
+                                            processSections<perFrame, Source, Sink, 3>,
+                                            processSections<perFrame, Source, Sink, 4> };
     static_assert (pipelines.size() == maxPipelineSections);
 
     pipelines[sections.size() - 1](sections, source, between, sink, numFrames);
 }
 
 /** All sections, in as many pipelines as they need. */
-template <typename Coefficients>
+template <bool perFrame>
 void processFrames (std::span<const Section> sections, StereoBlock block) noexcept
 {
     const Frames frames { block.data() };
 
     for (std::size_t first = 0; first < sections.size(); first += maxPipelineSections)
-        processPipeline<Coefficients> (
-            sections.subspan (first, std::min (maxPipelineSections, sections.size() - first)), frames, frames, frames,
-            block.size());
+        processPipeline<perFrame> (sections.subspan (first, std::min (maxPipelineSections, sections.size() - first)),
+                                   frames, frames, frames, block.size());
 }
 
 /** Converts the samples on the way: the conversion overlaps with the first and the last section. At least one section, and
@@ -189,11 +171,11 @@ void processSamples (std::span<const Section> sections, SampleBlock block, Stere
     const Frames between { storage };
 
     if (sections.size() <= maxPipelineSections)
-        return processPipeline<StandingCoefficients> (sections, samples, between, samples, block.size);
+        return processPipeline<false> (sections, samples, between, samples, block.size);
 
     const auto half = sections.size() / 2;
-    processPipeline<StandingCoefficients> (sections.first (half), samples, between, between, block.size);
-    processPipeline<StandingCoefficients> (sections.subspan (half), between, between, samples, block.size);
+    processPipeline<false> (sections.first (half), samples, between, between, block.size);
+    processPipeline<false> (sections.subspan (half), between, between, samples, block.size);
 }
 } // namespace
 
@@ -225,9 +207,9 @@ StereoBlock SectionCascade::processed() noexcept
     const auto added = std::span<const Section> (sections).first (numSections);
 
     if (coefficients == Coefficients::standing)
-        processFrames<StandingCoefficients> (added, frames);
+        processFrames<false> (added, frames);
     else
-        processFrames<PerFrameCoefficients> (added, frames);
+        processFrames<true> (added, frames);
 
     numSections = 0;
     return frames;

@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <functional>
 
 /** Numbers side by side, for processors without lanes of their own. */
 template <typename Number, std::size_t numLanes>
@@ -54,36 +55,21 @@ public:
         return each ([this] (std::size_t i) { return std::abs (lanes[i]); });
     }
 
-    friend PlainLanes operator+ (PlainLanes a, PlainLanes b) noexcept
-    {
-        return each ([=] (std::size_t i) { return a.lanes[i] + b.lanes[i]; });
-    }
-
-    friend PlainLanes operator- (PlainLanes a, PlainLanes b) noexcept
-    {
-        return each ([=] (std::size_t i) { return a.lanes[i] - b.lanes[i]; });
-    }
-
-    friend PlainLanes operator* (PlainLanes a, PlainLanes b) noexcept
-    {
-        return each ([=] (std::size_t i) { return a.lanes[i] * b.lanes[i]; });
-    }
-
-    friend PlainLanes operator/ (PlainLanes a, PlainLanes b) noexcept
-    {
-        return each ([=] (std::size_t i) { return a.lanes[i] / b.lanes[i]; });
-    }
+    friend PlainLanes operator+ (PlainLanes a, PlainLanes b) noexcept { return each (a, b, std::plus {}); }
+    friend PlainLanes operator- (PlainLanes a, PlainLanes b) noexcept { return each (a, b, std::minus {}); }
+    friend PlainLanes operator* (PlainLanes a, PlainLanes b) noexcept { return each (a, b, std::multiplies {}); }
+    friend PlainLanes operator/ (PlainLanes a, PlainLanes b) noexcept { return each (a, b, std::divides {}); }
 
     /** a where it is less than b, and b elsewhere. */
     [[nodiscard]] friend PlainLanes lesserOf (PlainLanes a, PlainLanes b) noexcept
     {
-        return each ([=] (std::size_t i) { return a.lanes[i] < b.lanes[i] ? a.lanes[i] : b.lanes[i]; });
+        return each (a, b, [] (Number x, Number y) { return x < y ? x : y; });
     }
 
     /** a where it is greater than b, and b elsewhere. */
     [[nodiscard]] friend PlainLanes greaterOf (PlainLanes a, PlainLanes b) noexcept
     {
-        return each ([=] (std::size_t i) { return a.lanes[i] > b.lanes[i] ? a.lanes[i] : b.lanes[i]; });
+        return each (a, b, [] (Number x, Number y) { return x > y ? x : y; });
     }
 
     /** x where a is greater than b, and y elsewhere. */
@@ -98,29 +84,17 @@ public:
         return each ([=] (std::size_t i) { return a.lanes[i] >= b.lanes[i] ? x.lanes[i] : y.lanes[i]; });
     }
 
-    // What only a pair of channels has.
+    // What only a pair of channels has: the same number on both sides, two samples exactly, both sides rounded, each side.
+    [[nodiscard]] static PlainLanes both (double x) noexcept { return { x, x }; }
+    [[nodiscard]] static PlainLanes widened (float l, float r) noexcept { return { (double) l, (double) r }; }
+    [[nodiscard]] double left() const noexcept { return lanes[0]; }
+    [[nodiscard]] double right() const noexcept { return lanes[1]; }
 
-    /** The same number on both sides. */
-    [[nodiscard]] static PlainLanes both (double x) noexcept requires (numLanes == 2) { return { x, x }; }
-
-    /** Two samples, exactly. */
-    [[nodiscard]] static PlainLanes widened (float left, float right) noexcept requires (numLanes == 2)
+    void narrowTo (float& l, float& r) const noexcept
     {
-        return { (double) left, (double) right };
+        l = (float) lanes[0];
+        r = (float) lanes[1];
     }
-
-    /** Rounds both sides. */
-    void narrowTo (float& left, float& right) const noexcept requires (numLanes == 2)
-    {
-        left = (float) lanes[0];
-        right = (float) lanes[1];
-    }
-
-    /** The left side alone. */
-    [[nodiscard]] double left() const noexcept requires (numLanes == 2) { return lanes[0]; }
-
-    /** The right side alone. */
-    [[nodiscard]] double right() const noexcept requires (numLanes == 2) { return lanes[1]; }
 
 private:
     template <typename Result>
@@ -132,6 +106,12 @@ private:
             values[i] = result (i);
 
         return PlainLanes (values);
+    }
+
+    template <typename Result>
+    [[nodiscard]] static PlainLanes each (const PlainLanes& a, const PlainLanes& b, Result result) noexcept
+    {
+        return each ([&] (std::size_t i) { return result (a.lanes[i], b.lanes[i]); });
     }
 
     Values lanes;

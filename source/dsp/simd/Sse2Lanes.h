@@ -14,7 +14,7 @@ public:
     StereoPair() noexcept = default;
 
     /** The two sides. */
-    StereoPair (double left, double right) noexcept : pair (_mm_set_pd (right, left)) {}
+    StereoPair (double left, double right) noexcept : v (_mm_set_pd (right, left)) {}
 
     /** The same number on both sides. */
     [[nodiscard]] static StereoPair both (double x) noexcept { return StereoPair (_mm_set1_pd (x)); }
@@ -28,42 +28,24 @@ public:
     /** Rounds both sides. */
     void narrowTo (float& left, float& right) const noexcept
     {
-        const auto narrow = _mm_cvtpd_ps (pair);
+        const auto narrow = _mm_cvtpd_ps (v);
         left = _mm_cvtss_f32 (narrow);
         right = _mm_cvtss_f32 (_mm_shuffle_ps (narrow, narrow, 1));
     }
 
     /** The left side alone. */
-    [[nodiscard]] double left() const noexcept { return _mm_cvtsd_f64 (pair); }
+    [[nodiscard]] double left() const noexcept { return _mm_cvtsd_f64 (v); }
 
     /** The right side alone. */
-    [[nodiscard]] double right() const noexcept { return _mm_cvtsd_f64 (_mm_unpackhi_pd (pair, pair)); }
+    [[nodiscard]] double right() const noexcept { return _mm_cvtsd_f64 (_mm_unpackhi_pd (v, v)); }
 
     /** Each side without its sign. */
-    [[nodiscard]] StereoPair magnitude() const noexcept
-    {
-        return StereoPair (_mm_andnot_pd (_mm_set1_pd (-0.0), pair));
-    }
+    [[nodiscard]] StereoPair magnitude() const noexcept { return StereoPair (_mm_andnot_pd (_mm_set1_pd (-0.0), v)); }
 
-    friend StereoPair operator+ (StereoPair a, StereoPair b) noexcept
-    {
-        return StereoPair (_mm_add_pd (a.pair, b.pair));
-    }
-
-    friend StereoPair operator- (StereoPair a, StereoPair b) noexcept
-    {
-        return StereoPair (_mm_sub_pd (a.pair, b.pair));
-    }
-
-    friend StereoPair operator* (StereoPair a, StereoPair b) noexcept
-    {
-        return StereoPair (_mm_mul_pd (a.pair, b.pair));
-    }
-
-    friend StereoPair operator/ (StereoPair a, StereoPair b) noexcept
-    {
-        return StereoPair (_mm_div_pd (a.pair, b.pair));
-    }
+    friend StereoPair operator+ (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_add_pd (a.v, b.v)); }
+    friend StereoPair operator- (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_sub_pd (a.v, b.v)); }
+    friend StereoPair operator* (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_mul_pd (a.v, b.v)); }
+    friend StereoPair operator/ (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_div_pd (a.v, b.v)); }
 
     /** Converts the samples of four frames to double. */
     friend void widenFour (const float* left, const float* right, StereoPair* pairs) noexcept
@@ -72,25 +54,25 @@ public:
         const auto r = _mm_loadu_ps (right);
         const auto first = _mm_unpacklo_ps (l, r);
         const auto second = _mm_unpackhi_ps (l, r);
-        pairs[0].pair = _mm_cvtps_pd (first);
-        pairs[1].pair = _mm_cvtps_pd (_mm_movehl_ps (first, first));
-        pairs[2].pair = _mm_cvtps_pd (second);
-        pairs[3].pair = _mm_cvtps_pd (_mm_movehl_ps (second, second));
+        pairs[0].v = _mm_cvtps_pd (first);
+        pairs[1].v = _mm_cvtps_pd (_mm_movehl_ps (first, first));
+        pairs[2].v = _mm_cvtps_pd (second);
+        pairs[3].v = _mm_cvtps_pd (_mm_movehl_ps (second, second));
     }
 
     /** Converts four frames back to float. */
     friend void narrowFour (const StereoPair* pairs, float* left, float* right) noexcept
     {
-        const auto first = _mm_movelh_ps (_mm_cvtpd_ps (pairs[0].pair), _mm_cvtpd_ps (pairs[1].pair));
-        const auto second = _mm_movelh_ps (_mm_cvtpd_ps (pairs[2].pair), _mm_cvtpd_ps (pairs[3].pair));
+        const auto first = _mm_movelh_ps (_mm_cvtpd_ps (pairs[0].v), _mm_cvtpd_ps (pairs[1].v));
+        const auto second = _mm_movelh_ps (_mm_cvtpd_ps (pairs[2].v), _mm_cvtpd_ps (pairs[3].v));
         _mm_storeu_ps (left, _mm_shuffle_ps (first, second, _MM_SHUFFLE (2, 0, 2, 0)));
         _mm_storeu_ps (right, _mm_shuffle_ps (first, second, _MM_SHUFFLE (3, 1, 3, 1)));
     }
 
 private:
-    explicit StereoPair (__m128d newPair) noexcept : pair (newPair) {}
+    explicit StereoPair (__m128d newPair) noexcept : v (newPair) {}
 
-    __m128d pair;
+    __m128d v;
 };
 
 /** Four floats in one register. What the control side has four of, it moves together. */
@@ -103,8 +85,8 @@ public:
     /** Not initialised, unless by braces. */
     FloatQuad() noexcept = default;
 
-    FloatQuad (float a, float b, float c, float d) noexcept : quad (_mm_setr_ps (a, b, c, d)) {}
-    explicit FloatQuad (const Values& values) noexcept : quad (_mm_loadu_ps (values.data())) {}
+    FloatQuad (float a, float b, float c, float d) noexcept : v (_mm_setr_ps (a, b, c, d)) {}
+    explicit FloatQuad (const Values& values) noexcept : v (_mm_loadu_ps (values.data())) {}
 
     /** The same number four times. */
     [[nodiscard]] static FloatQuad all (float x) noexcept { return FloatQuad (_mm_set1_ps (x)); }
@@ -112,7 +94,7 @@ public:
     [[nodiscard]] Values values() const noexcept
     {
         Values result;
-        _mm_storeu_ps (result.data(), quad);
+        _mm_storeu_ps (result.data(), v);
         return result;
     }
 
@@ -120,7 +102,7 @@ public:
     template <std::size_t lane>
     [[nodiscard]] float get() const noexcept
     {
-        return _mm_cvtss_f32 (_mm_shuffle_ps (quad, quad, (int) lane));
+        return _mm_cvtss_f32 (_mm_shuffle_ps (v, v, (int) lane));
     }
 
     /** The same but for one lane. */
@@ -133,44 +115,44 @@ public:
     }
 
     /** Each without its sign. */
-    [[nodiscard]] FloatQuad magnitude() const noexcept { return FloatQuad (_mm_andnot_ps (_mm_set1_ps (-0.0f), quad)); }
+    [[nodiscard]] FloatQuad magnitude() const noexcept { return FloatQuad (_mm_andnot_ps (_mm_set1_ps (-0.0f), v)); }
 
-    friend FloatQuad operator+ (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_add_ps (a.quad, b.quad)); }
-    friend FloatQuad operator- (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_sub_ps (a.quad, b.quad)); }
-    friend FloatQuad operator* (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_mul_ps (a.quad, b.quad)); }
-    friend FloatQuad operator/ (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_div_ps (a.quad, b.quad)); }
+    friend FloatQuad operator+ (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_add_ps (a.v, b.v)); }
+    friend FloatQuad operator- (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_sub_ps (a.v, b.v)); }
+    friend FloatQuad operator* (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_mul_ps (a.v, b.v)); }
+    friend FloatQuad operator/ (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_div_ps (a.v, b.v)); }
 
     /** a where it is less than b, and b elsewhere. */
     [[nodiscard]] friend FloatQuad lesserOf (FloatQuad a, FloatQuad b) noexcept
     {
-        return FloatQuad (_mm_min_ps (a.quad, b.quad));
+        return FloatQuad (_mm_min_ps (a.v, b.v));
     }
 
     /** a where it is greater than b, and b elsewhere. */
     [[nodiscard]] friend FloatQuad greaterOf (FloatQuad a, FloatQuad b) noexcept
     {
-        return FloatQuad (_mm_max_ps (a.quad, b.quad));
+        return FloatQuad (_mm_max_ps (a.v, b.v));
     }
 
     /** x where a is greater than b, and y elsewhere. */
     [[nodiscard]] friend FloatQuad whereGreater (FloatQuad a, FloatQuad b, FloatQuad x, FloatQuad y) noexcept
     {
-        return choose (_mm_cmpgt_ps (a.quad, b.quad), x, y);
+        return choose (_mm_cmpgt_ps (a.v, b.v), x, y);
     }
 
     /** x where a is at least b, and y elsewhere. */
     [[nodiscard]] friend FloatQuad whereAtLeast (FloatQuad a, FloatQuad b, FloatQuad x, FloatQuad y) noexcept
     {
-        return choose (_mm_cmpge_ps (a.quad, b.quad), x, y);
+        return choose (_mm_cmpge_ps (a.v, b.v), x, y);
     }
 
 private:
-    explicit FloatQuad (__m128 newQuad) noexcept : quad (newQuad) {}
+    explicit FloatQuad (__m128 newQuad) noexcept : v (newQuad) {}
 
     [[nodiscard]] static FloatQuad choose (__m128 mask, FloatQuad x, FloatQuad y) noexcept
     {
-        return FloatQuad (_mm_or_ps (_mm_and_ps (mask, x.quad), _mm_andnot_ps (mask, y.quad)));
+        return FloatQuad (_mm_or_ps (_mm_and_ps (mask, x.v), _mm_andnot_ps (mask, y.v)));
     }
 
-    __m128 quad;
+    __m128 v;
 };
