@@ -183,7 +183,7 @@ template <typename Filter>
     {
         const auto x = std::sin (0.13 * i) * i / 48000.0;
         StereoPair frame (x, x);
-        inUse.addResonance (std::span<const float> (&amount, 1), FrameRun (&frame, 1));
+        inUse.addResonance (amount, StereoBlock (&frame, 1));
 
         auto left = x, right = x;
         beside.process (left, right);
