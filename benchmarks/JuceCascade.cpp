@@ -26,7 +26,7 @@ JuceCascade::JuceCascade (int order, double newRate, Sharing sharing)
     : rate (newRate), highpass ((std::size_t) order / 2), lowpass ((std::size_t) order / 2)
 {
     for (auto* cascade : { &highpass, &lowpass })
-        for (size_t i = 0; i < cascade->size(); ++i)
+        for (std::size_t i = 0; i < cascade->size(); ++i)
         {
             auto& section = (*cascade)[i];
             const auto poleAngle = juce::MathConstants<double>::pi * (2.0 * (double) i + 1.0) / (2.0 * order);
@@ -64,7 +64,7 @@ void JuceCascade::process (juce::dsp::AudioBlock<double> block)
 {
     for (auto* cascade : { &highpass, &lowpass })
         for (auto& section : *cascade)
-            for (size_t channel = 0; channel < 2; ++channel)
+            for (std::size_t channel = 0; channel < 2; ++channel)
             {
                 auto single = block.getSingleChannelBlock (channel);
                 section.channels[channel].process (juce::dsp::ProcessContextReplacing<double> (single));

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <utility>
 
-#include "dsp/engine/SlewBank.h"
 #include "frame/PluginIdentity.h"
 #include "parameters/ParameterTable.h"
 
@@ -111,15 +110,10 @@ void MainAudioProcessor::updateControlRate (TickBatch& ticks)
         mapToHertzAndAmounts (slews.values(), ticks, tick);
     }
 
-    takeAmounts (ticks);
-
-    slews.keepIn (hpFreqSlew, lpFreqSlew, hpResoSlew, lpResoSlew);
+    takeSlews (slews, ticks);
     filters.design (ticks);
+    stayAwake (slews);
     ticks.firstPending = ticks.size;
-
-    // A tick that can be batched has asked for the next one when it was collected.
-    if (! snapshot.canBeBatched() && (snapshot.active || slews.areGliding()))
-        requestControlUpdate();
 }
 
 // Rate and transport. They are asked for each tick in its place on the clock, and the host may turn a knob when it is asked.
@@ -203,10 +197,18 @@ void MainAudioProcessor::addFrequencer (TickBatch& ticks) noexcept
         stepLit[j] = stepsOn[j];
 }
 
-void MainAudioProcessor::takeAmounts (const TickBatch& ticks) noexcept
+void MainAudioProcessor::takeSlews (const SlewBank& slews, const TickBatch& ticks) noexcept
 {
+    slews.keepIn (hpFreqSlew, lpFreqSlew, hpResoSlew, lpResoSlew);
     hpResonance = ticks.hpResonance[ticks.size - 1];
     lpResonance = ticks.lpResonance[ticks.size - 1];
+}
+
+void MainAudioProcessor::stayAwake (const SlewBank& slews) noexcept
+{
+    // A tick that can be batched has asked for the next one when it was collected.
+    if (! snapshot.canBeBatched() && (snapshot.active || slews.areGliding()))
+        requestControlUpdate();
 }
 
 std::pair<float, float> MainAudioProcessor::processFrame (float left, float right)

@@ -13,6 +13,7 @@
 #include "dsp/engine/FilterChain.h"
 #include "dsp/engine/LfoBank.h"
 #include "dsp/engine/ParameterSnapshot.h"
+#include "dsp/engine/SlewBank.h"
 #include "dsp/engine/TickBatch.h"
 #include "dsp/filters/ButterworthFilter.h"
 #include "dsp/filters/GrungeLadder.h"
@@ -100,7 +101,8 @@ private:
     [[nodiscard]] SongPosition queryTransport();
     void takeSlopes (const TickBatch& ticks) noexcept;
     void addFrequencer (TickBatch& ticks) noexcept;
-    void takeAmounts (const TickBatch& ticks) noexcept;
+    void takeSlews (const SlewBank& slews, const TickBatch& ticks) noexcept;
+    void stayAwake (const SlewBank& slews) noexcept;
 
     // The frames, asleep and awake.
     [[nodiscard]] std::size_t processAsleep (SampleBlock samples) noexcept;

@@ -198,7 +198,7 @@ inline void LfoBank::advanceCoupled (TickBatch& ticks, std::size_t tick, juce::A
     }
 }
 
-/** One LFO through ticks in a row: one tick (extent 1), or all from the first on, which moves nothing but the phases of a
+/** One LFO through consecutive ticks: one (extent 1), or all from the first on, which moves nothing but the phases of a
     steady LFO. First the phases go through all ticks, in a loop that keeps them in registers, and then come the waves.
     @param multiplier  of the speed, which the other LFO has set
     @returns the last output */

@@ -11,8 +11,8 @@
 /** The two LFOs as a tick moves them: their speed wobble, their lock to the tempo, their advance, what they modulate, and
     how each moves the other's speed.
 
-    Everything is written for ticks in a row; a tick by itself is a row of one. As long as the LFOs do not listen to each
-    other, or to the bars, all ticks of a batch are done for one of them and then for the other.
+    Everything is written for consecutive ticks; a tick by itself is one of them. As long as the LFOs neither listen to each
+    other nor to the bars, all ticks of a batch are done for one LFO and then for the other.
     Audio thread only; never allocates. */
 class LfoBank
 {

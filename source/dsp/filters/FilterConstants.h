@@ -10,7 +10,7 @@ inline constexpr double quarterPi = 0.7853981633974483;
 /** Just below half the rate, where the tangent of the prewarping still is finite: 0.498 as a float. */
 inline constexpr double maxCutoffOverRate = 0.49799999594688416;
 
-/** A cutoff that is no number stays none. */
+/** A NaN stays NaN. */
 [[nodiscard]] inline double limitCutoff (double cutoff, double sampleRate) noexcept
 {
     const auto limit = maxCutoffOverRate * sampleRate;

@@ -3,7 +3,6 @@
 
 #include <cassert>
 #include <cmath>
-#include <type_traits>
 #include <utility>
 
 #include "dsp/filters/FilterConstants.h"
@@ -72,46 +71,38 @@ private:
     std::array<StereoPair, numStages> state;
 };
 
-/** Runs so many stages from the first one on, and sets the first one behind them. */
-template <std::size_t numStages, bool perFrame>
-void processStages (GrungeLadder& ladder, std::size_t& first, const GrungeLadder::Coefficients* coefficients,
+template <bool isHighpass, bool perFrame, std::size_t numStages>
+void processStages (std::span<StereoPair> state, const GrungeLadder::Coefficients* coefficients,
                     StereoBlock frames) noexcept
 {
-    const auto state = std::span<StereoPair> (ladder.state).subspan (first, numStages);
+    constexpr auto all = std::make_index_sequence<numStages> {};
 
-    const auto process = [&] (auto isHighpass)
-    {
-        constexpr auto all = std::make_index_sequence<numStages> {};
+    LadderStages<numStages, isHighpass, perFrame> stages (state, coefficients, frames, all);
+    StagePipeline<numStages>::process (stages, frames.size());
+    stages.keepState (state, all);
+}
 
-        LadderStages<numStages, isHighpass, perFrame> stages (state, coefficients, frames, all);
-        StagePipeline<numStages>::process (stages, frames.size());
-        stages.keepState (state, all);
-    };
-
-    if (ladder.isHighpass)
-        process (std::true_type {});
-    else
-        process (std::false_type {});
-
-    first += numStages;
+/** All stages in one pipeline. */
+template <bool isHighpass, bool perFrame, std::size_t... i>
+void processPipeline (GrungeLadder& ladder, const GrungeLadder::Coefficients* coefficients, StereoBlock frames,
+                      std::index_sequence<i...>) noexcept
+{
+    static constexpr std::array pipelines { processStages<isHighpass, perFrame, i + 1>... };
+    pipelines[(std::size_t) ladder.numStages - 1](ladder.state, coefficients, frames);
 }
 
 template <bool perFrame>
 void processLadder (GrungeLadder& ladder, const GrungeLadder::Coefficients* coefficients, StereoBlock frames) noexcept
 {
-    std::size_t first = 0;
+    constexpr auto all = std::make_index_sequence<GrungeLadder::maxStages> {};
 
-    if (ladder.numStages >= 8)
-        return processStages<8, perFrame> (ladder, first, coefficients, frames);
+    if (ladder.numStages == 0)
+        return;
 
-    if ((ladder.numStages & 4) != 0)
-        processStages<4, perFrame> (ladder, first, coefficients, frames);
-
-    if ((ladder.numStages & 2) != 0)
-        processStages<2, perFrame> (ladder, first, coefficients, frames);
-
-    if ((ladder.numStages & 1) != 0)
-        processStages<1, perFrame> (ladder, first, coefficients, frames);
+    if (ladder.isHighpass)
+        processPipeline<true, perFrame> (ladder, coefficients, frames, all);
+    else
+        processPipeline<false, perFrame> (ladder, coefficients, frames, all);
 }
 
 [[nodiscard]] GrungeLadder::Coefficients configureStage (double cutoff, double resonance, double grungeGain,

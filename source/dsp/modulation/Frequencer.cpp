@@ -15,7 +15,7 @@ constexpr float deadBand = 0.001f;
 constexpr float offsetGain = 20.0f;
 constexpr float sumLimit = 2.0f;
 
-/** Beyond it, and for a position that is no number, half beats are not counted in an integer. */
+/** Beyond it, and for NaN, half beats are not counted in an integer. */
 constexpr double countableBeats = 4.0e18;
 
 [[nodiscard]] bool outsideDeadBand (float offset) noexcept { return std::abs (offset) > deadBand; }

@@ -22,8 +22,8 @@
 /** One low-frequency oscillator with one bipolar output, -1 to 1, bowed by a curve stage.
 
     It stands still by itself: the control tick advances it, reads it and sets its rate. The fields are open to the tick, and
-    to the window, which shows the output as a dot. What a tick does to one generator is written for one tick and for ticks
-    in a row alike.
+    to the window, which shows the output as a dot. One text serves one tick and consecutive ticks: they take the phases out
+    of the generator, move them, and bring them back.
     Audio thread, but for render, which the window calls too. Never allocates after construction. */
 class LfoGenerator
 {
@@ -257,7 +257,7 @@ private:
     static constexpr double ratioB = 1.28396548763;
     static constexpr double ratioC = 0.82343668762;
 
-    /** What the reference phase moves by: the zero that changes no number when it is added. */
+    /** What the reference phase moves by: the zero whose addition changes no value. */
     static constexpr float standstill = -0.0f;
 
     static constexpr double walkPerHertz = 0.003;
