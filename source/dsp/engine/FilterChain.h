@@ -13,6 +13,7 @@ class FilterChain
 public:
     using Family = ParameterSnapshot::Family;
 
+    /** The six filters, which outlive the chain. */
     FilterChain (ButterworthFilter& newHpFilter, ButterworthFilter& newLpFilter, ResonancePeak& newHpResonator,
                  ResonancePeak& newLpResonator, GrungeLadder& newHpLadder, GrungeLadder& newLpLadder) noexcept
         : hpFilter (newHpFilter), lpFilter (newLpFilter), hpResonator (newHpResonator), lpResonator (newLpResonator),

@@ -35,6 +35,7 @@ struct ParameterSnapshot
         none
     };
 
+    /** The choices of lfo1_sync and lfo2_sync that do something; all others run freely. */
     enum Sync
     {
         wobblySync = 1,
@@ -42,12 +43,14 @@ struct ParameterSnapshot
         tempoSync = 3
     };
 
+    /** What a choice of hp_mode or lp_mode comes to. */
     struct Slope
     {
         std::int32_t poles;
         float peakBandwidth;
     };
 
+    /** What the eleven parameters of an LFO come to. */
     struct Lfo
     {
         int sync;

@@ -43,6 +43,7 @@ public:
         target = lesserOf (raised, FloatQuad::all (1.0f));
     }
 
+    /** One move of each slew. */
     void advance() noexcept { current = advancedLinearly (current, target, step); }
 
     /** Where the slews stand. */
@@ -61,6 +62,7 @@ public:
         return gliding;
     }
 
+    /** Brings the slews back into their records. */
     void keepIn (SlewValue& hpFreq, SlewValue& lpFreq, SlewValue& hpReso, SlewValue& lpReso) const noexcept
     {
         const auto keep = [=, targets = target.values(), currents = current.values(),

@@ -43,12 +43,14 @@ struct TickBatch
         assert (capacity >= 1 && capacity <= maxTicks);
     }
 
+    /** Sets the rate, as long as the batch is empty. */
     void setRate (double newRate) noexcept
     {
         rate = newRate;
         tickRate = LfoGenerator::TickRate ((float) newRate);
     }
 
+    /** Adds a tick, which is pending then. */
     void add (SongPosition position) noexcept
     {
         assert (! isFull());
@@ -57,8 +59,11 @@ struct TickBatch
         ++size;
     }
 
+    /** True if there is no tick. */
     [[nodiscard]] bool isEmpty() const noexcept { return size == 0; }
+    /** True if there is no room for another tick. */
     [[nodiscard]] bool isFull() const noexcept { return size == capacity; }
+    /** True if some tick has not been computed. */
     [[nodiscard]] bool hasPending() const noexcept { return firstPending < size; }
 
     const ParameterSnapshot& snapshot;

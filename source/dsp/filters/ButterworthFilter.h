@@ -36,6 +36,7 @@ public:
     {
         using Values = std::array<double, maxBatchFrames>;
 
+        /** Those of one section. */
         struct Section
         {
             Values gain, feedback1, feedback2;

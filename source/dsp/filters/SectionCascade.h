@@ -29,10 +29,11 @@ public:
     /** Two filters of the highest order. */
     static constexpr std::size_t maxSections = 16;
 
+    /** One number for all frames, or one for each. */
     enum class Coefficients
     {
-        standing, // one number for all frames
-        perFrame  // one number for each frame
+        standing,
+        perFrame
     };
 
     /** One section: its delay line, and where its coefficients lie. */

@@ -29,6 +29,7 @@ struct Sums
 class Pattern
 {
 public:
+    /** Works out what each step adds. */
     explicit Pattern (const Offsets& offsets) noexcept;
 
     /** Some step carries an offset, whether it is on or not. */

@@ -52,6 +52,7 @@ public:
     /** What the generators need of the number of ticks per second, worked out once for all of them. */
     struct TickRate
     {
+        /** Works out what follows from the rate. */
         explicit TickRate (float newTicksPerSecond) noexcept
             : ticksPerSecond (newTicksPerSecond), period (1.0 / (double) ticksPerSecond),
               outputStep (ticksPerSecond > 0.0f ? slewPerSecond / ticksPerSecond : 1.0e20f)
@@ -82,13 +83,14 @@ public:
 
         using Values = FloatQuad::Values;
 
-        /** One step, and the wrap: whatever is at least 1 loses 1, once. */
+        /** One step, and the wrap. */
         void advance() noexcept
         {
             now = now + step;
             wrap();
         }
 
+        /** Whatever is at least 1 loses 1, once. */
         void wrap() noexcept
         {
             const auto one = FloatQuad::all (1.0f);
@@ -146,6 +148,7 @@ public:
         return shape == newShape && shape >= sine && shape < brownian && outputSlew.current == outputSlew.target;
     }
 
+    /** The phases and their steps, taken out. */
     [[nodiscard]] Phases phases() const noexcept
     {
         return { { referencePhase, phaseA, phaseB, phaseC }, { standstill, phaseStepA, phaseStepB, phaseStepC } };

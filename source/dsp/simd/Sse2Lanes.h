@@ -42,9 +42,13 @@ public:
     /** Each side without its sign. */
     [[nodiscard]] StereoPair magnitude() const noexcept { return StereoPair (_mm_andnot_pd (_mm_set1_pd (-0.0), v)); }
 
+    /** Lane by lane. */
     friend StereoPair operator+ (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_add_pd (a.v, b.v)); }
+    /** Lane by lane. */
     friend StereoPair operator- (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_sub_pd (a.v, b.v)); }
+    /** Lane by lane. */
     friend StereoPair operator* (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_mul_pd (a.v, b.v)); }
+    /** Lane by lane. */
     friend StereoPair operator/ (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_div_pd (a.v, b.v)); }
 
     /** Converts the samples of four frames to double. */
@@ -85,12 +89,15 @@ public:
     /** Not initialised, unless by braces. */
     FloatQuad() noexcept = default;
 
+    /** One number for each lane. */
     FloatQuad (float a, float b, float c, float d) noexcept : v (_mm_setr_ps (a, b, c, d)) {}
+    /** The four of an array. */
     explicit FloatQuad (const Values& values) noexcept : v (_mm_loadu_ps (values.data())) {}
 
     /** The same number four times. */
     [[nodiscard]] static FloatQuad all (float x) noexcept { return FloatQuad (_mm_set1_ps (x)); }
 
+    /** All four. */
     [[nodiscard]] Values values() const noexcept
     {
         Values result;
@@ -117,9 +124,13 @@ public:
     /** Each without its sign. */
     [[nodiscard]] FloatQuad magnitude() const noexcept { return FloatQuad (_mm_andnot_ps (_mm_set1_ps (-0.0f), v)); }
 
+    /** Lane by lane. */
     friend FloatQuad operator+ (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_add_ps (a.v, b.v)); }
+    /** Lane by lane. */
     friend FloatQuad operator- (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_sub_ps (a.v, b.v)); }
+    /** Lane by lane. */
     friend FloatQuad operator* (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_mul_ps (a.v, b.v)); }
+    /** Lane by lane. */
     friend FloatQuad operator/ (FloatQuad a, FloatQuad b) noexcept { return FloatQuad (_mm_div_ps (a.v, b.v)); }
 
     /** a where it is less than b, and b elsewhere. */

@@ -16,6 +16,7 @@ template <std::size_t numStages>
 class StagePipeline
 {
 public:
+    /** Sends frames 0 to numFrames - 1 through all stages. */
     template <typename Stages>
     static void process (Stages& stages, std::size_t numFrames) noexcept
     {
