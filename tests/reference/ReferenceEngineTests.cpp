@@ -308,7 +308,7 @@ TEST (ReferenceFrame, ClampsAPositionAsAHostDoes)
 }
 
 //======================================================================================================================
-TEST (ReferenceTick, UsesTheStatedBitsOfItsConstants)
+TEST (ReferenceTick, KeepsTheExactBitsOfItsConstants)
 {
     Engine engine;
     EXPECT_EQ (std::bit_cast<std::uint32_t> (engine.freqExpScale), 0x40DD0C54u);

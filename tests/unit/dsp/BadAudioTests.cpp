@@ -12,7 +12,7 @@
 
 namespace
 {
-constexpr auto notANumber = std::numeric_limits<float>::quiet_NaN();
+constexpr auto quietNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr auto infinity = std::numeric_limits<float>::infinity();
 constexpr double rate = 48000.0;
 
@@ -95,14 +95,14 @@ class BadAudio : public testing::TestWithParam<Signal>
     return frames;
 }
 
-[[nodiscard]] std::size_t countNotANumber (const EngineUnderTest::Frames& frames, float std::pair<float, float>::*side)
+[[nodiscard]] std::size_t countNaNs (const EngineUnderTest::Frames& frames, float std::pair<float, float>::*side)
 {
     return (std::size_t) std::count_if (frames.begin(), frames.end(),
                                         [side] (const auto& frame) { return std::isnan (frame.*side); });
 }
 } // namespace
 
-TEST_P (BadAudio, LeavesAsNumbersThatAreNeitherInfiniteNorSubnormal)
+TEST_P (BadAudio, StaysFiniteAndNeverSubnormal)
 {
     const auto input = framesOf (GetParam(), 24000);
     forEveryFilter ([&input] (EngineUnderTest& engine) { expectSound (engine.run (input)); });
@@ -125,7 +125,7 @@ TEST_P (BadAudio, LeavesSilenceBehindInAButterworthFilterWhenItEnds)
         });
 }
 
-TEST_P (BadAudio, OnlyFallsInALadderWhenItHasEnded)
+TEST_P (BadAudio, NeverRisesInALadderAfterItHasEnded)
 {
     const auto peak = [] (const EngineUnderTest::Frames& frames)
     {
@@ -193,7 +193,7 @@ TEST (BadAudioForMinutes, StaysSoundAtFullResonanceInTheSteepestFilters)
     }
 }
 
-TEST (BadAudioNotANumber, CountsAsTheUpperBoundOnTheLeft)
+TEST (BadAudioNaN, CountsAsTheUpperBoundOnTheLeft)
 {
     forEveryFilter (
         [] (EngineUnderTest& engine)
@@ -204,12 +204,11 @@ TEST (BadAudioNotANumber, CountsAsTheUpperBoundOnTheLeft)
                  { "filtmode", "hp_mode", "lp_mode", "hp_reso", "lp_reso", "hp_freq", "lp_freq" })
                 other.set (id, engine.parameter (id).getValue());
 
-            EXPECT_TRUE (engine.run (withOneBadSample (notANumber, true))
-                         == other.run (withOneBadSample (20.0f, true)));
+            EXPECT_TRUE (engine.run (withOneBadSample (quietNaN, true)) == other.run (withOneBadSample (20.0f, true)));
         });
 }
 
-TEST (BadAudioNotANumber, OnTheRightLeavesTheLeftAsItWouldBe)
+TEST (BadAudioNaN, OnTheRightDoesNotChangeTheLeft)
 {
     forEveryFilter (
         [] (EngineUnderTest& engine)
@@ -220,7 +219,7 @@ TEST (BadAudioNotANumber, OnTheRightLeavesTheLeftAsItWouldBe)
                  { "filtmode", "hp_mode", "lp_mode", "hp_reso", "lp_reso", "hp_freq", "lp_freq" })
                 other.set (id, engine.parameter (id).getValue());
 
-            const auto output = engine.run (withOneBadSample (notANumber, false));
+            const auto output = engine.run (withOneBadSample (quietNaN, false));
             const auto clean = other.run (withOneBadSample (0.0f, false));
             std::size_t numDifferent = 0;
 
@@ -230,22 +229,21 @@ TEST (BadAudioNotANumber, OnTheRightLeavesTheLeftAsItWouldBe)
             EXPECT_EQ (numDifferent, 0u);
 
             // From its frame on, and not before.
-            EXPECT_EQ (countNotANumber (output, &std::pair<float, float>::second), 3000u);
+            EXPECT_EQ (countNaNs (output, &std::pair<float, float>::second), 3000u);
             EXPECT_FALSE (std::isnan (output[999].second));
-            EXPECT_EQ (
-                countNotANumber (engine.run (EngineUnderTest::noise (6, 1000)), &std::pair<float, float>::second),
-                1000u);
+            EXPECT_EQ (countNaNs (engine.run (EngineUnderTest::noise (6, 1000)), &std::pair<float, float>::second),
+                       1000u);
         });
 }
 
-TEST (BadAudioNotANumber, LeavesTheSectionsOfAButterworthFilterWhenTheyAreSwitchedOff)
+TEST (BadAudioNaN, LeavesTheSectionsOfAButterworthFilterWhenTheyAreSwitchedOff)
 {
     for (const auto slope : { 2, 3, 4 })
     {
         EngineUnderTest engine (rate);
         engine.choose ("hp_mode", slope);
         engine.choose ("lp_mode", slope);
-        engine.run (withOneBadSample (notANumber, false));
+        engine.run (withOneBadSample (quietNaN, false));
 
         engine.choose ("hp_mode", 0);
         engine.choose ("lp_mode", 0);
@@ -259,19 +257,18 @@ TEST (BadAudioNotANumber, LeavesTheSectionsOfAButterworthFilterWhenTheyAreSwitch
     }
 }
 
-TEST (BadAudioNotANumber, StaysInALadder)
+TEST (BadAudioNaN, StaysInALadder)
 {
     EngineUnderTest engine (rate);
     engine.choose ("filtmode", 1);
     engine.choose ("hp_mode", 0);
     engine.choose ("lp_mode", 2);
-    engine.run (withOneBadSample (notANumber, false));
+    engine.run (withOneBadSample (quietNaN, false));
     engine.choose ("lp_mode", 0);
     engine.processor.requestControlUpdate();
     expectSound (engine.run (EngineUnderTest::noise (7, 1000)));
 
     engine.choose ("lp_mode", 2);
     engine.processor.requestControlUpdate();
-    EXPECT_EQ (countNotANumber (engine.run (EngineUnderTest::noise (8, 1000)), &std::pair<float, float>::second),
-               1000u);
+    EXPECT_EQ (countNaNs (engine.run (EngineUnderTest::noise (8, 1000)), &std::pair<float, float>::second), 1000u);
 }

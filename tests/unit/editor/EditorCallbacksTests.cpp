@@ -197,7 +197,7 @@ TEST_F (FrequencyLink, CapturesOnAnyKnobButFollowsOnlyFrequencyKnobs)
     EXPECT_TRUE (lowpass.values.empty());
 }
 
-TEST_F (FrequencyLink, TellsTheHostTheUnclampedValueAndStoresTheClampedOne)
+TEST_F (FrequencyLink, TellsTheHostTheUnclampedValueButStoresTheClampedOne)
 {
     start (0.25f, 0.75f);
     clickLink();

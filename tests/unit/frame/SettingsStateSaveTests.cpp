@@ -59,7 +59,7 @@ TEST (SettingsState, WritesItsTextIntoALittleEndianBlockThatEndsInZero)
     EXPECT_EQ (block.find ('\0', 8), block.size() - 1);
 }
 
-TEST (SettingsState, WritesTheWholeTextAsAlways)
+TEST (SettingsState, WritesTheGoldenText)
 {
     MainAudioProcessor processor;
     settings::setAll (processor, settings::distinctValues());

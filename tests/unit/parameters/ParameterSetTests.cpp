@@ -256,7 +256,7 @@ TEST (ParameterSet, HasCountedASettingBeforeListenersHear)
     EXPECT_TRUE (listener.hasMoved);
 }
 
-TEST (ParameterTable, KeepsCycleLengthsAndTheirWordsInStep)
+TEST (ParameterTable, PairsEachCycleLengthWithItsText)
 {
     const MainAudioProcessor processor;
     constexpr std::array lengths { 64.0, 32.0,

@@ -215,7 +215,7 @@ TYPED_TEST (ControlTick, FollowsANewTargetOneTickLater)
     EXPECT_EQ (slew.current, 0.25f / ((float) rate * glideSeconds));
 }
 
-TYPED_TEST (ControlTick, HalvesTheFrequencySumsAndTakesTheResonanceSumsWhole)
+TYPED_TEST (ControlTick, HalvesTheModulationOfFrequenciesButNotOfResonances)
 {
     TypeParam driver;
     const auto& engine = driver.engine;

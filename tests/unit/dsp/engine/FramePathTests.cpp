@@ -92,7 +92,7 @@ TYPED_TEST (FramePath, AsksForATickInEachOfTheFirstFourFrames)
     EXPECT_FALSE (asksForATick (driver));
 }
 
-TYPED_TEST (FramePath, TicksInTheFirstFiveFramesWhereNothingMoves)
+TYPED_TEST (FramePath, TicksInTheFirstFiveFramesWhenNothingMoves)
 {
     // The first tick is pending from the start, and each watched parameter asks for one. The slews stand at 0.
     TypeParam driver;

@@ -234,7 +234,7 @@ TYPED_TEST (FrequencerRouting, StaysAwakeThroughAStepThatIsOff)
     EXPECT_EQ (driver.engine.hpFreqSlew.target, 0.5f);
 }
 
-TYPED_TEST (FrequencerRouting, AddsTheSmallOffsetOfAStepWhoseOtherOffsetIsLarge)
+TYPED_TEST (FrequencerRouting, AddsASmallOffsetWhenTheOtherOffsetOfTheStepIsLarge)
 {
     TypeParam driver;
     driver.set ("seq1_hpf", 0.5005f);

@@ -106,7 +106,7 @@ TYPED_TEST (LfoRouting, HoldsBothLfosAtTheirStartWithoutATransport)
     }
 }
 
-TYPED_TEST (LfoRouting, MovesUnderAStoppedTransportThatStandsAnywhereElse)
+TYPED_TEST (LfoRouting, MovesUnderAStoppedTransportAwayFromZero)
 {
     for (const auto beats : { somewhere, -1.0 })
     {
@@ -328,7 +328,7 @@ TYPED_TEST (LfoRouting, TakesTheShapeOfTheChoiceAtTheEndOfTheTick)
     EXPECT_GT (driver.engine.lpFreqSlew.target, 0.99f);
 }
 
-TYPED_TEST (LfoRouting, MakesASineOfEveryShapeWithoutAPlace)
+TYPED_TEST (LfoRouting, TreatsEveryUnknownShapeAsASine)
 {
     TypeParam driver;
     driver.setTransport (somewhere);
@@ -598,7 +598,7 @@ TYPED_TEST (LfoRouting, IgnoresACrossRouteInsideItsDeadBand)
     }
 }
 
-TYPED_TEST (LfoRouting, LeavesTheRangeOfAShapeWhoseSpeedIsExtremeUnlessTheCurveLimitsIt)
+TYPED_TEST (LfoRouting, LeavesTheRangeAtAnExtremeSpeedUnlessTheCurveLimitsIt)
 {
     for (const auto shape : { triangle, saw, randomTriangles })
     {
@@ -965,7 +965,7 @@ TYPED_TEST (LfoRouting, LocksBothLfosToTheBarsInAReservedShape)
     }
 }
 
-TYPED_TEST (LfoRouting, GivesLfoTwoItsOwnStepsBackWhenLfoOneIsLockedToTheBars)
+TYPED_TEST (LfoRouting, RestoresTheStepsOfLfoTwoWhenLfoOneIsLockedToTheBars)
 {
     TypeParam driver;
     const auto& engine = driver.engine;

@@ -195,7 +195,7 @@ TEST (FilterBlock, ProcessesSamplesAsFramesThatHaveBeenConverted)
             }
 }
 
-TEST (FilterBlock, GivesTheFramesBehindTheSectionsSoFar)
+TEST (FilterBlock, LetsTheCallerChangeFramesBetweenTwoFilters)
 {
     ButterworthFilter first, second;
     first.design (8, true, 300.0, rate);

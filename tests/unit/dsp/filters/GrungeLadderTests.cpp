@@ -251,7 +251,7 @@ TYPED_TEST (GrungeLadders, KeepsTheStateOfStagesThatFallOutOfUse)
     }
 }
 
-TYPED_TEST (GrungeLadders, ResumesALaterStageWhereItStood)
+TYPED_TEST (GrungeLadders, ResumesALaterStageWhereItStopped)
 {
     auto ladder = configured<TypeParam> (2, false, 1000.0, 0.0);
     response::toNoise (ladder, 7, 300);

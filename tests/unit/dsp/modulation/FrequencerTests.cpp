@@ -86,7 +86,7 @@ TEST (Frequencer, RepeatsAfterFiveHundredAndTwelveBeats)
                frequencer::evaluate (257.0, 0.0f, centred()).stepLit);
 }
 
-TEST (Frequencer, StandsPastABoundaryJustBeforeIt)
+TEST (Frequencer, CrossesABoundaryAHundredthOfABeatEarly)
 {
     EXPECT_TRUE (isLit (0.995, 0));
     EXPECT_FALSE (isLit (0.995, 1));

@@ -80,13 +80,13 @@ TEST (TriangleOf, RunsOnInAStraightLineOutsideItsPeriod)
     EXPECT_EQ (triangleOf (1.5f), -3.0f);
 }
 
-TEST (TriangleOf, IsComputedInDoublePrecisionAndNarrowedOnce)
+TEST (TriangleOf, IsComputedInDoubleAndConvertedToFloatOnce)
 {
     for (const auto p : { 0.1f, 0.3333333f, 0.49999997f, 0.7f, 0.9999999f })
         EXPECT_EQ (triangleOf (p), p < 0.5f ? (float) (4.0 * (double) p - 1.0) : (float) ((0.75 - (double) p) * 4.0));
 }
 
-TYPED_TEST (LfoGenerators, StartsAsAStandingTriangle)
+TYPED_TEST (LfoGenerators, StartsAsATriangleAtRest)
 {
     const TypeParam generator;
     EXPECT_EQ (generator.shape, LfoGenerator::triangle);
@@ -152,7 +152,7 @@ TYPED_TEST (LfoGenerators, ScalesEveryShapeByItsAmplitude)
     EXPECT_EQ (walk.outputSlew.target, 0.375f);
 }
 
-TYPED_TEST (LfoGenerators, IsSilentInAShapeThatIsNone)
+TYPED_TEST (LfoGenerators, IsSilentInAnUnknownShape)
 {
     for (const auto shape : { -1, 8, 29 })
         EXPECT_EQ (outputOf<TypeParam> (shape, 0.3f), 0.0f);
@@ -258,7 +258,7 @@ TYPED_TEST (LfoGenerators, StopsTheMainPhaseAndFreesTheOutputWithoutARate)
     }
 }
 
-TYPED_TEST (LfoGenerators, StandsAllPhasesStillAtZeroFrequency)
+TYPED_TEST (LfoGenerators, StopsAllPhasesAtZeroFrequency)
 {
     TypeParam generator;
     generator.setRate (LfoGenerator::saw, rate, 10.0f);

@@ -86,7 +86,7 @@ TYPED_TEST (SlewValues, StaysWhereItIsWithoutAStep)
     EXPECT_EQ (slew.current, 0.25f);
 }
 
-TYPED_TEST (SlewValues, FollowsTheLinearLawInEveryModeButTheSpringsOwn)
+TYPED_TEST (SlewValues, MovesLinearlyInEveryModeButTheSpring)
 {
     for (const auto mode : { -1, 0, 1, 2, 4, 100 })
     {

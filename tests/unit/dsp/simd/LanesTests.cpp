@@ -35,7 +35,7 @@ constexpr std::array numbers { 0.0f,
 }
 
 template <typename OfQuads, typename OfFloats>
-void expectTheSameInEachPlace (OfQuads ofQuads, OfFloats ofFloats)
+void expectTheSameInEachLane (OfQuads ofQuads, OfFloats ofFloats)
 {
     for (std::size_t i = 0; i < numbers.size(); ++i)
         for (std::size_t j = 0; j < numbers.size(); ++j)
@@ -60,7 +60,7 @@ testing::AssertionResult areEqual (StereoPair a, StereoPair b)
 }
 } // namespace
 
-TEST (FloatQuad, KeepsItsFourInTheirPlaces)
+TEST (FloatQuad, KeepsItsLanesInOrder)
 {
     const FloatQuad quad (1.0f, 2.0f, 3.0f, -0.0f);
     EXPECT_EQ (quad.values(), (FloatQuad::Values { 1.0f, 2.0f, 3.0f, -0.0f }));
@@ -71,32 +71,32 @@ TEST (FloatQuad, KeepsItsFourInTheirPlaces)
     EXPECT_EQ (FloatQuad (quad.values()).values(), quad.values());
 }
 
-TEST (FloatQuad, ComputesEachAsOneFloatIsComputed)
+TEST (FloatQuad, ComputesEachLaneLikeASingleFloat)
 {
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return a + b; }, [] (float a, float b) { return a + b; });
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return a - b; }, [] (float a, float b) { return a - b; });
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return a * b; }, [] (float a, float b) { return a * b; });
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return a / b; }, [] (float a, float b) { return a / b; });
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad) { return a.magnitude(); },
-                              [] (float a, float) { return std::abs (a); });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return a + b; }, [] (float a, float b) { return a + b; });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return a - b; }, [] (float a, float b) { return a - b; });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return a * b; }, [] (float a, float b) { return a * b; });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return a / b; }, [] (float a, float b) { return a / b; });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad) { return a.magnitude(); },
+                             [] (float a, float) { return std::abs (a); });
 }
 
 TEST (FloatQuad, ChoosesTheSecondWhereAComparisonDoesNotHold)
 {
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return lesserOf (a, b); },
-                              [] (float a, float b) { return a < b ? a : b; });
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return lesserOf (a, b); },
-                              [] (float a, float b) { return lesserOf (a, b); });
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return greaterOf (a, b); },
-                              [] (float a, float b) { return a > b ? a : b; });
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return greaterOf (a, b); },
-                              [] (float a, float b) { return greaterOf (a, b); });
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return whereGreater (a, b, b - a, a * b); },
-                              [] (float a, float b) { return a > b ? b - a : a * b; });
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return whereGreater (a, b, b - a, a * b); },
-                              [] (float a, float b) { return whereGreater (a, b, b - a, a * b); });
-    expectTheSameInEachPlace ([] (FloatQuad a, FloatQuad b) { return whereAtLeast (a, b, b - a, a * b); },
-                              [] (float a, float b) { return a >= b ? b - a : a * b; });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return lesserOf (a, b); },
+                             [] (float a, float b) { return a < b ? a : b; });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return lesserOf (a, b); },
+                             [] (float a, float b) { return lesserOf (a, b); });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return greaterOf (a, b); },
+                             [] (float a, float b) { return a > b ? a : b; });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return greaterOf (a, b); },
+                             [] (float a, float b) { return greaterOf (a, b); });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return whereGreater (a, b, b - a, a * b); },
+                             [] (float a, float b) { return a > b ? b - a : a * b; });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return whereGreater (a, b, b - a, a * b); },
+                             [] (float a, float b) { return whereGreater (a, b, b - a, a * b); });
+    expectTheSameInEachLane ([] (FloatQuad a, FloatQuad b) { return whereAtLeast (a, b, b - a, a * b); },
+                             [] (float a, float b) { return a >= b ? b - a : a * b; });
 }
 
 TEST (StereoPair, WorksOnBothSidesAlike)
