@@ -5,5 +5,5 @@
 /** Where JUCE's plug-in client asks for a new instance. */
 juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter() { return new MainAudioProcessor(); }
 
-/** The one place that knows the window: the engine does without. */
+/** The one place that knows the window. */
 juce::AudioProcessorEditor* MainAudioProcessor::createEditor() { return new MainAudioProcessorEditor (*this); }

@@ -9,7 +9,7 @@
     part of a window stays blank, and a click has no effect, until the next event arrives; that may be the next move of the
     pointer.
 
-    A window that handles them from time to time is never later than the time in between. */
+    A window that handles them at regular intervals is late by one interval at most. */
 namespace pendingX11Events
 {
 /** Handles all of them before it returns. An event may close the window that calls this, so the caller must not touch its

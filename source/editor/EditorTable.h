@@ -11,7 +11,7 @@
 #include "editor/Palette.h"
 #include "parameters/ParameterSet.h"
 
-/** Everything that stands in the window: one row for each control, or for each pair of controls where two columns are alike.
+/** Everything in the window: one row for each control, or for each pair of controls where two columns are alike.
     The layout is absolute and never scaled: pixels, relative to the parent. */
 namespace editorTable
 {
@@ -46,10 +46,10 @@ struct Area
 
 inline constexpr int mainPanelWidth = (int) (panelWidth + 246.0f + panelWidth + 2.0f * panelMargin);
 
-/** As wide in the narrow window too, where the window clips it. */
+/** Has the same width in the narrow window, which clips it. */
 inline constexpr Area mainPanel { 10, 37, mainPanelWidth, 477 };
 
-/** The columns stand side by side: highpass, lowpass, and two places that the LFOs and the Frequencer share. */
+/** The columns lie side by side: highpass, lowpass, and two places that the LFOs and the Frequencer share. */
 [[nodiscard]] constexpr Area columnPlace (int place)
 {
     return { (panelMargin + columnWidth) * place, 0, columnWidth, panelHeight };
@@ -61,7 +61,7 @@ inline constexpr int firstSharedPlace = numFilters;
 //======================================================================================================================
 // Captions
 
-/** Where a caption's text stands in its area. */
+/** How a caption's text is aligned in its area. */
 enum class Align
 {
     left,
@@ -118,7 +118,7 @@ inline constexpr std::array lfoCaptions {
 
 inline constexpr std::array frequencerCaptions {
     caption ("FREQUENCER", across (panelMargin / 2)),
-    // Whatever the offset's unit is: the shift is always counted in the transport's beats.
+    // The same for either unit of the offset: the shift is always counted in the transport's beats.
     caption ("Offset (bars)", across (30)),
     caption ("Highpass", { 8, labelHeight + 130, columnWidth - 8, labelHeight }, Align::left),
     caption ("Lowpass", { 8, labelHeight + 175, columnWidth - 8, labelHeight }, Align::left),
@@ -188,7 +188,7 @@ struct AmountKnob
     Area area;
 };
 
-/** A knob as wide as a column, about a height. */
+/** A knob as wide as a column, centred at a height. */
 [[nodiscard]] constexpr Area wideKnob (int centreY) { return { 0, centreY - half, columnWidth, columnWidth }; }
 
 /** A knob on the left half of a column. */
@@ -266,7 +266,7 @@ struct Switch
 {
     const char* text;
 
-    /** The column that it stands under. */
+    /** The column above it. */
     int place;
     bool shown;
 

@@ -21,7 +21,7 @@ constexpr std::array nearFamilies { "Microsoft Sans Serif",
                                     "DejaVu Sans",
                                     "Verdana" };
 
-/** The words by which JUCE tells a sans-serif on Linux, where its own default is looked for among them. */
+/** JUCE on Linux takes a family with one of these words in its name for a sans-serif, and looks for its default among them. */
 constexpr std::array sansSerifWords { "Sans", "Verdana", "Arial", "Ubuntu" };
 
 bool looksSansSerif (const juce::String& family)

@@ -60,7 +60,7 @@ struct KestrinLookAndFeel::Knob
     float endAngle;
     float range;
 
-    /** Where the pointer stands. */
+    /** The direction of the pointer. */
     float angle;
 
     float arcRadius = narrow (r - u * 2.25);
@@ -146,7 +146,7 @@ void KestrinLookAndFeel::drawArc (juce::Graphics& g, const Knob& knob, const juc
     {
         const auto segmentEnd = std::min (knob.range * position + knob.startAngle, knob.angle);
 
-        // Only the travelled part of the scale is coloured.
+        // Only the part of the scale up to the value is coloured.
         if (knob.angle > segmentStart)
         {
             juce::Path arc;
@@ -180,7 +180,7 @@ void KestrinLookAndFeel::drawBody (juce::Graphics& g, const Knob& knob)
     const auto fillDisc = [&g, left, size] (double y)
     { g.fillEllipse (narrow (left), narrow (y), narrow (size), narrow (size)); };
 
-    // White and black look out one pixel above and below the face: two crescents, the bevel.
+    // The bevel: a white disc one pixel above the face and a black one below it. The face leaves a crescent of each.
     g.setColour (juce::Colour { palette::bevelAbove });
     fillDisc (top - 1.0);
     g.setColour (juce::Colour { palette::bevelBelow });
@@ -217,7 +217,7 @@ void KestrinLookAndFeel::drawButtonBackground (juce::Graphics& g, juce::Button& 
     g.setColour (juce::Colour { palette::buttonShadow });
     g.fillRect (shadowX, shadowY, width, height);
 
-    // The plate stands at the corner, and sinks half way into its shadow when pressed.
+    // The plate leaves its shadow visible on the right and below. Pressed, it moves half way over it.
     const auto shift = down ? 1 : 0;
     g.setColour (juce::Colour { palette::buttonPlate });
     g.fillRect (shadowX - 2 + shift, shadowY - 2 + shift, width, height);

@@ -35,7 +35,7 @@ void setCaption (juce::Label& label, const char* text, Area area, Align align)
     label.setBounds (area.toRectangle());
 }
 
-/** Whether a parameter stands away from its default by more than a touch. */
+/** True if a parameter differs from its default by more than a touch. */
 bool isUsed (const ParameterSet::Parameter* parameter)
 {
     constexpr float touch = 0.01f;
@@ -88,7 +88,7 @@ void MainAudioProcessorEditor::addMainPanel()
 {
     mainPanel.setBounds (editorTable::mainPanel.toRectangle());
 
-    // The link stands across the edges of both filter columns, so it is added over them.
+    // The link overlaps both filter columns, so it is added over them.
     addFilterColumns();
     addLink();
 

@@ -58,7 +58,7 @@ public:
     void updateLfoSpeedControls (int lfoIndex);
 
     //==================================================================================================================
-    /** What stands on a column: rows of EditorTable.h. */
+    /** The contents of a column: rows of EditorTable.h. */
     template <std::size_t numCaptions, std::size_t numKnobs>
     struct ColumnControls
     {

@@ -12,7 +12,7 @@ constexpr int headerHeight = labelHeight + 5;
 constexpr float titleFontHeight = labelHeight + 4;
 constexpr float versionFontHeight = 13.5f;
 
-/** The left end of both lines. Their right end is the window's edge, so they stand a little right of its middle. */
+/** The left end of both lines. Their right end is the window's edge, so the text is a little right of its middle. */
 constexpr int textLeft = 7;
 constexpr int titleTop = 2;
 

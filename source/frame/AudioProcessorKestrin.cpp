@@ -60,7 +60,7 @@ void clampSecondChannel (float* samples, int count) noexcept
 }
 } // namespace
 
-/** Where the frames are read and written. A missing input on the right is fed by the left. */
+/** Where the frames are read and written. Without a right input the left one feeds both sides. */
 struct AudioProcessorKestrin::FramePointers
 {
     float* left = nullptr;
@@ -156,7 +156,7 @@ void AudioProcessorKestrin::processInPlace (const FramePointers& frames, int num
         const auto count = std::min (maxFramesTogether, numFrames - start);
         auto* const left = frames.left + start;
 
-        // A right side that is only read or only written must not be worked on in its place.
+        // A right channel that is only read or only written must not be processed in place.
         auto* const right =
             frames.rightIn == frames.rightOut && frames.rightOut != nullptr ? frames.rightOut + start : scratch.data();
 

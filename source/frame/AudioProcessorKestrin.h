@@ -17,13 +17,13 @@
 
 namespace juce
 {
-/** The frame of the plug-in, where the host's calls enter: it cuts blocks into frames, clamps their samples, counts the
-    frames on the control-rate clock, and keeps the settings as a block of bytes. It does not know what processes the frames.
+/** The host's side of the plug-in: every call of the host enters here. This class clamps the samples of a block, counts its
+    frames on the control clock, and saves and loads the settings. It does not know what processes the frames.
 
-    Audio arrives and leaves in single precision, in place. Seen from outside, each stereo frame is one call of
-    processFrame, and updateControlRate runs before a frame whenever controlUpdatePending has been raised, and
-    otherwise every 65536 frames, wherever the blocks fall. processFrames is the loop that does so. The shipped module
-    overrides it with one that takes many frames together and gives the same bits.
+    Audio is in single precision and is processed in place. processFrames is the sample loop. Here it calls processFrame
+    once for each stereo frame, and before it updateControlRate if controlUpdatePending has been raised, or if 65536 frames
+    have passed, wherever the blocks begin. The plug-in overrides the loop with one that takes many frames together and
+    gives the same bits.
 
     The public fields are shared between audio and message thread as plain members, on purpose: a lost request costs one
     late update, which the clock bounds. */
@@ -68,7 +68,7 @@ public:
         framesSinceRequest = 0;
     }
 
-    /** Takes the host's sample rate over if it is plausible, and otherwise keeps the last one that was. */
+    /** Takes over the host's sample rate if it is plausible, and otherwise keeps the last plausible one. */
     void refreshHostSampleRate() noexcept
     {
         const auto rate = getSampleRate();
@@ -91,7 +91,7 @@ public:
 
     bool controlUpdatePending = true;
 
-    /** Frames processed since controlUpdatePending was last raised; stands still at its largest value. */
+    /** Frames processed since controlUpdatePending was last raised; stops at its largest value. */
     std::int32_t framesSinceRequest = 0;
 
 protected:
@@ -103,7 +103,7 @@ protected:
     /** The attributes of the last loaded or saved settings that are not parameters: they survive into the next save. */
     std::map<String, String> extraAttributes;
 
-    /** For a derived class that needs chance; the frame itself draws nothing. */
+    /** For a derived class that needs random numbers; this class draws none. */
     Random random;
 
     /** Processes frames with clamped samples in place: counts each frame on the clock, runs the update where it is due,
@@ -112,7 +112,7 @@ protected:
         @param numFrames  1 to maxFramesTogether */
     virtual void processFrames (float* left, float* right, int numFrames);
 
-    /** How many frames come before the clock's next own update. */
+    /** The number of frames before the next update that the clock itself asks for. */
     [[nodiscard]] int framesUntilClockedUpdate() const noexcept { return (int) (controlCounterMask - controlCounter); }
 
     /** True if the next frame starts with an update. */
@@ -131,8 +131,8 @@ protected:
     }
 
     /** Counts one frame.
-        @returns true if the frame starts with an update. The request is then taken back, as the update itself may ask for
-                 the next one */
+        @returns true if the frame starts with an update. The request is cleared first, because the update itself may ask
+                 for the next one */
     [[nodiscard]] bool advanceClock() noexcept
     {
         const auto isDue = isControlUpdateDue();
@@ -158,7 +158,7 @@ private:
 
     static constexpr std::uint32_t controlCounterMask = 0xffff;
 
-    // A rate outside these bounds is taken for a host that has not made up its mind.
+    // A host that reports a rate outside these bounds has not decided yet.
     static constexpr double lowestImplausibleRate = 999.0;
     static constexpr double highestImplausibleRate = 10000000001.0;
 

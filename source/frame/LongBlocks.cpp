@@ -11,7 +11,7 @@ using Steinberg::int32;
 using Steinberg::tresult;
 using Steinberg::uint32;
 
-/** Stands before the client's own interface. References to it are counted as references to the client. */
+/** What the host gets in place of the client's own interface. References to it are counted as references to the client. */
 class LongBlocks::Splitter : public vst::IAudioProcessor
 {
 public:
@@ -118,7 +118,7 @@ std::int32_t LongBlocks::queryIAudioProcessor (const Steinberg::TUID wanted, voi
     if (! Steinberg::FUnknownPrivate::iidEqual (wanted, vst::IAudioProcessor_iid))
         return Steinberg::kNoInterface;
 
-    // The client is also the processor's play head, and shows itself nowhere else.
+    // The client is also the processor's play head, and there is no other way to reach it.
     auto* const client = dynamic_cast<vst::IAudioProcessor*> (processor.getPlayHead());
 
     if (client == nullptr)

@@ -20,7 +20,7 @@ public:
     /** How a position is put into words. */
     enum ValueKind : std::int32_t
     {
-        /** On or off: JUCE's own kind of parameter, and so no object of this class has it. */
+        /** On or off. No object of this class has it, because JUCE's own class serves for that. */
         switchKind = 0,
         wholeKind = 1,
         percentKind = 2,
@@ -43,16 +43,16 @@ public:
     AudioParameterFloatKestrin (const String& parameterID, const String& parameterName, float newMinValue,
                                 float newMaxValue, float newDefaultValue, int newValueKind, std::string unit);
 
-    /** A choice. Its positions are fractions of newStepCount - 1, and the texts fill the lowest of them: room above the
-        last text is meant, and decides which normalised value is stored for a text. */
+    /** A choice. Its positions are fractions of newStepCount - 1, and the texts fill the lowest of them. The room above the
+        last text is meant: newStepCount decides which normalised value is stored for a text. */
     AudioParameterFloatKestrin (const String& parameterID, const String& parameterName, float newMinValue,
                                 float newMaxValue, int defaultIndex, std::vector<std::string> newChoiceTexts,
                                 int newStepCount);
 
     ~AudioParameterFloatKestrin() override = default;
 
-    /** The index of the nearest of stepCount positions, not limited by the number of texts; 0 for a parameter that is no
-        choice and for a NaN. Any thread. */
+    /** The index of the nearest of stepCount positions, not limited by the number of texts; 0 for a parameter that is not
+        a choice and for a NaN. Any thread. */
     [[nodiscard]] int getChoiceIndex() const noexcept { return getChoiceIndexForValue (get()); }
 
     /** The same for any position. */
@@ -73,15 +73,15 @@ public:
         return true;
     }
 
-    /** From now on counts every setting of the value, after the value itself has been set. So a reader of many parameters
-        sees by one number whether any of them may have moved. To be called before the parameter is shared.
+    /** From now on adds 1 to the counter after every setting of the value. A reader of many parameters then compares one
+        number to see whether any of them may have moved. To be called before the parameter is shared.
         @param newCounter  must outlive the last setting */
     void countChangesIn (std::atomic<std::uint32_t>& newCounter) noexcept { changeCounter = &newCounter; }
 
-    /** Empty for a parameter that is no choice. */
+    /** Empty for a parameter that is not a choice. */
     [[nodiscard]] std::vector<std::string> getChoiceTexts() const { return choiceTexts; }
 
-    /** Positions of a choice: the texts fill the lowest ones. 0 for a parameter that is no choice. */
+    /** Positions of a choice: the texts fill the lowest ones. 0 for a parameter that is not a choice. */
     [[nodiscard]] int getStepCount() const noexcept { return stepCount; }
 
     /** The text of any position. Allocates; any thread but the audio thread. */

@@ -31,7 +31,7 @@ std::unique_ptr<Switch> makeSwitch (const parameterTable::Row& row)
     return std::make_unique<Switch> (juce::ParameterID { row.id, 0 }, row.name, false);
 }
 
-/** Hands a parameter over to its owner, and gives back where it is. */
+/** Hands a parameter over to its owner, and returns a pointer to it. */
 template <typename ParameterType>
 ParameterType* addTo (juce::AudioProcessor& owner, std::unique_ptr<ParameterType> parameter)
 {
@@ -40,7 +40,7 @@ ParameterType* addTo (juce::AudioProcessor& owner, std::unique_ptr<ParameterType
     return added;
 }
 
-/** Makes the parameter of a row and notes it in the row's member: one function for each kind of member. */
+/** Makes the parameter of a row and keeps its pointer in the row's member: one function for each kind of member. */
 struct RowAdder
 {
     void operator() (Switch* ParameterSet::*member) const { set.*member = addTo (owner, makeSwitch (row)); }

@@ -7,8 +7,8 @@
 
 #include "parameters/AudioParameterFloatKestrin.h"
 
-/** Makes the 55 parameters, hands them to the processor, which owns them, and keeps a pointer to each, where its row of ParameterTable says.
-    The pointers are never null and live as long as the processor. */
+/** Makes the 55 parameters and hands them to the processor, which owns them. Keeps a pointer to each in the member that its row
+    of ParameterTable names. The pointers are never null and live as long as the processor. */
 class ParameterSet
 {
 public:
@@ -20,7 +20,8 @@ public:
     /** Adds one parameter to the owner for each row of the table, in its order. */
     explicit ParameterSet (juce::AudioProcessor& owner);
 
-    /** A number that differs from all recent ones once any parameter but link has been set since. Any thread. */
+    /** Counts every setting of any parameter but link, and wraps. While it is the same, none of them has been set. Any
+        thread. */
     [[nodiscard]] std::uint32_t getChangeCount() const noexcept { return changeCount.load (std::memory_order_acquire); }
 
     Parameter* hpFreq = nullptr;

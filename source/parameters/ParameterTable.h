@@ -29,7 +29,7 @@ struct Bar
     float beats;
 };
 
-/** "2/3 bar" is out of line and out of order: projects depend on it as it stands. */
+/** "2/3 bar" lasts 1.5 beats and is out of order, on purpose: projects depend on both. */
 inline constexpr std::array bars {
     Bar { "16 bars", 64.0f },   Bar { "8 bars", 32.0f },
     Bar { "4 bars", 16.0f },    Bar { "3 bars", 12.0f },
@@ -91,7 +91,7 @@ struct Row
     /** Normalised, for all rows but the choices. */
     float defaultValue;
 
-    /** For choices only. There are more steps than texts wherever room is left for later texts. */
+    /** For choices only. Where there are more steps than texts, the rest is room for later texts. */
     Texts texts {};
     int stepCount = 0;
     int defaultIndex = 0;
@@ -116,7 +116,7 @@ struct Row
     return { member, id, name, Kind::bipolarKind, "", -range, range, 0.5f };
 }
 
-/** A row of texts on the lowest of stepCount positions. */
+/** A row with a choice of texts, which have the lowest of stepCount positions. */
 [[nodiscard]] constexpr Row choice (Member member, const char* id, const char* name, Texts texts, int stepCount,
                                     int defaultIndex)
 {
@@ -129,7 +129,7 @@ struct Row
     return { member, id, name, Kind::switchKind, "", 0.0f, 1.0f, 0.0f };
 }
 
-/** Shorter for the rows. */
+/** A short name for the rows below. */
 using Set = ParameterSet;
 
 inline constexpr std::array rows {

@@ -101,7 +101,7 @@ std::string choice (const Parameter& parameter, float position)
     return index < parameter.choiceTexts.size() ? parameter.choiceTexts[index] : std::string();
 }
 
-/** A zero has no sign: two blanks keep its digits where those of its neighbours stand. */
+/** A zero has no sign: two blanks align its digits with those of its neighbours. */
 std::string bipolar (const Parameter& parameter, float position, const std::string& unit)
 {
     const auto range = parameter.maxValue - parameter.minValue;
