@@ -16,7 +16,7 @@ void requireWholeFile (const juce::AudioFormatReader& reader, const juce::File& 
 {
     // JUCE's readers count the bytes of a frame, and divide by them.
     if (reader.bitsPerSample < fewestBits)
-        throw HostError (file.getFullPathName() + ": the file is damaged, or none that can be read: it has samples of "
+        throw HostError (file.getFullPathName() + ": the file is damaged or cannot be read: it has samples of "
                          + juce::String (reader.bitsPerSample) + " bits");
 
     const auto bytesPerFrame = (juce::int64) (reader.numChannels * reader.bitsPerSample / 8);
@@ -30,7 +30,7 @@ void requireWholeFile (const juce::AudioFormatReader& reader, const juce::File& 
                          + juce::String (reader.lengthInSamples) + " frames");
 }
 
-/** JUCE's reader trusts the number of entries that a list of marks or comments states, and reads on behind the list's end. */
+/** JUCE's reader trusts the number of entries that a list of marks or comments states, and reads past the end of the list. */
 bool holdsItsEntries (juce::InputStream& stream, juce::int64 size)
 {
     constexpr juce::int64 numberSize = 2, smallestEntry = 8;
@@ -84,7 +84,7 @@ void requireWholeChunks (const juce::File& file)
             throw HostError (file.getFullPathName()
                              + ": the file is damaged: a list is longer than its part of the file");
         else if ((chunk == "axml" || chunk == "iXML") && ! holdsSafeXml (stream, size))
-            throw HostError (file.getFullPathName() + ": the file is damaged: its notes are no text");
+            throw HostError (file.getFullPathName() + ": the file is damaged: its notes are not text");
         else
             stream.skipNextBytes (size + size % 2);
     }

@@ -12,7 +12,7 @@ constexpr int firstLookIntervals = 512;
 /** The edges of a grid are found to the last bit of a float. The tolerance is for the module's own rounding. */
 constexpr double gridTolerance = 0.01;
 
-/** With fewer marks the texts are no scale, but a handful of rough words with numbers in them ("4 sec"). */
+/** With fewer marks the texts are not a scale, but a handful of words with numbers in them ("4 sec"). */
 constexpr std::size_t fewestMarks = 8;
 } // namespace
 

@@ -29,7 +29,7 @@ public:
     /** True if the texts are words and not one range of numbers. */
     [[nodiscard]] bool isChoice() const noexcept { return choice; }
 
-    /** The texts to choose from with the positions that stand for them exactly; empty if isChoice is false. */
+    /** The texts to choose from with their exact positions; empty if isChoice is false. */
     [[nodiscard]] std::vector<Choice> choices() const;
 
     /** The texts at the two ends, without blanks around them. */
@@ -77,7 +77,7 @@ private:
 
     std::vector<TextRange> ranges;
 
-    /** Number of equally spaced positions that the texts stand for; 0 if they do not lie on a grid. */
+    /** Number of equally spaced positions on which the texts lie; 0 if there is no such grid. */
     int gridSize = 0;
     bool choice = false;
 };

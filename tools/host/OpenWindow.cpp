@@ -19,7 +19,7 @@ namespace openWindow
 {
 namespace
 {
-/** How long a signal or the end of standard input may wait. */
+/** The longest time until a signal or the end of standard input is noticed. */
 constexpr int sliceMs = 20;
 
 /** The reader waits for each line, so it is sent at once. */
@@ -123,7 +123,7 @@ bool inputHasEnded()
 
 void show (HostedModule& module, const Job& job)
 {
-    // Also because an error of the X protocol does not end the program while it exists.
+    // It also keeps errors of the X protocol from ending the program while it exists.
     const XDisplay display;
 
     if (! display.connected())

@@ -24,7 +24,7 @@ struct HostedParameter
 };
 
 /** The parameters of an instance in the module's order, with their ids. A VST3 host sees only numbers, which are hashes of
-    the ids; the ids themselves stand in the settings that the module saves. */
+    the ids; the ids themselves are in the settings that the module saves. */
 class ParameterList
 {
 public:

@@ -80,7 +80,7 @@ void removeOrigin (juce::XmlElement& settings)
     throw HostError (file.getFullPathName() + ":" + juce::String (line) + ": " + reason);
 }
 
-/** The field that a key fills; null if the key is none of the fields' and so should be a parameter's id. */
+/** The field that a key names; null for any other key, which should be the id of a parameter. */
 [[nodiscard]] juce::String* fieldOf (Written& written, const juce::String& key)
 {
     struct Field
@@ -181,15 +181,15 @@ Written parse (const HostedModule& module, const juce::File& file)
     if (! file.loadFileAsData (content))
         throw HostError (file.getFullPathName() + ": cannot be read");
 
-    // Bytes that are no UTF-8 characters can make JUCE read a text beyond its end.
+    // Bytes that are not UTF-8 can make JUCE read a text beyond its end.
     if (! isUtf8 ({ static_cast<const char*> (content.getData()), content.getSize() }))
-        throw HostError (file.getFullPathName() + ": is no UTF-8 text");
+        throw HostError (file.getFullPathName() + ": is not UTF-8 text");
 
     juce::StringArray lines;
     file.readLines (lines);
     Written written;
 
-    // A line end at the end of the file begins no further line.
+    // A line break at the end of the file does not begin another line.
     if (lines.size() > 1 && lines[lines.size() - 1].isEmpty())
         lines.remove (lines.size() - 1);
 

@@ -22,7 +22,7 @@ struct Job
     int numChannels = 0;
     BlockSizes blockSizes { 512 };
 
-    /** None: the module is told of no transport at all. */
+    /** Empty: the host has no transport. */
     std::optional<Transport::Settings> transport = Transport::Settings {};
     std::vector<Automation::Lane> automation;
 

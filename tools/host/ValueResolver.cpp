@@ -10,7 +10,7 @@ namespace valueResolver
 {
 namespace
 {
-/** Whatever the locale is, a position has a decimal point. */
+/** In every locale a position has a decimal point. */
 [[nodiscard]] std::optional<float> plainNumber (const juce::String& text)
 {
     const auto characters = text.toStdString();

@@ -37,8 +37,8 @@ void letMessagesRun (int milliseconds)
     pendingX11Events::handle();
 }
 
-/** A second of silence while the song plays up to the wanted position: the window shows the state that the engine is left
-    in by the audio that it has processed. */
+/** Plays a second of silence, in which the song reaches the wanted position: the window shows the state of the engine, which
+    changes only while audio is processed. */
 void playSilence (juce::AudioPluginInstance& instance, const Transport::Settings& settings)
 {
     constexpr double sampleRate = 48000.0;
@@ -114,7 +114,7 @@ bool isDrawn (const XDisplay::Pixels& pixels)
     return latest;
 }
 
-/** A click on the toggle of columns that are open closes them: then it takes a second one. */
+/** A click on the toggle closes columns that are already open. Then a second click opens them again. */
 void open (Columns columns, const EditorWindow& window, const XDisplay& display, double scale)
 {
     const auto toggle = columns == Columns::lfos ? lfosToggle : frequencerToggle;

@@ -23,7 +23,7 @@ struct Job
     /** The content scale that the host announces. */
     double scale = 1.0;
 
-    /** Where the song stands: lights and dots show it. */
+    /** The song position: lights and dots show it. */
     Transport::Settings transport {};
 };
 

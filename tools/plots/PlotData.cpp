@@ -26,12 +26,12 @@ constexpr const char* usage = R"(Usage: plot-data lfos | steps BEATS | pattern |
     const auto* end = text.data() + text.size();
 
     if (const auto [last, error] = std::from_chars (text.data(), end, number); error != std::errc() || last != end)
-        throw std::runtime_error ("\"" + text + "\" is no number");
+        throw std::runtime_error ("\"" + text + "\" is not a number");
 
     return number;
 }
 
-/** @returns false if the words are no command of this program */
+/** @returns false if the words are not a command of this program */
 [[nodiscard]] bool run (const std::vector<std::string>& words)
 {
     const auto is = [&] (std::size_t count, const std::string& first, const std::string& second = {})

@@ -3,8 +3,8 @@
 
 #include <iosfwd>
 
-/** Sounds to send through the module, and what its answers say: WAV files of one channel, 32-bit float, at sampleRate. Each begins with
-    silence, in which the module's controls come to rest. */
+/** Sounds to send through the module, and what its answers say: WAV files of one channel, 32-bit float, at sampleRate. Each
+    begins with silence, in which the module's controls come to rest. */
 namespace probeSignal
 {
 inline constexpr int sampleRate = 48000;

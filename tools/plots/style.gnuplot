@@ -4,7 +4,7 @@
 ink = "#303438"
 faint = "#d4d8dc"
 
-# One colour for what stands alone, five for what comes in an order, two for what is opposed.
+# One colour for a single curve, five for an ordered series, two for a pair of opposites.
 single = "#167a8c"
 array ramp[5] = ["#9aa3ab", "#4fb3bf", "#167a8c", "#d9820f", "#b3261e"]
 first = "#167a8c"

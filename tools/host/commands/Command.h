@@ -8,7 +8,7 @@ namespace CLI
 class App;
 }
 
-/** A command of kestrin-host with its options. All are made before the command line is read; then the named one is run. */
+/** A command of kestrin-host with its options. All commands are made before the command line is read, and then one is run. */
 class Command
 {
 public:

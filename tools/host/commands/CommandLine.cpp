@@ -31,7 +31,7 @@ Values
     a choice                --set hp_mode="24 dB/oct"
     a number with its unit  --set lp_freq="1.2 kHz"  --set hp_reso="30 %"
     a number with its sign  --set lfo1T_hpf=+50      --set seq3_lpf=-20
-  A number between two that the module shows is met in between.
+  A number between two that the module shows gets a position between theirs.
 
 Settings files (--state, --save-state, state --write)
   *.vstpreset  a preset; *.xml  the settings as text; any other name: the block of bytes that a DAW keeps in its project.

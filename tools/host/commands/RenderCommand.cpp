@@ -78,7 +78,7 @@ void RenderCommand::addTransport()
             ->capture_default_str();
     auto* signatureOption =
         options.add_option ("--time-signature", timeSignature, "Such as 3/4")->capture_default_str();
-    auto* stoppedOption = options.add_flag ("--stopped", stopped, "The transport stands at the start position");
+    auto* stoppedOption = options.add_flag ("--stopped", stopped, "The transport is stopped at the start position");
 
     options.add_flag ("--no-transport", noTransport, "The module is told no tempo and no position")
         ->excludes (tempoOption)
