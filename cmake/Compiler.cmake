@@ -31,7 +31,7 @@ endif()
 # Turns warnings into errors for the listed sources only: the targets compile JUCE's modules too, which have warnings.
 function (kestrin_strict_warnings)
     if (MSVC)
-        # Untried: until this compiler has been through the code its warnings are to be read, and stop nothing.
+        # Untried: until the code has been built with this compiler, its warnings are shown and are not errors.
         set (flags /W4)
     else()
         set (flags -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wdouble-promotion -Werror)

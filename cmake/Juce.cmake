@@ -99,7 +99,7 @@ foreach (target IN ITEMS juce_core juce_vst3_headers)
     endif()
 endforeach()
 
-# Upstream's tree bundles these libraries, and Debian's leaves them out: the system's stand in for them.
+# Upstream's tree bundles these libraries, and Debian's leaves them out: the system's are used instead.
 set (kestrinJuceLibraries "")
 get_target_property (kestrinJuceModules juce_core INTERFACE_INCLUDE_DIRECTORIES)
 list (GET kestrinJuceModules 0 kestrinJuceModules)

@@ -4,8 +4,8 @@
 set (kestrinPresetFolder ${PROJECT_BINARY_DIR}/presets)
 file (GLOB writtenPresets CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/presets/*.txt)
 
-# The names of the files stand inside the texts, so a stamp says when they were made. The folder is made from scratch each
-# time, so that no preset stays whose text is gone.
+# The name of each file is inside its text, so a stamp says when they were made. The folder is made from scratch each time, so
+# that a preset disappears with its text.
 add_custom_command (OUTPUT ${PROJECT_BINARY_DIR}/presets.stamp
     COMMAND ${CMAKE_COMMAND} -E rm -rf ${kestrinPresetFolder}
     COMMAND kestrin-host preset --plugin ${kestrinModule} --out-dir ${kestrinPresetFolder} ${writtenPresets}

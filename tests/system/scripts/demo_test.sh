@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: AGPL-3.0-or-later
-# Gives scripts/demo sounds, good and bad, on a project whose build is make-believe: the host copies the sound, and its
-# command line is written down.
+# Gives scripts/demo good and bad sounds in a project with a fake build: its host copies the sound and writes down its command
+# line.
 #
 #   demo_test.sh <path of scripts/demo>
 set -uo pipefail

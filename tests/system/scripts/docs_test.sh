@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: AGPL-3.0-or-later
-# Sees that the documents hold together: what they point at is there, and what there is has its place in them.
+# Checks that the documents are complete: what they point at exists, and every preset, picture and parameter is in them.
 #
 #   docs_test.sh <path of scripts/docs>
 set -uo pipefail
@@ -25,7 +25,7 @@ cd "$root" || exit 1
 
 for page in ./*.md docs/*.md presets/*.md
 do
-    # Every link and every picture, one per line; what leads out of the repository is not ours to check.
+    # Every link and every picture, one per line. Links out of the repository are not checked.
     while IFS= read -r link
     do
         target=${link%%#*}
@@ -63,7 +63,7 @@ do
     check "docs/dsp.md has a measured error of $class" grep -q "^| \`$class\` |.*[0-9]" docs/dsp.md
 done
 
-# A * stands for any letters; a suite by itself is written as "Suite*".
+# A * matches any letters; a suite by itself is written as "Suite*".
 testNames tests >"$tests"
 
 # shellcheck disable=SC2016 # the backticks are the page's

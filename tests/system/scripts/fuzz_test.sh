@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: AGPL-3.0-or-later
-# Runs scripts/fuzz in a project whose fuzzers are make-believe: each writes down how it was called and what it found in its
-# folders. Sees also that the inputs of the repository are in order.
+# Runs scripts/fuzz in a project with fake fuzzers: each writes down how it was called and what it found in its folders. Also
+# checks the inputs of the repository.
 #
 #   fuzz_test.sh <path of scripts/fuzz>
 set -uo pipefail
@@ -27,7 +27,7 @@ do
     check "the archive of $fuzzer is not empty" test -s "$scratch/list"
 done
 
-#---- a project of make-believe
+#---- a project with fake fuzzers
 
 project="$scratch/a project"
 built="$project/build/fuzz/tests/system/fuzz"
@@ -131,12 +131,12 @@ check 'the same inputs make the same archives' test "$(sha256sum "$inputs"/corpu
 #---- the command line
 
 run soon
-check 'a time that is no number is refused' test "$code" = 2
-check 'the refusal names it' says "'soon' is no number of seconds"
+check 'a time that is not a number is refused' test "$code" = 2
+check 'the refusal names it' says "'soon' is not a number of seconds"
 run 7 never
-check 'a seed that is no number is refused' test "$code" = 2
+check 'a seed that is not a number is refused' test "$code" = 2
 run merge now
-check 'a merge takes nothing else' test "$code" = 2
+check 'a merge with another argument is refused' test "$code" = 2
 run --help
 check 'it explains itself' says 'Usage: scripts/fuzz'
 

@@ -73,7 +73,7 @@ check 'nothing lies anywhere else' test -z "$(filesOf "$root" | grep -v -e '^./v
 inRoot --purge "$name"
 check 'it is removed' test $? = 0
 find "$root" -mindepth 1 -maxdepth 1 >"$scratch/out"
-check 'and leaves nothing but the books of dpkg' test "$(cat "$scratch/out")" = "$root/var"
+check 'and leaves only the database of dpkg' test "$(cat "$scratch/out")" = "$root/var"
 
 #---- the archive, used by the words of its note
 

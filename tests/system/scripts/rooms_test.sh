@@ -71,4 +71,4 @@ do
     [[ $known == *" $room "* ]] || complain "$folder is no room of the list"
 done < <(find "$1" "$2" -name '*.cpp' -printf '%h\n' -o -name '*.h' -printf '%h\n' | sort -u)
 
-[ "$failures" = 0 ] && echo 'every room knows only whom it may know'
+[ "$failures" = 0 ] && echo 'every room includes only what it may include'

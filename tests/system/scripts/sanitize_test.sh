@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: AGPL-3.0-or-later
-# Sees that what the sanitizers pick by name is there: a test that is renamed would no longer run under them, and nobody would
-# be told.
+# Checks that every name by which the sanitizers pick tests exists: otherwise a renamed test would silently no longer run under
+# them.
 #
 #   sanitize_test.sh <path of scripts/sanitize>
 set -uo pipefail
@@ -20,7 +20,7 @@ do
     check "a preset picks a test that is there: $pattern" grep -qE -- "$pattern" "$tests"
 done < <(sed -n 's/.*"filter": .*"name": "\([^"]*\)".*/\1/p' "$root/CMakePresets.json" | tr '|' '\n')
 
-# The run under valgrind: patterns of GoogleTest, of which those behind the "-" are left out.
+# The run under valgrind: patterns of GoogleTest. Those behind the "-" are left out.
 while IFS= read -r pattern
 do
     pattern=${pattern//./\\.}

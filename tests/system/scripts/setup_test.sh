@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: AGPL-3.0-or-later
-# Runs scripts/setup on make-believe machines: a PATH of its own, whose package tools are small fakes that write down how
-# they were called. Nothing is installed and no network is used.
+# Runs scripts/setup on fake machines: each is a PATH with fake package tools, which write down how they were called. Nothing
+# is installed and no network is used.
 #
 #   setup_test.sh <path of scripts/setup>
 set -uo pipefail
@@ -108,7 +108,7 @@ run() # arguments of setup; KESTRIN_JUCE_DIR from $juceDir
     code=$?
 }
 
-#---- what is said of it ---------------------------------------------------------------------------------------------
+#---- checks of the output -------------------------------------------------------------------------------------------
 
 succeeds() { [ "$code" = 0 ] && [ ! -s "$machine/err" ]; }
 failsWithOneLine() { [ "$code" != 0 ] && [ "$(grep -c '' "$machine/err")" = 1 ]; }
