@@ -16,7 +16,7 @@
 /** Plays the plug-in and the reference engine side by side: each operation goes to both, and the results must be equal in
     every bit. It compares every output sample, and after every block every field that both engines have.
 
-    It keeps the first difference and compares nothing after it. It has the operations that scenario::play asks for. */
+    It keeps the first difference and then compares no more. It has the operations that scenario::play asks for. */
 class DifferentialPlayer
 {
 public:
@@ -38,8 +38,8 @@ public:
     /** The same answer to every query from now on. */
     void setTransport (const reference::Transport& transport);
 
-    /** A host whose position moves with every query. The script gets the number of the query, counted for each engine by
-        itself: an engine that asks once too often gets another answer. A play head is always there. */
+    /** A host whose position moves with every query. The script gets the number of the query. Each engine's queries are
+        counted separately, so that one query too many changes the answers. A play head is always there. */
     using TransportScript = std::function<reference::Transport (std::int64_t query)>;
     void setTransport (TransportScript script);
 

@@ -40,7 +40,7 @@ TEST (HostRender, WritesAFloatFileOfTheSameLengthRateAndWidth)
     const auto result = host.run (render ({ "--set", "lp_freq=800 Hz" }));
 
     ASSERT_EQ (result.exitCode, 0) << result.errors;
-    EXPECT_EQ (result.errors, "") << "nothing but a terminal is shown the progress";
+    EXPECT_EQ (result.errors, "") << "only a terminal shows the progress";
     EXPECT_EQ (host.files(), juce::StringArray ("in.wav", "out.wav"));
 
     juce::AudioFormatManager formats;

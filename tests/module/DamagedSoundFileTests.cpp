@@ -63,7 +63,7 @@ TEST (DamagedSoundFile, IsRefusedWithANegativeLength)
 
 TEST (DamagedSoundFile, IsRefusedWithZeroOrTwoBitsPerSample)
 {
-    // Two channels of two bits are no byte: any number of them would fit into any file.
+    // A frame of two channels of two bits has no whole byte: any number of them would fit into any file.
     expectRefused (withHeader (1000000, 0), "0 bits");
     expectRefused (withHeader (8, 2), "2 bits");
 }

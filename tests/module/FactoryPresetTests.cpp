@@ -34,7 +34,7 @@ juce::File builtPreset (const juce::String& name)
     return juce::File (KESTRIN_BUILT_PRESETS).getChildFile (name + ".vstpreset");
 }
 
-/** A text without what a person may leave out: blanks, capitals, and zeros at the end of a fraction. */
+/** A text without the things that a person may leave out: blanks, capitals, and zeros at the end of a fraction. */
 juce::String essence (const juce::String& text)
 {
     const auto unit = text.trim().trimCharactersAtStart ("+-0123456789.").removeCharacters (" ").toLowerCase();

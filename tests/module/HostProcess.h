@@ -30,7 +30,8 @@ public:
 
     [[nodiscard]] juce::File file (const juce::String& name) const { return folder.getChildFile (name); }
 
-    /** Names of all files in the folder, hidden ones too, in order, without those the host's output was caught in. */
+    /** The names of all files in the folder, in order and with hidden ones. The files that caught the host's output are left
+        out. */
     [[nodiscard]] juce::StringArray files() const;
 
     /** Writes noise as a WAV file of 16 bits. */

@@ -64,7 +64,7 @@ void setAtRandom (Instance& instance, std::uint32_t seed)
     ASSERT_EQ (instance.process (nothing), Steinberg::kResultOk);
 }
 
-/** Renders the noise in blocks whose sizes come from a function. */
+/** Renders the noise in blocks; the function gives the size of each. */
 template <typename NextSize>
 [[nodiscard]] std::vector<float> render (Instance& instance, const std::vector<float>& noise, NextSize nextSize)
 {

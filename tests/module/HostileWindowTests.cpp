@@ -101,7 +101,7 @@ TEST_F (HostileWindow, MayBeCreatedAndNeverShown)
 }
 
 // JUCE sometimes reads an event of the display without handling it, and from then on nothing tells the host that one is
-// waiting. A host that never reports events leaves the window in the same position.
+// waiting. A host that never reports events has the same effect.
 TEST_F (HostileWindow, HandlesAClickThatTheHostNeverReports)
 {
     constexpr int narrow = 266, wide = 520;

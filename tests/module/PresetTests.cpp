@@ -155,7 +155,7 @@ TEST (Presets, AreRefusedWhenTruncated)
         ++numRefused;
     }
 
-    // Only what is too short for a header is taken for something else.
+    // A file that is too short for a header is not taken for a preset at all.
     EXPECT_GT (numRefused, whole.getSize() / 7 - 10);
 }
 

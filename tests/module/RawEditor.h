@@ -7,8 +7,8 @@
 
 namespace rawHost
 {
-/** Loads a module that will find a display. There is one for all tests of the process: a module may keep its connection for
-    as long as it is loaded. */
+/** Loads a module that will find a display. There is one for all tests of the process, because a module may keep its connection
+    until it is unloaded. */
 [[nodiscard]] inline Module loadWithDisplay (const std::string& library)
 {
     static const PrivateDisplay display;

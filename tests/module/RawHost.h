@@ -19,14 +19,14 @@
 #include <pluginterfaces/vst/ivstparameterchanges.h>
 #include <pluginterfaces/vst/ivstprocesscontext.h>
 
-/** A host written against the VST3 interfaces alone. It does what a well-meaning one never would. */
+/** A host written against the VST3 interfaces alone. It does things that no well-meaning host does. */
 namespace rawHost
 {
 namespace vst = Steinberg::Vst;
 using Steinberg::IPtr;
 
 /** Everything that a module may ask of its host: it is the application, the run loop, the frame around the window and the
-    receiver of edits. Counts its references, so that a test sees whether the module has let go of all of them. */
+    receiver of edits. Counts its references, so that a test sees whether the module has released all of them. */
 class Context final : public vst::IHostApplication,
                       public vst::IComponentHandler,
                       public Steinberg::IPlugFrame,
@@ -132,7 +132,7 @@ public:
     Steinberg::int32 PLUGIN_API getParameterCount() override { return (Steinberg::int32) queues.size(); }
     vst::IParamValueQueue* PLUGIN_API getParameterData (Steinberg::int32 index) override;
 
-    /** For the module's own changes. There is no room for any, and the module must bear that. */
+    /** For the module's own changes. It always fails, and the module must cope with that. */
     vst::IParamValueQueue* PLUGIN_API addParameterData (const vst::ParamID&, Steinberg::int32&) override
     {
         return nullptr;

@@ -17,7 +17,7 @@ public:
 
     void resize (int width, int height) const;
 
-    /** Clicks at a pixel, in whatever window lies there. */
+    /** Clicks at a pixel, in the window that lies there. */
     void click (int x, int y) const;
 
 private:

@@ -27,7 +27,7 @@ struct Transport
     int timeSigDenominator = 4;
 };
 
-/** Where each parameter stands in the host's list. For indexed families, LFO index 0 or 1 and step index 0 to 9. */
+/** The place of each parameter in the host's list. For indexed families, LFO index 0 or 1 and step index 0 to 9. */
 namespace Index
 {
 inline constexpr int hpFreq = 0;

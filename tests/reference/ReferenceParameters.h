@@ -35,7 +35,7 @@ int indexOfParameter (const std::string& id);
 /** The unit behind the number: the row's own, or the default of its kind. */
 std::string resolvedUnit (const ParameterInfo& info);
 
-/** The index that a position stands for: 0 for anything but a choice of two or more steps. Not limited by the number
+/** The index of a position: 0 for all but choices of two or more steps. Not limited by the number
     of texts. NaN gives 0. */
 int choiceIndexOf (const ParameterInfo& info, float position);
 

@@ -42,7 +42,7 @@ namespace
 thread_local bool watching = false;
 thread_local AudioThreadWatch::Counts counted;
 
-// Without counting these two have no callers.
+// Where nothing is counted these two have no callers.
 [[maybe_unused]] void noteAllocation() noexcept
 {
     if (watching)

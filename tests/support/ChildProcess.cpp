@@ -108,7 +108,7 @@ ChildProcess::ChildProcess (const Options& options)
     if (process < 0)
         throw std::runtime_error ("cannot start " + options.words.front());
 
-    // Both do it: whichever comes first, the group is there when either goes on.
+    // Parent and child both do it, so that the group exists when either of them continues.
     setpgid (process, process);
 }
 

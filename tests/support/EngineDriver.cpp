@@ -59,8 +59,8 @@ void EngineDriver::tick (int howOften)
         requestUpdate();
         runSilence ((std::size_t) together, (std::size_t) together);
 
-        // An engine that has fallen asleep on the way counts the frames since its last request. The first of them had the
-        // tick that was requested, the others had none.
+        // An engine that has fallen asleep in between counts the frames since its last request. Only the first of them had a
+        // tick.
         const auto numWithoutTick = std::max (0, framesSinceRequest() - 1);
         remaining -= together - numWithoutTick;
     }

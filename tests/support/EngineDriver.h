@@ -9,10 +9,10 @@
 
 #include "reference/ReferenceEngine.h"
 
-/** An engine in the hands of a test: parameters by their ids, a host with a sample rate and a transport, and sound in blocks.
+/** An engine that a test plays with: parameters by their ids, a host with a sample rate and a transport, and sound in blocks.
 
     A behaviour that the plug-in and the reference engine must share is tested once, over a driver of each (Engines.h). A
-    driver gives the engine itself as its member "engine"; both engines call their fields the same. Filters, which the
+    driver gives the engine itself as its member "engine"; both engines use the same names for their fields. Filters, which the
     plug-in keeps by pointer, are reached by functions of the driver: hpFilter(), lpLadder() and so on. */
 class EngineDriver
 {
@@ -39,7 +39,7 @@ public:
     /** Sets a choice to one of its positions. */
     void choose (std::string_view id, int index);
 
-    /** A transport that stands at a position. */
+    /** A transport that is stopped at a position. */
     void setTransport (double beats, double bpm = 120.0, int numerator = 4, int denominator = 4);
 
     /** A play head that gives no position. */
@@ -60,8 +60,8 @@ public:
 
     void runSilence (std::size_t numFrames, std::size_t blockSize = 512);
 
-    /** Runs as many ticks, each before a frame of silence: together in one block as long as the engine stays awake, and
-        each in a block of its own after that. */
+    /** Runs this many ticks, each before a frame of silence. As long as the engine stays awake they share a block; after that
+        each has a block of its own. */
     void tick (int howOften = 1);
 
     /** Opens a route from LFO 2 to the lowpass resonance, so that every frame has a tick. */

@@ -17,7 +17,7 @@ std::atomic<const char*> pretendedPath { nullptr };
 PretendedHostPath::PretendedHostPath (const char* path) noexcept { pretendedPath = path; }
 PretendedHostPath::~PretendedHostPath() { pretendedPath = nullptr; }
 
-// Standing in the executable, this comes before the C library's own.
+// The linker takes this function from the executable before the C library's own.
 extern "C" __attribute__ ((visibility ("default"))) ssize_t readlink (const char* path, char* buffer,
                                                                       std::size_t size) noexcept
 {

@@ -81,7 +81,7 @@ inline std::string savedText (juce::AudioProcessor& processor)
     return block.substr (8, block.size() - 9);
 }
 
-/** The value of an attribute in a saved text, escaped as it stands there. */
+/** The value of an attribute in a saved text, still escaped. */
 inline std::string attribute (const std::string& text, const std::string& name)
 {
     const auto start = " " + name + "=\"";

@@ -9,7 +9,7 @@
 namespace scenario
 {
 
-/** Random numbers by rules of our own, since those of the standard's distributions differ between libraries: a seed gives
+/** Random numbers by rules that are written here, because the distributions differ between standard libraries. A seed gives
     the same numbers with every compiler. */
 class Dice
 {

@@ -39,7 +39,7 @@ public:
     /** A new position for one parameter, as the patch itself would draw it. */
     [[nodiscard]] float drawFor (int index);
 
-    /** A small move from where the knob stands, as automation makes it. */
+    /** A small move from the present position, as automation makes it. */
     [[nodiscard]] float nudge (int index, float position, double farthest);
 
 private:

@@ -18,7 +18,7 @@ struct ParameterMove
     float position = 0.0f;
 };
 
-/** What the host does before a block, and the block. The transport stands still within it. */
+/** What the host does before a block, and the block. The transport does not move within it. */
 struct Block
 {
     int numFrames = 0;

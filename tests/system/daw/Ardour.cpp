@@ -18,7 +18,7 @@ constexpr int mostAttempts = 10;
 const char* const sessionName = "song";
 const char* const pluginName = "Kestrin Tamsile Filter";
 
-/** Debian puts the number of the series into every name: the newest of what is there. */
+/** Debian puts the number of the series into every name. This is the newest one that is installed. */
 juce::File findPrograms()
 {
     glob_t found {};
@@ -56,7 +56,7 @@ void makeOld (const juce::File& folder)
         file.setLastModificationTime (longAgo);
 }
 
-/** The saved session is XML, but a reader of XML would write it back otherwise than Ardour does. */
+/** The saved session is XML, but an XML library would not write it back as Ardour does. */
 void replaceOnce (const juce::File& file, const juce::String& before, const juce::String& after)
 {
     const auto text = file.loadFileAsString();
@@ -77,7 +77,7 @@ Ardour::Ardour() : home (makeHome()), programs (findPrograms())
     juce::File (KESTRIN_MODULE).copyDirectoryTo (module);
     makeOld (module);
 
-    // The scanner must be given the place that Ardour will find the module at, whole: its memory goes by the name.
+    // The scanner must be given the full path at which Ardour will find the module: it keeps its results by that name.
     const auto scanner = programs.getChildFile ("ardour-vst3-scanner").getFullPathName();
     [[maybe_unused]] const auto words = run ({ scanner.toStdString(), "-f", module.getFullPathName().toStdString() });
 }

@@ -61,7 +61,7 @@ double levelDb (const juce::AudioBuffer<float>& sound, int channel)
     return juce::Decibels::gainToDecibels ((double) sound.getRMSLevel (channel, 0, sound.getNumSamples()));
 }
 
-/** The level of the differences from frame to frame: what lies high counts most. */
+/** The level of the differences from frame to frame: high frequencies count most. */
 double brightnessDb (const juce::AudioBuffer<float>& sound, int channel)
 {
     juce::AudioBuffer<float> steps (1, sound.getNumSamples() - 1);
@@ -72,7 +72,7 @@ double brightnessDb (const juce::AudioBuffer<float>& sound, int channel)
     return levelDb (steps, 0);
 }
 
-/** Equal bits prove nothing of silence, or without the plug-in. */
+/** Equal bits prove nothing if the sound is silent or has not been filtered. */
 void expectFilteredNoise (const juce::AudioBuffer<float>& heard)
 {
     const auto noise = makeNoise();

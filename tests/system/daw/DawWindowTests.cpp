@@ -13,10 +13,10 @@ namespace
 {
 constexpr int narrow = 266, wide = 520, height = 546;
 
-/** Ardour makes the narrow window as wide as its own bar, and the module's title stands in the middle of that. */
+/** Ardour makes the narrow window as wide as its own bar, and the module's title is in the middle of that. */
 constexpr int titleHeight = 36;
 
-/** Where "Show LFOs" stands. */
+/** The place of "Show LFOs". */
 constexpr int toggleX = 17, toggleY = 529;
 
 /** Ardour takes a few seconds to start; on a busy machine, many. */

@@ -9,7 +9,7 @@
 #include "host/HostError.h"
 #include "support/ChildProcess.h"
 
-/** A program that is not ours, under an environment that is given in full. */
+/** A program from outside this project. Its environment is given in full. */
 struct ForeignProgram
 {
     /** It was ended by a signal, or had to be. */

@@ -9,14 +9,14 @@
 
 /** The expected sound of a song: the reference engine is given what Ardour gives a plug-in during an export.
 
-    - At first the transport stands at frame 256 for some blocks of 1024 frames, for silence. How many depends on how long
+    - At first the transport is stopped at frame 256 for some blocks of 1024 frames, for silence. How many depends on how long
       the export takes to begin: about a hundred.
     - Then it rolls, from frame -768 on: one block up to 0, one up to 256, and from there blocks of 1024.
-    - A song position is rounded to ticks, 1920 to the beat, and told once per block.
+    - A song position is rounded to ticks, 1920 to the beat, and reported once per block.
     - An automated parameter is set once per block, to what its lane says at the block's end, rounded to ticks. Between two
       points a lane is straight in ticks.
     - Both channels are there, on a mono track too.
-    - Everything else stands where the saved state says, which has four decimals. */
+    - All other parameters have the values of the saved state, which has four decimals. */
 class ReferenceSong
 {
 public:
@@ -36,14 +36,14 @@ public:
         int numSame = 0;
     };
 
-    /** Tries every number of blocks with a standing transport, and finds the one that matches most of what was heard in two
-        channels. */
+    /** Tries every number of blocks with a stopped transport, and finds the one with which most frames of the two channels
+        match. */
     [[nodiscard]] Match bestMatch (const juce::AudioBuffer<float>& heard) const;
 
     /** The blocks of a rolling transport that begin before the end: first frame and length. */
     [[nodiscard]] static std::vector<std::pair<int, int>> rollingBlocks (int numFrames);
 
-    /** Where a lane stands in the block that ends at this frame. The lane's first segment is level. */
+    /** The position of a lane at the end of a block. The lane's first segment is level. */
     [[nodiscard]] static float positionAtEnd (const std::vector<Ardour::Point>& lane, int endFrame);
 
 private:

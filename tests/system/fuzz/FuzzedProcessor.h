@@ -6,7 +6,7 @@
 #include "dsp/MainAudioProcessor.h"
 #include "system/fuzz/Invariant.h"
 
-/** What must hold of the plug-in whatever it has been given. */
+/** What must be true of the plug-in after any input. */
 namespace fuzzedProcessor
 {
 inline void requireValuesInRange (const juce::AudioProcessor& processor)
@@ -29,7 +29,8 @@ inline void requireValuesInRange (const juce::AudioProcessor& processor)
     return text.replace ("date_modified=\"" + date + "\"", "date_modified=\"\"");
 }
 
-/** Save, load elsewhere and save again must give the same text, whatever was elsewhere before. */
+/** A state that is saved, loaded into another processor and saved there must give the same text. What the other processor held
+    before must not matter. */
 inline void requireStableRoundTrip (juce::AudioProcessor& processor)
 {
     juce::MemoryBlock block;

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-/** Ends the fuzzer with the sentence that does not hold; libFuzzer keeps the bytes that led there. */
+/** Ends the fuzzer with the sentence that is not true; libFuzzer keeps the bytes that led there. */
 inline void require (bool holds, const char* sentence)
 {
     if (holds)

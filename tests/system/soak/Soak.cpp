@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// A day of host time asleep and an hour awake, as fast as the machine goes. Prints what it has seen; the exit code tells
-// whether that is what it has to be.
+// A day of host time asleep and an hour awake, as fast as the machine goes. Prints its measurements; the exit code says
+// whether they are right.
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -102,7 +102,7 @@ void sleepForADay()
     expect (plugin.clockIsRight, "the clock was right after every block");
     expect (numFrames > std::numeric_limits<std::int32_t>::max(), "the day has more frames than the counter can count");
     expect (plugin.framesSinceRequest == std::numeric_limits<std::int32_t>::max(),
-            "the counter of frames stands still at its largest value");
+            "the counter of frames stops at its largest value");
     expect (! plugin.controlUpdatePending, "it still sleeps");
     expect (plugin.soundIsFinite, "every sample that was checked was finite");
     std::printf ("  %lld frames, %lld wraps\n", (long long) plugin.framesRun, (long long) plugin.wraps);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// A host's audio thread beside its message thread. What is looked for here is seen by the thread sanitizer; without it the
-// tests still say that nothing crashes and nothing but finite sound comes out.
+// A host's audio thread beside its message thread. The thread sanitizer finds the races; without it the
+// tests still show that nothing crashes and that the sound is finite.
 #include <memory>
 
 #include <gtest/gtest.h>

@@ -43,7 +43,7 @@ bool differs (const juce::Image& now, const juce::Image& before)
 /** The columns of a wide window that the toggles open. */
 juce::Image columnsOf (const juce::Image& image) { return image.getClippedImage ({ 266, 0, 254, 546 }); }
 
-/** The position that stands for an offset: -1024 to 1024 are 0 to 1. */
+/** The position of an offset: -1024 to 1024 are 0 to 1. */
 double positionOfOffset (double offset) { return (offset + 1024.0) / 2048.0; }
 } // namespace
 

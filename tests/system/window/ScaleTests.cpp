@@ -54,7 +54,7 @@ using StatePictures = std::array<juce::Image, states.size()>;
 
 StatePictures picturesAt (double scale)
 {
-    // Something of everything: arcs, pointers, texts.
+    // Some of everything: arcs, pointers, texts.
     ModuleWindow window ({ "--scale", std::to_string (scale), "--set", "hp_freq=0.3", "--set", "lp_reso=0.9" });
     StatePictures pictures;
 

@@ -6,7 +6,7 @@
 #include "support/Desktop.h"
 #include "system/window/ModuleWindow.h"
 
-/** Where things stand in the window, at scale 1. */
+/** The places of things in the window, at scale 1. */
 namespace places
 {
 inline constexpr ModuleWindow::Place hpFreq { 68, 127 };

@@ -15,13 +15,13 @@
 
 namespace
 {
-// Out of the optimiser's sight, which may leave out an allocation that nobody looks at.
+// Hidden from the optimiser, which may remove an allocation without a use.
 volatile std::size_t anySize = 100;
 
 void* volatile sink = nullptr;
 } // namespace
 
-// The watch is worth nothing if it sees nothing.
+// A watch that sees nothing would pass every test.
 TEST (AudioThreadWatch, SeesAllocationsReleasesAndLocks)
 {
     std::mutex mutex;
@@ -39,7 +39,7 @@ TEST (AudioThreadWatch, SeesAllocationsReleasesAndLocks)
     }
 
     EXPECT_EQ (counts.allocations, 2);
-    // clang's address sanitizer tells of each twice.
+    // clang's address sanitizer reports each one twice.
     EXPECT_GE (counts.releases, 2);
     EXPECT_EQ (counts.locks, 1);
 }

@@ -87,7 +87,7 @@ class BadAudio : public testing::TestWithParam<Signal>
 {
 };
 
-/** Frames whose left side does not change and whose right side holds one bad sample. */
+/** Noise with one bad sample on one side. */
 [[nodiscard]] EngineUnderTest::Frames withOneBadSample (float sample, bool isOnTheLeft)
 {
     auto frames = EngineUnderTest::noise (5, 4000);

@@ -21,7 +21,7 @@ std::string justificationOf (const juce::Label& label)
     return label.getJustificationType() == juce::Justification::centredLeft ? " left" : " otherwise";
 }
 
-/** A rectangle that lies off the whole pixels says so: its component's bounds are the pixels that it touches. */
+/** The rectangle in fractions of a pixel. The bounds of its component are the whole pixels that it touches. */
 std::string exactly (const juce::DrawableRectangle& rectangle)
 {
     const auto shape = rectangle.getRectangle();

@@ -10,7 +10,7 @@ protected:
 
     static juce::uint32 at (const juce::Image& image, int x, int y) { return image.getPixelAt (x, y).getARGB(); }
 
-    /** Whether a light of 9 by 9 pixels stands at a place of the window, with its glow around it. */
+    /** True if there is a light of 9 by 9 pixels at a place of the window, with its glow around it. */
     static bool hasLight (const juce::Image& image, int x, int y = 46)
     {
         for (auto row = 0; row < 9; ++row)

@@ -22,7 +22,7 @@ public:
     void press (juce::Component& target, juce::ModifierKeys keys = {});
     void release (juce::Component& target);
 
-    /** Types to whatever has the focus. */
+    /** Types into the component with the focus. */
     void type (const juce::String& text);
     void typeReturn();
 

@@ -53,8 +53,8 @@ protected:
         image = picture (editor(), scale);
     }
 
-    /** The pixel at an offset from the centre of a knob, by the knob's own arithmetic: the text box takes 20 pixels off
-        the area, whose smaller side's four tenths are the radius, and the knob sits 6 pixels low. */
+    /** The pixel at an offset from the centre of a knob, by the knob's own arithmetic. The text box takes 20 pixels off
+        the area. The radius is 0.4 of the smaller side of the rest, and the knob sits 6 pixels low. */
     [[nodiscard]] juce::Colour pixel (const ParameterSlider& knob, double angle, double radius) const
     {
         const auto place =
@@ -192,7 +192,7 @@ TEST_F (KnobPixels, HaveAWhiteBevelAboveAndABlackOneBelow)
     const auto& knob = *knobOf (editor(), parameters.hpReso);
     const auto body = 0.8 * radiusOf (knob);
 
-    // The discs stand one unit above and below the face.
+    // The discs show one unit above and below the face.
     expectColour (pixelAt (knob, 0.0, -body - 0.5), { 255, 255, 255 }, "above");
     expectColour (pixelAt (knob, 0.0, body + 0.5), { 0, 0, 0 }, "below");
 }
@@ -352,7 +352,7 @@ TEST_F (KnobTicks, HaveAShadowOfAtLeastOnePixel)
     const auto row = (int) (centreY - radius * 0.91);
     const auto light = [&] (int x) { return (int) image.getPixelAt (x, row).getRed(); };
 
-    // The middle tick's right edge stands on the centre; its left edge five pixels away.
+    // The middle tick's right edge lies on the centre; its left edge is five pixels away.
     EXPECT_GT (light ((int) centreX), 0);
     EXPECT_GT (light ((int) centreX - 6), 0);
     EXPECT_EQ (light ((int) centreX + 2), 0);

@@ -171,7 +171,7 @@ TEST (FrameLoop, TicksBeforeTheFirstFrameAndThenEvery65536Frames)
 
         for (int done = 0; done < 200000;)
         {
-            // A split of 0 stands for a random one, with blocks of no frames among them.
+            // A split of 0 means random sizes, with empty blocks among them.
             const auto wanted = split > 0 ? split : (int) (generator() % 3000u) * (int) (generator() % 4u != 0);
             const auto size = std::min (wanted, 200000 - done);
             processor.runSilence (size);

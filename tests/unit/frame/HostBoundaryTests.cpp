@@ -215,7 +215,7 @@ TEST (HostBoundary, LeavesTheEngineUntouchedWhileBypassed)
     EXPECT_EQ (processor.framesSinceRequest, frames);
     EXPECT_EQ (processor.lpFreqSlew.current, current);
 
-    // It goes on where it stood.
+    // It continues where it stopped.
     EXPECT_EQ (engine.run (EngineUnderTest::noise (4, 1000)), twin.run (EngineUnderTest::noise (4, 1000)));
 }
 

@@ -275,7 +275,7 @@ TEST (SettingsState, RequestsAnUpdateAfterEveryGoodOrBadLoad)
     MainAudioProcessor processor;
 
     for (const auto& block : { settings::blockOf (settings::element (R"(hp_freq="0.5")")), std::string ("VC2!"),
-                               std::string (8, 'x'), settings::blockOf ("no text of ours"), std::string() })
+                               std::string (8, 'x'), settings::blockOf ("not settings"), std::string() })
     {
         processor.controlUpdatePending = false;
         processor.framesSinceRequest = 77;

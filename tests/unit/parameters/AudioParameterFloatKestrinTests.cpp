@@ -124,7 +124,7 @@ TEST (AudioParameterFloatKestrin, RoundsEveryPositionAsRoundfDoes)
     {
         const Parameter parameter ("id", "Name", 0.0f, 1.0f, 0, { "a" }, steps);
 
-        // Up to 1.5 and below 0: past the fast path too, where the product lies above 2^22 or is negative.
+        // Up to 1.5 and below 0: past the fast path too, where index times position is above 2^22 or negative.
         for (int step = -2000; step <= 15000; ++step)
         {
             const auto position = (float) step / 10000.0f * (step % 3 == 0 ? 7.0f : 1.0f);

@@ -21,7 +21,7 @@ constexpr auto quietNaN = std::numeric_limits<float>::quiet_NaN();
 /** In the order in which a frame looks at them. */
 constexpr std::array watchedIds { "hp_freq", "lp_freq", "hp_reso", "lp_reso" };
 
-/** Both filters and both resonances, standing still. */
+/** Both filters and both resonances, at rest. */
 void fillPath (EngineDriver& driver)
 {
     driver.set ("hp_freq", 0.4f);
@@ -94,7 +94,7 @@ TYPED_TEST (FramePath, AsksForATickInEachOfTheFirstFourFrames)
 
 TYPED_TEST (FramePath, TicksInTheFirstFiveFramesWhenNothingMoves)
 {
-    // The first tick is pending from the start, and each watched parameter asks for one. The slews stand at 0.
+    // The first tick is pending from the start, and each watched parameter asks for one. The slews are at 0.
     TypeParam driver;
     driver.set ("lp_freq", 0.0f);
     driver.setTransport (3.3);
@@ -547,7 +547,7 @@ TYPED_TEST (BlockLoop, TicksEvery65536FramesInAnySplitIntoBlocks)
 }
 
 //======================================================================================================================
-// The plug-in beside itself.
+// The plug-in compared with itself.
 
 TEST (PluginLoop, GivesTheSameInBlocksAsFrameByFrame)
 {

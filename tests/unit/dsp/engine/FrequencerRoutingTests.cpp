@@ -19,7 +19,7 @@ constexpr int manyTicks = 100;
 // A tenth of a sum, through the 0.5 of the target: single precision.
 constexpr float rounding = 1.0e-5f;
 
-/** The sum of the steps over many ticks, read back from the target of a highpass that stands in the middle. */
+/** The sum of the steps over many ticks, read back from the target of a highpass knob in the middle. */
 template <typename Driver>
 [[nodiscard]] float highpassSum (Driver& driver)
 {

@@ -29,7 +29,7 @@ constexpr int wobbly = 1;
 constexpr int drunk = 2;
 constexpr int tempo = 3;
 
-/** A transport that stands somewhere but at the start. */
+/** Any position of the transport but 0. */
 constexpr double somewhere = 3.3;
 
 /** The number of an LFO is 1 or 2. */
@@ -69,7 +69,7 @@ TYPED_TEST_SUITE (LfoRouting, Engines);
 } // namespace
 
 //======================================================================================================================
-// Whether they move.
+// When they move.
 
 TYPED_TEST (LfoRouting, HoldsBothLfosAtTheirStartWithoutATransport)
 {
@@ -539,7 +539,7 @@ TYPED_TEST (LfoRouting, ReadsLfoTwoBeforeItMovesAndLfoOneAfterItHasMoved)
         return factor * factor;
     };
 
-    // LFO 1 reads LFO 2 as it stands. LFO 2 reads LFO 1 one step on.
+    // LFO 1 reads LFO 2 before it has moved. LFO 2 reads LFO 1 one step on.
     first.phaseA += first.phaseStepA;
     const auto ofFirst = multiplied (second, "lfo2T_lfo1");
     const auto ofSecond = multiplied (first, "lfo1T_lfo2");
@@ -560,7 +560,7 @@ TYPED_TEST (LfoRouting, MovesTheSpeedOfTheOtherLfoBySquares)
     driver.set ("lfo1T_lfo2", 0.75f);
     driver.tick (manyTicks);
 
-    // The square stands at -1 in its first half: at a depth of 0.5 the factor is (1 - 0.25)^2, and it enters squared.
+    // The square is at -1 in its first half: at a depth of 0.5 the factor is (1 - 0.25)^2, and it enters squared.
     const auto hertz = 0.02 * std::pow (1000.0, 0.5 * 0.5625 * 0.5625);
     EXPECT_NEAR (driver.engine.lfo[1].phaseStepA * rate, hertz, 1.0e-6);
     EXPECT_EQ (driver.engine.lfo[0].phaseStepA, freeFrequency (driver, 0) / rate);

@@ -20,8 +20,8 @@ constexpr auto quietNaN = std::numeric_limits<double>::quiet_NaN();
 /** The single-precision 0.498. */
 constexpr double limit = (double) 0.498f;
 
-// The sections run in double precision, and a lowpass at 100 Hz builds up some 2e4 times its input in its delay lines: the
-// rounding of some 2e-16 of that is a few 1e-12 of the input.
+// The sections run in double precision. A lowpass at 100 Hz builds up about 2e4 times its input in its delay lines. Their
+// rounding error is about 2e-16 of that, or a few 1e-12 of the input.
 constexpr double roundingOfTheSections = 1.0e-10;
 
 constexpr std::size_t framesUntilSilence = 40000;
@@ -34,7 +34,7 @@ template <typename Filter>
     return filter;
 }
 
-/** The magnitude of a Butterworth filter whose frequencies are those of the analogue filter, tan (pi f / rate). */
+/** The magnitude of a Butterworth filter. Frequencies are those of the analogue filter, tan (pi f / rate). */
 [[nodiscard]] double butterworthMagnitude (unsigned order, bool highpass, double analogueRatio)
 {
     const auto x = highpass ? 1.0 / analogueRatio : analogueRatio;
@@ -52,7 +52,7 @@ template <typename Filter>
     return std::sqrt ((1.0 - f1 - f2) * (1.0 + f1 - f2)) / (2.0 + 2.0 * f2);
 }
 
-/** One second-order section with a delay line of its own, as the cascade is said to be made of. */
+/** One second-order section with its own delay line: the cascade should equal a series of these. */
 struct LiteralSection
 {
     double w1 = 0.0, w2 = 0.0;
@@ -69,7 +69,7 @@ struct LiteralSection
     }
 };
 
-/** The left channel of a cascade whose delay lines the test handles by itself. */
+/** The left channel of a cascade, with delay lines in the test itself. */
 struct LiteralCascade
 {
     std::array<LiteralSection, 4> sections;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// Filters that take whole blocks of frames, beside the same filters taken frame by frame.
+// Filters that process whole blocks of frames, compared with the same filters frame by frame.
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -75,7 +75,7 @@ testing::AssertionResult areEqual (StereoPair a, StereoPair b)
     return testing::AssertionFailure() << a.left() << ", " << a.right() << " is not " << b.left() << ", " << b.right();
 }
 
-/** Runs a filter over frames, as it is designed. */
+/** Runs a filter over frames without designing it. */
 void process (ButterworthFilter& filter, StereoBlock frames)
 {
     SectionCascade cascade (frames, SectionCascade::Coefficients::standing);

@@ -138,7 +138,7 @@ TYPED_TEST (GrungeLadders, KeepsTheMemoryOfAHighpassStageLinear)
     ladder.process (left, right);
     EXPECT_NEAR (left, mixed (1.0, b), 1.0e-15);
 
-    // The state is the prediction itself, whatever came out.
+    // The state is the prediction itself and does not depend on the output.
     left = -0.5;
     ladder.process (left, right);
     EXPECT_NEAR (left, mixed (-0.5, b * -0.5 + a * b), 1.0e-15);
@@ -225,13 +225,13 @@ TYPED_TEST (GrungeLadders, LetsTheCutoffRunAboveHalfTheRate)
         EXPECT_NEAR (ladder.poleCoefficient, poleOf (cutoff), 1.0e-14);
         EXPECT_EQ (ladder.inputCoefficient, 1.0 - ladder.poleCoefficient);
         EXPECT_LT (ladder.poleCoefficient, previous);
-        EXPECT_EQ (ladder.poleCoefficient<0.0, cutoff> rate / std::numbers::pi);
+        EXPECT_EQ ((ladder.poleCoefficient < 0.0), (cutoff > rate / std::numbers::pi));
         previous = ladder.poleCoefficient;
     }
 
     EXPECT_NEAR (configured<TypeParam> (1, false, 1.0e12, 0.0).poleCoefficient, -1.0, 1.0e-6);
 
-    // The limit is kept beside it and enters nothing.
+    // The limited cutoff is kept as well, and nothing uses it.
     EXPECT_EQ (configured<TypeParam> (1, false, 40000.0, 0.0).limitedCutoff, (double) 0.498f * rate);
 }
 
@@ -243,7 +243,7 @@ TYPED_TEST (GrungeLadders, KeepsTheStateOfStagesThatFallOutOfUse)
         response::toNoise (ladder, 4, 300);
         auto untouched = ladder;
 
-        // Without stages nothing moves at all, whatever is fed and however it is configured.
+        // Without stages neither input nor configuration moves anything.
         ladder.configure (0, ! highpass, 50.0, 9.0, 1.0, 96000.0);
         response::toNoise (ladder, 5, 100);
         ladder.configure (8, highpass, 1000.0, 1.0, highpass ? highpassGain : lowpassGain, rate);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// The filters beside those of the reference engine, in every bit. Built twice: with SSE2, and with plain lanes as on a processor
-// without it.
+// The filters compared with those of the reference engine, bit for bit. Built twice: with SSE2, and with plain lanes as on a
+// processor without it.
 #include <array>
 #include <cstddef>
 #include <vector>

@@ -105,7 +105,7 @@ TYPED_TEST (SlewValues, SwingsLikeADampedSpringInModeThree)
     slew.stiffness = 0.25f;
     slew.damping = 2.0f;
 
-    // (1 - (0.5 * 2 + 0.25)) * 0.25 + 0.5, and then 0.25 further.
+    // (1 - (0.5 * 2 + 0.25)) * 0.25 + 0.5, and then 0.25 more.
     slew.advance();
     EXPECT_EQ (slew.step, 0.4375f);
     EXPECT_EQ (slew.current, 0.6875f);

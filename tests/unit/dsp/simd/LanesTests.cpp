@@ -14,7 +14,7 @@ namespace
 {
 using Limits = std::numeric_limits<float>;
 
-/** All kinds of floats: each meets each in each place. */
+/** All kinds of floats. Every pair of them is tried in every lane. */
 constexpr std::array numbers { 0.0f,
                                -0.0f,
                                1.0f,
@@ -28,7 +28,7 @@ constexpr std::array numbers { 0.0f,
                                -Limits::infinity(),
                                Limits::quiet_NaN() };
 
-/** The same bits, but that any two NaN are the same. */
+/** The same bits, or two NaNs of any kind. */
 [[nodiscard]] bool areSame (float a, float b)
 {
     return (std::isnan (a) && std::isnan (b)) || std::bit_cast<std::uint32_t> (a) == std::bit_cast<std::uint32_t> (b);
