@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-using namespace editorTable;
+namespace table = editorTable;
 
 namespace
 {
@@ -15,23 +15,24 @@ constexpr int pollMilliseconds = 33;
 constexpr int tempoIndex = 3;
 constexpr int beyondTempoIndex = 4;
 
-void addShape (juce::Component& parent, juce::DrawableRectangle& rectangle, const Shape& shape,
+void addShape (juce::Component& parent, juce::DrawableRectangle& rectangle, const table::Shape& shape,
                juce::Rectangle<float> area)
 {
     rectangle.setRectangle (area);
     rectangle.setCornerSize ({ shape.cornerSize, shape.cornerSize });
     rectangle.setFill (juce::Colour { shape.fill });
 
-    if (shape.strokeFill != noStroke)
+    if (shape.strokeFill != table::noStroke)
         rectangle.setStrokeFill (juce::Colour { shape.strokeFill });
 
     parent.addAndMakeVisible (rectangle);
 }
 
-void setCaption (juce::Label& label, const char* text, Area area, Align align)
+void setCaption (juce::Label& label, const char* text, table::Area area, table::Align align)
 {
     label.setText (text, juce::dontSendNotification);
-    label.setJustificationType (align == Align::left ? juce::Justification::centredLeft : juce::Justification::centred);
+    label.setJustificationType (align == table::Align::left ? juce::Justification::centredLeft
+                                                            : juce::Justification::centred);
     label.setBounds (area.toRectangle());
 }
 
@@ -69,10 +70,10 @@ MainAudioProcessorEditor::~MainAudioProcessorEditor()
 //======================================================================================================================
 void MainAudioProcessorEditor::addSwitches()
 {
-    for (std::size_t i = 0; i < switches.size(); ++i)
+    for (std::size_t i = 0; i < table::switches.size(); ++i)
     {
-        const auto& row = switches[i];
-        setCaption (switchCaptions[i], row.text, row.captionArea(), Align::left);
+        const auto& row = table::switches[i];
+        setCaption (switchCaptions[i], row.text, row.captionArea(), table::Align::left);
         switchToggles[i].setBounds (row.toggleArea().toRectangle());
         switchToggles[i].addListener (this);
 
@@ -86,7 +87,7 @@ void MainAudioProcessorEditor::addSwitches()
 
 void MainAudioProcessorEditor::addMainPanel()
 {
-    mainPanel.setBounds (editorTable::mainPanel.toRectangle());
+    mainPanel.setBounds (table::mainPanel.toRectangle());
 
     // The link overlaps both filter columns, so it is added over them.
     addFilterColumns();
@@ -108,23 +109,23 @@ void MainAudioProcessorEditor::preventFocusFallthrough()
 
 void MainAudioProcessorEditor::addFilterColumns()
 {
-    const std::array<juce::Component*, numFilters> panels { &hpPanel, &lpPanel };
+    const std::array<juce::Component*, table::numFilters> panels { &hpPanel, &lpPanel };
 
-    for (auto column = 0; column < numFilters; ++column)
+    for (auto column = 0; column < table::numFilters; ++column)
     {
         const auto index = (std::size_t) column;
         auto& panel = *panels[index];
         auto& controls = filterControls[index];
 
-        panel.setBounds (columnPlace (column).toRectangle());
-        addShape (panel, controls.background, columnBackground, columnBackgroundArea());
+        panel.setBounds (table::columnPlace (column).toRectangle());
+        addShape (panel, controls.background, table::columnBackground, table::columnBackgroundArea());
 
-        for (std::size_t i = 0; i < filterCaptions.size(); ++i)
-            addCaption (panel, controls.captions[i], filterCaptions[i], column);
+        for (std::size_t i = 0; i < table::filterCaptions.size(); ++i)
+            addCaption (panel, controls.captions[i], table::filterCaptions[i], column);
 
-        for (std::size_t i = 0; i < filterKnobs.size(); ++i)
-            addKnob (panel, controls.knobs[i], parameters.*filterKnobs[i].parameters[index], filterKnobs[i].area,
-                     filterKnobs[i].arc);
+        for (std::size_t i = 0; i < table::filterKnobs.size(); ++i)
+            addKnob (panel, controls.knobs[i], parameters.*table::filterKnobs[i].parameters[index],
+                     table::filterKnobs[i].area, table::filterKnobs[i].arc);
 
         mainPanel.addAndMakeVisible (panel);
     }
@@ -132,8 +133,8 @@ void MainAudioProcessorEditor::addFilterColumns()
 
 void MainAudioProcessorEditor::addLink()
 {
-    addCaption (mainPanel, linkCaption, editorTable::linkCaption);
-    linkToggle.setBounds (editorTable::linkToggle.toRectangle());
+    addCaption (mainPanel, linkCaption, table::linkCaption);
+    linkToggle.setBounds (table::linkToggle.toRectangle());
     linkToggle.addListener (this);
     mainPanel.addAndMakeVisible (linkToggle);
 }
@@ -144,37 +145,37 @@ void MainAudioProcessorEditor::addLfoColumn (int lfoIndex)
     auto& panel = lfoPanels[index];
     auto& controls = lfoControls[index];
 
-    panel.setBounds (columnPlace (firstSharedPlace + lfoIndex).toRectangle());
-    addShape (panel, controls.background, columnBackground, columnBackgroundArea());
+    panel.setBounds (table::columnPlace (table::firstSharedPlace + lfoIndex).toRectangle());
+    addShape (panel, controls.background, table::columnBackground, table::columnBackgroundArea());
 
-    for (std::size_t i = 0; i < lfoCaptions.size(); ++i)
-        addCaption (panel, controls.captions[i], lfoCaptions[i], lfoIndex);
+    for (std::size_t i = 0; i < table::lfoCaptions.size(); ++i)
+        addCaption (panel, controls.captions[i], table::lfoCaptions[i], lfoIndex);
 
-    for (std::size_t i = 0; i < lfoKnobs.size(); ++i)
-        addKnob (panel, controls.knobs[i], (parameters.*lfoKnobs[i].parameters)[index], lfoKnobs[i].area,
-                 lfoKnobs[i].arc);
+    for (std::size_t i = 0; i < table::lfoKnobs.size(); ++i)
+        addKnob (panel, controls.knobs[i], (parameters.*table::lfoKnobs[i].parameters)[index], table::lfoKnobs[i].area,
+                 table::lfoKnobs[i].arc);
 
-    addShape (panel, controls.track, track, trackArea());
-    addShape (panel, controls.dot, dot, dotArea (-1.0f));
+    addShape (panel, controls.track, table::track, table::trackArea());
+    addShape (panel, controls.dot, table::dot, table::dotArea (-1.0f));
     mainPanel.addAndMakeVisible (panel);
 }
 
 void MainAudioProcessorEditor::addStepColumn()
 {
     auto& panel = frequencerPanels[0];
-    panel.setBounds (columnPlace (firstSharedPlace).toRectangle());
-    addShape (panel, stepsBackground, columnBackground, columnBackgroundArea());
+    panel.setBounds (table::columnPlace (table::firstSharedPlace).toRectangle());
+    addShape (panel, stepsBackground, table::columnBackground, table::columnBackgroundArea());
 
     for (auto step = 0; step < ParameterSet::numSteps; ++step)
     {
         const auto index = (std::size_t) step;
         auto& controls = stepControls[index];
 
-        for (std::size_t i = 0; i < stepKnobs.size(); ++i)
-            addKnob (panel, controls.knobs[i], (parameters.*stepKnobs[i].parameters)[index],
-                     { stepKnobs[i].x, stepTop (step), half, half }, Arc::none);
+        for (std::size_t i = 0; i < table::stepKnobs.size(); ++i)
+            addKnob (panel, controls.knobs[i], (parameters.*table::stepKnobs[i].parameters)[index],
+                     { table::stepKnobs[i].x, table::stepTop (step), table::half, table::half }, table::Arc::none);
 
-        addShape (panel, controls.light, stepLight, stepLightArea (step));
+        addShape (panel, controls.light, table::stepLight, table::stepLightArea (step));
     }
 
     mainPanel.addAndMakeVisible (panel);
@@ -183,48 +184,49 @@ void MainAudioProcessorEditor::addStepColumn()
 void MainAudioProcessorEditor::addFrequencerColumn()
 {
     auto& panel = frequencerPanels[1];
-    panel.setBounds (columnPlace (firstSharedPlace + 1).toRectangle());
-    addShape (panel, frequencerControls.background, columnBackground, columnBackgroundArea());
+    panel.setBounds (table::columnPlace (table::firstSharedPlace + 1).toRectangle());
+    addShape (panel, frequencerControls.background, table::columnBackground, table::columnBackgroundArea());
 
-    for (std::size_t i = 0; i < frequencerCaptions.size(); ++i)
-        addCaption (panel, frequencerControls.captions[i], frequencerCaptions[i]);
+    for (std::size_t i = 0; i < table::frequencerCaptions.size(); ++i)
+        addCaption (panel, frequencerControls.captions[i], table::frequencerCaptions[i]);
 
     offsetEditor.setText ({}, false);
     offsetEditor.setMultiLine (false, false);
     offsetEditor.setReturnKeyStartsNewLine (false);
     offsetEditor.setInputRestrictions (7, "1234567890.+-");
     offsetEditor.setJustification (juce::Justification::left | juce::Justification::top);
-    offsetEditor.setBounds (editorTable::offsetEditor.toRectangle());
+    offsetEditor.setBounds (table::offsetEditor.toRectangle());
     offsetEditor.addListener (this);
     panel.addAndMakeVisible (offsetEditor);
 
     randomizeButton.setButtonText ("Randomize");
-    randomizeButton.setBounds (editorTable::randomizeButton.toRectangle());
+    randomizeButton.setBounds (table::randomizeButton.toRectangle());
     randomizeButton.addListener (this);
     panel.addAndMakeVisible (randomizeButton);
 
-    for (std::size_t i = 0; i < amountKnobs.size(); ++i)
-        addKnob (panel, frequencerControls.knobs[i], parameters.*amountKnobs[i].parameter, amountKnobs[i].area,
-                 Arc::none);
+    for (std::size_t i = 0; i < table::amountKnobs.size(); ++i)
+        addKnob (panel, frequencerControls.knobs[i], parameters.*table::amountKnobs[i].parameter,
+                 table::amountKnobs[i].area, table::Arc::none);
 
     mainPanel.addAndMakeVisible (panel);
 }
 
-void MainAudioProcessorEditor::addCaption (juce::Component& parent, juce::Label& label, const Caption& row, int column)
+void MainAudioProcessorEditor::addCaption (juce::Component& parent, juce::Label& label, const table::Caption& row,
+                                           int column)
 {
     setCaption (label, row.texts[(std::size_t) column], row.area, row.align);
     parent.addAndMakeVisible (label);
 }
 
 void MainAudioProcessorEditor::addKnob (juce::Component& parent, ParameterSlider& knob,
-                                        ParameterSet::Parameter* parameter, Area area, Arc arc)
+                                        ParameterSet::Parameter* parameter, table::Area area, table::Arc arc)
 {
     knob.bindToParameter (parameter);
     knob.addListener (this);
     knob.setBounds (area.toRectangle());
 
-    if (arc != Arc::none)
-        lookAndFeel.setRangeColours (knob, stopsOf (arc));
+    if (arc != table::Arc::none)
+        lookAndFeel.setRangeColours (knob, table::stopsOf (arc));
 
     parent.addAndMakeVisible (knob);
 }
@@ -240,7 +242,7 @@ void MainAudioProcessorEditor::updateWindowSize()
     for (auto& panel : frequencerPanels)
         panel.setVisible (showFrequencer);
 
-    setBounds (getX(), getY(), showLfos || showFrequencer ? wideWidth : narrowWidth, windowHeight);
+    setBounds (getX(), getY(), showLfos || showFrequencer ? table::wideWidth : table::narrowWidth, table::windowHeight);
 }
 
 void MainAudioProcessorEditor::applyInitialPanels()

@@ -4,8 +4,6 @@
 
 #include "editor/MainAudioProcessorEditor.h"
 
-using namespace editorTable;
-
 namespace
 {
 /** Writes a value and tells the host. The host hears the number as it was written, even where the parameter limits it, and

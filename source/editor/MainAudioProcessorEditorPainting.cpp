@@ -4,7 +4,7 @@
 #include "editor/Palette.h"
 #include "frame/PluginIdentity.h"
 
-using namespace editorTable;
+using editorTable::labelHeight;
 
 namespace
 {

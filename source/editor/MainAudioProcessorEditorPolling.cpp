@@ -4,8 +4,6 @@
 #include "common/PendingX11Events.h"
 #include "editor/MainAudioProcessorEditor.h"
 
-using namespace editorTable;
-
 namespace
 {
 /** Nothing is compared first: a control ignores a value that it already has. */
@@ -86,14 +84,14 @@ void MainAudioProcessorEditor::refreshResonanceCaptions()
     const auto* text = parameters.filtMode->getChoiceIndex() == ladderIndex ? "Grunge" : "Resonance";
 
     for (auto& column : filterControls)
-        column.captions[resonanceCaptionRow].setText (text, juce::dontSendNotification);
+        column.captions[editorTable::resonanceCaptionRow].setText (text, juce::dontSendNotification);
 }
 
 void MainAudioProcessorEditor::moveDot (int lfoIndex)
 {
     const auto index = (std::size_t) lfoIndex;
     auto& dotShape = lfoControls[index].dot;
-    const juce::Parallelogram<float> place { dotArea (mainProcessor.lfo[index].render()) };
+    const juce::Parallelogram<float> place { editorTable::dotArea (mainProcessor.lfo[index].render()) };
 
     if (dotShape.getRectangle() != place)
         dotShape.setRectangle (place);
