@@ -8,7 +8,7 @@
 
 namespace
 {
-using namespace reference;
+namespace Index = reference::Index;
 
 constexpr std::array uneven { 0, 1, 31, 63, 65, 2, 127, 129, 700 };
 constexpr int clockPeriod = 65536;
@@ -196,7 +196,7 @@ TEST (BitExact, WithTicksCalledDirectly)
     player.setParameter (Index::seqHpf (2), 0.7f);
     player.setTransport (
         [] (std::int64_t query) {
-            return Transport { true, true, 120.0, 1.0 + 0.001 * (double) query };
+            return reference::Transport { true, true, 120.0, 1.0 + 0.001 * (double) query };
         });
 
     for (int tick = 0; tick < 3000; ++tick)
@@ -245,7 +245,7 @@ TEST (BitExact, WithBlocksTicksAndFramesInAnyOrder)
         if (dice.chance (0.5))
             player.startAtRest();
 
-        player.setTransport (Transport { true, true, 128.0, 7.5 });
+        player.setTransport (reference::Transport { true, true, 128.0, 7.5 });
 
         for (int step = 0; step < 200; ++step)
         {

@@ -11,7 +11,7 @@
 
 namespace
 {
-using namespace reference;
+namespace Index = reference::Index;
 
 constexpr std::array uneven { 1, 64, 7, 200, 63, 65 };
 constexpr std::array curves { 0.0f, 0.2f, 0.4971f, 0.5f, 0.5029f, 0.8f, 1.0f };
@@ -403,6 +403,7 @@ TEST (BitExact, WhenAnyParameterMovesBetweenBlocks)
             player.playNoise (1 + dice.below (100));
         }
 
-        ASSERT_TRUE (player.isBitExact()) << parameterTable()[(std::size_t) index].id << "\n" << player.difference();
+        ASSERT_TRUE (player.isBitExact()) << reference::parameterTable()[(std::size_t) index].id << "\n"
+                                          << player.difference();
     }
 }

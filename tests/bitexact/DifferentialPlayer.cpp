@@ -151,7 +151,7 @@ void DifferentialPlayer::setFramesSinceRequest (std::int32_t frames)
 
 void DifferentialPlayer::startAtRest()
 {
-    using namespace reference;
+    namespace Index = reference::Index;
 
     const auto rest = [this] (int index, ::SlewValue& actual, reference::SlewValue& expected)
     { actual.current = actual.target = expected.current = expected.target = referenceEngine.getParameter (index); };

@@ -14,7 +14,13 @@
 
 namespace
 {
-using namespace rawHost;
+namespace vst = Steinberg::Vst;
+using rawHost::Block;
+using rawHost::Context;
+using rawHost::Flaws;
+using rawHost::Instance;
+using rawHost::Module;
+using rawHost::Point;
 
 /** Positions in the module's list of parameters. */
 constexpr int hpFreq = 0, hpReso = 1, hpMode = 2, lpFreq = 3, lpReso = 4, lpMode = 5;
@@ -346,7 +352,7 @@ TEST_F (HostileHost, MaySetParametersWithoutAudio)
     Instance instance (module, context);
     setUpAndStart (instance);
 
-    Changes changes;
+    rawHost::Changes changes;
     changes.add (instance.parameter (hpFreq), { { 0, 0.75 } });
     vst::ProcessData data;
     data.processMode = vst::kRealtime;
@@ -423,7 +429,7 @@ TEST_F (HostileHost, MaySaveAndLoadFromAnotherThreadWhileAudioRuns)
     {
         const auto& state = i % 2 == 0 ? one : other;
         EXPECT_EQ (instance.load (state), Steinberg::kResultOk);
-        EXPECT_EQ (withoutDate (instance.state()), withoutDate (state));
+        EXPECT_EQ (rawHost::withoutDate (instance.state()), rawHost::withoutDate (state));
     }
 
     isDone = true;
@@ -444,7 +450,7 @@ TEST_F (HostileHost, FindsTheSameStateExceptItsDateAfterLoadAndSave)
         setAtRandom (first, seed);
         const auto state = first.state();
         ASSERT_EQ (second.load (state), Steinberg::kResultOk);
-        EXPECT_EQ (withoutDate (second.state()), withoutDate (state)) << "seed " << seed;
+        EXPECT_EQ (rawHost::withoutDate (second.state()), rawHost::withoutDate (state)) << "seed " << seed;
     }
 }
 

@@ -9,7 +9,13 @@
 
 namespace
 {
-using namespace rawHost;
+namespace vst = Steinberg::Vst;
+using rawHost::Block;
+using rawHost::Context;
+using rawHost::Editor;
+using rawHost::Flaws;
+using rawHost::Instance;
+using rawHost::Module;
 
 class HostileWindow : public testing::Test
 {
@@ -50,7 +56,7 @@ protected:
     }
 
     Context context;
-    Module module = loadWithDisplay (KESTRIN_MODULE_LIBRARY);
+    Module module = rawHost::loadWithDisplay (KESTRIN_MODULE_LIBRARY);
     Instance instance { module, context };
     std::atomic<bool> isDone { false };
     std::atomic<int> numBlocks { 0 };
@@ -93,7 +99,8 @@ TEST_F (HostileWindow, MayBeCreatedAndNeverShown)
 
     for (int i = 0; i < 20; ++i)
     {
-        const IPtr<Steinberg::IPlugView> view (instance.controller->createView (vst::ViewType::kEditor), false);
+        const Steinberg::IPtr<Steinberg::IPlugView> view (instance.controller->createView (vst::ViewType::kEditor),
+                                                          false);
         Steinberg::ViewRect size;
         EXPECT_EQ (view->getSize (&size), Steinberg::kResultOk);
         EXPECT_GT (size.getWidth(), 200);

@@ -14,7 +14,12 @@
 
 namespace
 {
-using namespace rawHost;
+namespace vst = Steinberg::Vst;
+using rawHost::Block;
+using rawHost::Context;
+using rawHost::Editor;
+using rawHost::Instance;
+using rawHost::Module;
 
 /** What keeps the module busy, if anything. */
 struct Regime
@@ -59,7 +64,7 @@ class ModuleAudioThreadWatch : public testing::Test
 {
 protected:
     Context context;
-    Module module = loadWithDisplay (KESTRIN_MODULE_LIBRARY);
+    Module module = rawHost::loadWithDisplay (KESTRIN_MODULE_LIBRARY);
 };
 
 class ModuleAudioThread : public ModuleAudioThreadWatch, public testing::WithParamInterface<Regime>

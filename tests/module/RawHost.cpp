@@ -16,14 +16,26 @@
 
 namespace rawHost
 {
-using namespace Steinberg;
+namespace Linux = Steinberg::Linux;
+using Steinberg::FUnknown;
+using Steinberg::IBStream;
+using Steinberg::int32;
+using Steinberg::int64;
+using Steinberg::IPlugFrame;
+using Steinberg::IPluginFactory;
+using Steinberg::kNoInterface;
+using Steinberg::kNotImplemented;
+using Steinberg::kResultFalse;
+using Steinberg::kResultOk;
+using Steinberg::tresult;
+using Steinberg::TUID;
 
 namespace
 {
 [[nodiscard]] bool isOneOf (const TUID wanted, std::initializer_list<const TUID*> known)
 {
     return std::any_of (known.begin(), known.end(),
-                        [&] (const TUID* iid) { return FUnknownPrivate::iidEqual (wanted, *iid); });
+                        [&] (const TUID* iid) { return Steinberg::FUnknownPrivate::iidEqual (wanted, *iid); });
 }
 
 template <typename Interface>
@@ -86,13 +98,13 @@ void disconnect (FUnknown& from, FUnknown& to)
 
 tresult Context::queryInterface (const TUID wanted, void** object)
 {
-    if (isOneOf (wanted, { &vst::IHostApplication_iid, &FUnknown_iid }))
+    if (isOneOf (wanted, { &vst::IHostApplication_iid, &Steinberg::FUnknown_iid }))
         return give (static_cast<vst::IHostApplication*> (this), object);
 
     if (isOneOf (wanted, { &vst::IComponentHandler_iid }))
         return give (static_cast<vst::IComponentHandler*> (this), object);
 
-    if (isOneOf (wanted, { &IPlugFrame_iid }))
+    if (isOneOf (wanted, { &Steinberg::IPlugFrame_iid }))
         return give (static_cast<IPlugFrame*> (this), object);
 
     if (hasRunLoop && isOneOf (wanted, { &Linux::IRunLoop_iid }))
@@ -103,7 +115,7 @@ tresult Context::queryInterface (const TUID wanted, void** object)
 
 tresult Context::getName (vst::String128 name)
 {
-    constexpr char16 text[] { 'R', 'a', 'w', 0 };
+    constexpr Steinberg::char16 text[] { 'R', 'a', 'w', 0 };
     std::copy (std::begin (text), std::end (text), name);
     return kResultOk;
 }
@@ -114,7 +126,7 @@ tresult Context::createInstance (TUID, TUID, void** object)
     return kNotImplemented;
 }
 
-tresult Context::resizeView (IPlugView* view, ViewRect* size) { return view->onSize (size); }
+tresult Context::resizeView (Steinberg::IPlugView* view, Steinberg::ViewRect* size) { return view->onSize (size); }
 
 tresult Context::registerEventHandler (Linux::IEventHandler* handler, Linux::FileDescriptor descriptor)
 {
@@ -178,8 +190,9 @@ void Context::runMessages (int milliseconds)
 
 tresult Stream::queryInterface (const TUID wanted, void** object)
 {
-    return isOneOf (wanted, { &IBStream_iid, &FUnknown_iid }) ? give (static_cast<IBStream*> (this), object)
-                                                              : giveNothing (object);
+    return isOneOf (wanted, { &Steinberg::IBStream_iid, &Steinberg::FUnknown_iid })
+               ? give (static_cast<IBStream*> (this), object)
+               : giveNothing (object);
 }
 
 tresult Stream::read (void* buffer, int32 numBytes, int32* numRead)
@@ -221,7 +234,7 @@ tresult Stream::tell (int64* result)
 
 tresult Queue::queryInterface (const TUID wanted, void** object)
 {
-    return isOneOf (wanted, { &vst::IParamValueQueue_iid, &FUnknown_iid })
+    return isOneOf (wanted, { &vst::IParamValueQueue_iid, &Steinberg::FUnknown_iid })
                ? give (static_cast<vst::IParamValueQueue*> (this), object)
                : giveNothing (object);
 }
@@ -240,7 +253,7 @@ tresult Queue::addPoint (int32, vst::ParamValue, int32&) { return kResultFalse; 
 
 tresult Changes::queryInterface (const TUID wanted, void** object)
 {
-    return isOneOf (wanted, { &vst::IParameterChanges_iid, &FUnknown_iid })
+    return isOneOf (wanted, { &vst::IParameterChanges_iid, &Steinberg::FUnknown_iid })
                ? give (static_cast<vst::IParameterChanges*> (this), object)
                : giveNothing (object);
 }
@@ -292,7 +305,7 @@ Instance::Instance (const Module& module, Context& context)
 
     for (int32 index = 0; index < numClasses && component == nullptr; ++index)
     {
-        PClassInfo info {};
+        Steinberg::PClassInfo info {};
         module.factory->getClassInfo (index, &info);
 
         if (std::strcmp (info.category, kVstAudioEffectClass) == 0)

@@ -12,7 +12,19 @@
 
 namespace
 {
-using namespace reference;
+namespace Index = reference::Index;
+using reference::ButterworthFilter;
+using reference::choiceIndexOf;
+using reference::Engine;
+using reference::formatDuration;
+using reference::formatValueText;
+using reference::GrungeLadder;
+using reference::indexOfParameter;
+using reference::LfoGenerator;
+using reference::ParameterInfo;
+using reference::parameterTable;
+using reference::positionOfChoice;
+using reference::ResonancePeak;
 
 constexpr float quietNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr double pi = 3.141592653589793;
@@ -158,7 +170,7 @@ TEST (ReferenceText, ShowsNothingForAPositionAboveTheLastText)
     EXPECT_EQ (textOf ("filtmode", 2.0f / 9.0f), "");
 
     ParameterInfo unset;
-    unset.kind = choiceKind;
+    unset.kind = reference::choiceKind;
     unset.stepCount = 5;
     EXPECT_EQ (formatValueText (unset, 0.5f), "Modes not set!");
 }

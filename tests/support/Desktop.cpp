@@ -11,8 +11,6 @@
 
 namespace
 {
-using namespace std::chrono_literals;
-
 void requireProgram (const std::string& name)
 {
     if (std::system (("command -v " + name + " >/dev/null").c_str()) != 0)
@@ -66,7 +64,7 @@ bool waitForWindowManager()
         if (hasProperty (display.get(), window, answer))
             return true;
 
-        std::this_thread::sleep_for (5ms);
+        std::this_thread::sleep_for (std::chrono::milliseconds (5));
     }
 
     return false;

@@ -5,6 +5,10 @@
 
 namespace scenario
 {
+namespace Index = reference::Index;
+using reference::choiceIndexOf;
+using reference::parameterTable;
+using reference::positionOfChoice;
 
 RandomPatch::Theme RandomPatch::drawTheme() { return static_cast<Theme> (dice.below (8)); }
 
@@ -15,9 +19,8 @@ const char* RandomPatch::nameOf (Theme theme)
     return names[(int) theme];
 }
 
-std::array<float, reference::Index::count> RandomPatch::draw (Theme theme)
+std::array<float, Index::count> RandomPatch::draw (Theme theme)
 {
-    using namespace reference;
     std::array<float, Index::count> positions {};
 
     for (int i = 0; i < Index::count; ++i)
@@ -64,13 +67,12 @@ std::array<float, reference::Index::count> RandomPatch::draw (Theme theme)
 
 float RandomPatch::drawFor (int index)
 {
-    using namespace reference;
-    const ParameterInfo& info = parameterTable()[(std::size_t) index];
+    const reference::ParameterInfo& info = parameterTable()[(std::size_t) index];
 
     if (info.isBool)
         return dice.chance (0.5) ? 1.0f : 0.0f;
 
-    if (info.kind == choiceKind)
+    if (info.kind == reference::choiceKind)
         return legal (index, drawChoice (info));
 
     if (index >= Index::seqHpf (0))
@@ -148,10 +150,10 @@ float RandomPatch::drawChoice (const reference::ParameterInfo& info)
     const int numTexts = (int) info.texts.size();
 
     if (which < 0.85)
-        return reference::positionOfChoice (dice.below (numTexts), info.stepCount);
+        return positionOfChoice (dice.below (numTexts), info.stepCount);
 
     if (which < 0.95)
-        return reference::positionOfChoice (dice.below (info.stepCount), info.stepCount);
+        return positionOfChoice (dice.below (info.stepCount), info.stepCount);
 
     return dice.position();
 }
@@ -159,8 +161,6 @@ float RandomPatch::drawChoice (const reference::ParameterInfo& info)
 // Replaces the walking shape where it is not wanted.
 float RandomPatch::legal (int index, float position) const
 {
-    using namespace reference;
-
     if (options.brownian || (index != Index::lfoShape (0) && index != Index::lfoShape (1)))
         return position;
 

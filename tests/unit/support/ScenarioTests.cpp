@@ -8,7 +8,11 @@
 #include "support/scenario/ReferencePlayer.h"
 #include "support/scenario/Scenario.h"
 
-using namespace scenario;
+using scenario::describe;
+using scenario::makeScenario;
+using scenario::Options;
+using scenario::play;
+using scenario::ReferencePlayer;
 
 TEST (Scenario, IsTheSameForTheSameSeed)
 {
