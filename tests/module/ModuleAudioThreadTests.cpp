@@ -3,11 +3,17 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <map>
 #include <memory>
 #include <ostream>
 #include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
-#include <gtest/gtest.h>
+#include <dlfcn.h>
+
+#include <gmock/gmock.h>
 
 #include "module/RawEditor.h"
 #include "support/AudioThreadWatch.h"
@@ -60,6 +66,131 @@ const Regime regimes[] {
     { "AutomatedWithItsWindowOpen", resonant, automateAll, true },
 };
 
+vst::ProcessContext playingTransport()
+{
+    vst::ProcessContext transport {};
+    transport.sampleRate = 48000.0;
+    transport.tempo = 120.0;
+    transport.timeSigNumerator = transport.timeSigDenominator = 4;
+    transport.state = vst::ProcessContext::kPlaying | vst::ProcessContext::kTempoValid
+                      | vst::ProcessContext::kProjectTimeMusicValid | vst::ProcessContext::kTimeSigValid;
+    return transport;
+}
+
+/** What one block has done on its thread. */
+struct Seen
+{
+    AudioThreadWatch::Counts counts;
+    std::vector<const void*> mutexes;
+};
+
+Seen watchBlock (Instance& instance, Block& block)
+{
+    Seen seen;
+    const AudioThreadWatch watch;
+    EXPECT_EQ (instance.process (block), Steinberg::kResultOk);
+    seen.counts = watch.counts();
+
+    // Allocates, and so comes last.
+    const auto mutexes = watch.lockedMutexes().first ((std::size_t) seen.counts.locks);
+    seen.mutexes.assign (mutexes.begin(), mutexes.end());
+    return seen;
+}
+
+/** Runs on a new thread, which ends with it. */
+Seen watchBlockOnFreshThread (Instance& instance, Block& block)
+{
+    Seen seen;
+    std::thread ([&] { seen = watchBlock (instance, block); }).join();
+    return seen;
+}
+
+/** The two values that each parameter is sent to in turn: that of the regime, and the end of its range that is farther off. */
+class ParameterMoves
+{
+public:
+    ParameterMoves (Instance& instance, const Regime& regime)
+    {
+        for (int index = 0; index < instance.numParameters(); ++index)
+        {
+            ids.push_back (instance.parameter (index));
+            home.push_back (instance.controller->getParamNormalized (ids.back()));
+        }
+
+        for (const auto& [index, value] : regime.settings)
+            home[(std::size_t) index] = value;
+    }
+
+    [[nodiscard]] std::size_t size() const { return ids.size(); }
+    void addHome (Block& block, std::size_t index) const { block.changes.add (ids[index], { { 0, home[index] } }); }
+
+    void addAway (Block& block, std::size_t index) const
+    {
+        block.changes.add (ids[index], { { 0, home[index] < 0.5 ? 1.0 : 0.0 } });
+    }
+
+private:
+    std::vector<vst::ParamID> ids;
+    std::vector<double> home;
+};
+
+/** The framework's locks by name. A block without changes locks the callback lock and nothing else; a block that changes one
+    parameter also locks that parameter's listeners. Any other mutex has no name. */
+class KnownLocks
+{
+public:
+    KnownLocks (Instance& instance, const ParameterMoves& moves)
+    {
+        Block still (2, 64);
+        name (watchBlock (instance, still), "callback");
+
+        for (std::size_t index = 0; index < moves.size(); ++index)
+        {
+            Block away (2, 64), home (2, 64);
+            moves.addAway (away, index);
+            moves.addHome (home, index);
+            name (watchBlock (instance, away), listenersOf (index));
+            name (watchBlock (instance, home), listenersOf (index));
+        }
+    }
+
+    /** The names of what the block has locked. */
+    [[nodiscard]] std::vector<std::string> namesIn (const Seen& seen) const
+    {
+        std::vector<std::string> result;
+
+        for (const auto* mutex : seen.mutexes)
+            result.push_back (names.count (mutex) != 0 ? names.at (mutex) : "a lock of another kind");
+
+        return result;
+    }
+
+    [[nodiscard]] static std::vector<std::string> expectedFor (std::size_t numChanged)
+    {
+        std::vector<std::string> result { "callback" };
+
+        for (std::size_t index = 0; index < numChanged; ++index)
+            result.push_back (listenersOf (index));
+
+        return result;
+    }
+
+private:
+    static std::string listenersOf (std::size_t index) { return "listeners of parameter " + std::to_string (index); }
+
+    /** Gives the name to the one mutex of the block that has none yet. */
+    void name (const Seen& seen, const std::string& text)
+    {
+        for (const auto* mutex : seen.mutexes)
+            names.emplace (mutex, text);
+
+        const auto expected = text == "callback" ? std::vector { text } : std::vector<std::string> { "callback", text };
+        EXPECT_THAT (namesIn (seen), testing::UnorderedElementsAreArray (expected));
+    }
+
+    std::map<const void*, std::string> names;
+};
+
 class ModuleAudioThreadWatch : public testing::Test
 {
 protected:
@@ -81,12 +212,7 @@ TEST_P (ModuleAudioThread, NeverAllocatesFreesTouchesFilesOrTakesItsOwnLocks)
     const auto editor =
         GetParam().editorIsOpen ? std::make_unique<Editor> (instance, context) : std::unique_ptr<Editor>();
 
-    vst::ProcessContext transport {};
-    transport.sampleRate = 48000.0;
-    transport.tempo = 120.0;
-    transport.timeSigNumerator = transport.timeSigDenominator = 4;
-    transport.state = vst::ProcessContext::kPlaying | vst::ProcessContext::kTempoValid
-                      | vst::ProcessContext::kProjectTimeMusicValid | vst::ProcessContext::kTimeSigValid;
+    auto transport = playingTransport();
 
     for (int number = 0; number < 60; ++number)
     {
@@ -125,6 +251,50 @@ TEST_P (ModuleAudioThread, NeverAllocatesFreesTouchesFilesOrTakesItsOwnLocks)
     }
 }
 
+TEST_P (ModuleAudioThread, CallsForNoMemoryInTheFirstBlockOfAFreshThread)
+{
+    Instance instance (module, context);
+    ASSERT_TRUE (instance.setUp (48000.0, announcedFrames));
+    instance.start();
+
+    const auto editor =
+        GetParam().editorIsOpen ? std::make_unique<Editor> (instance, context) : std::unique_ptr<Editor>();
+    const ParameterMoves moves (instance, GetParam());
+
+    // Away from the default, so that the settings of the regime are changes.
+    Block toTheRegime (2, 64);
+
+    for (std::size_t index = 0; index < moves.size(); ++index)
+        moves.addHome (toTheRegime, index);
+
+    ASSERT_EQ (instance.process (toTheRegime), Steinberg::kResultOk);
+    const KnownLocks locks (instance, moves);
+    auto transport = playingTransport();
+
+    // Every parameter leaves the regime on one thread and comes back on the next.
+    for (int number = 0; number < 100; ++number)
+    {
+        Block block (2, 512);
+        block.fillWithNoise ((std::uint32_t) number);
+        block.context = &transport;
+        transport.projectTimeMusic = number * 0.1;
+
+        for (std::size_t index = 0; index < moves.size(); ++index)
+            number % 2 == 0 ? moves.addAway (block, index) : moves.addHome (block, index);
+
+        const auto seen = watchBlockOnFreshThread (instance, block);
+
+        EXPECT_EQ (seen.counts.allocations, 0) << "thread " << number;
+        EXPECT_EQ (seen.counts.releases, 0) << "thread " << number;
+        EXPECT_EQ (seen.counts.systemCalls, 0) << "thread " << number;
+        EXPECT_THAT (locks.namesIn (seen), testing::UnorderedElementsAreArray (KnownLocks::expectedFor (moves.size())))
+            << "thread " << number;
+
+        if (editor != nullptr)
+            context.runMessages (4);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P (Regimes, ModuleAudioThread, testing::ValuesIn (regimes),
                           [] (const auto& instance) { return std::string (instance.param.name); });
 
@@ -150,4 +320,26 @@ TEST_F (ModuleAudioThreadWatch, CountsAllocationsInsideTheModule)
                Steinberg::kResultOk);
     EXPECT_GT (watch.counts().allocations, 0);
     EXPECT_GT (watch.counts().releases, 0);
+}
+
+TEST_F (ModuleAudioThreadWatch, CountsWhatTheLoaderAllocatesOnAFreshThread)
+{
+    const std::unique_ptr<void, int (*) (void*)> library (dlopen (KESTRIN_THREAD_BLOCK_LIBRARY, RTLD_NOW), dlclose);
+    ASSERT_NE (library, nullptr) << dlerror();
+    auto* const touch = reinterpret_cast<char (*)()> (dlsym (library.get(), "touchThreadBlock"));
+    long atFirstUse = 0, atSecondUse = 0;
+
+    std::thread (
+        [&]
+        {
+            const AudioThreadWatch watch;
+            touch();
+            atFirstUse = watch.counts().allocations;
+            touch();
+            atSecondUse = watch.counts().allocations;
+        })
+        .join();
+
+    EXPECT_EQ (atFirstUse, 1);
+    EXPECT_EQ (atSecondUse, 1);
 }

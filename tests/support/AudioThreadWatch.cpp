@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "support/AudioThreadWatch.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -42,7 +44,10 @@ namespace
 thread_local bool watching = false;
 thread_local AudioThreadWatch::Counts counted;
 
-// Where nothing is counted these two have no callers.
+/** Of fixed size: a watch must not allocate. */
+thread_local std::array<const void*, 512> mutexes {};
+
+// Without counting these two have no callers.
 [[maybe_unused]] void noteAllocation() noexcept
 {
     if (watching)
@@ -53,6 +58,17 @@ thread_local AudioThreadWatch::Counts counted;
 {
     if (watching && memory != nullptr)
         ++counted.releases;
+}
+
+[[maybe_unused]] void noteLock (const void* mutex) noexcept
+{
+    if (! watching)
+        return;
+
+    if (const auto place = (std::size_t) counted.locks; place < mutexes.size())
+        mutexes[place] = mutex;
+
+    ++counted.locks;
 }
 
 #if KESTRIN_ADDRESS_SANITIZER
@@ -73,6 +89,11 @@ AudioThreadWatch::AudioThreadWatch() noexcept
 AudioThreadWatch::~AudioThreadWatch() { watching = false; }
 
 AudioThreadWatch::Counts AudioThreadWatch::counts() const noexcept { return counted; }
+
+std::span<const void* const> AudioThreadWatch::lockedMutexes() const noexcept
+{
+    return { mutexes.data(), std::min (mutexes.size(), (std::size_t) counted.locks) };
+}
 
 // The thread sanitizer must see the real calls, or it misses which thread waits for which. There nothing is counted.
 #if KESTRIN_THREAD_SANITIZER
@@ -99,9 +120,7 @@ void noteSystemCall() noexcept
 // The linker takes these from the executable before the C library's own.
 KESTRIN_INTERPOSED int pthread_mutex_lock (pthread_mutex_t* mutex) noexcept
 {
-    if (watching)
-        ++counted.locks;
-
+    noteLock (mutex);
     static auto* const real = realFunction<int (pthread_mutex_t*)> ("pthread_mutex_lock");
     return real (mutex);
 }
