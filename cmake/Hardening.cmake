@@ -1,13 +1,37 @@
 # SPDX-License-Identifier: AGPL-3.0-or-later
-# How the module is compiled so that it is safe to have in a host.
+# How the module is compiled and linked so that it is safe to have in a host: with memory of its threads that is there from the
+# beginning, with no symbols but the entry points, and with the compiler's and the loader's guards.
 
 # A module's thread-local block is otherwise made by the loader on each thread at its first use there, with memory: on an audio
 # thread. Static, it is there from the beginning of every thread. It must be small for that, as the loader keeps about 1.6 kB
 # free for the blocks of all modules that are opened later.
 set (kestrinModuleCompileOptions "")
+set (kestrinModuleLinkOptions "")
 
 if (CMAKE_SYSTEM_NAME STREQUAL "Linux")
     list (APPEND kestrinModuleCompileOptions -ftls-model=initial-exec)
+
+    # Copies into buffers of known size are checked. This takes an optimising compiler, and is the sanitizers' own business.
+    if (NOT KESTRIN_SANITIZE)
+        list (APPEND kestrinModuleCompileOptions
+            $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE>
+            $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-D_FORTIFY_SOURCE=2>)
+    endif()
+
+    list (APPEND kestrinModuleCompileOptions -fstack-protector-strong)
+
+    # All functions are looked up while the module is opened, so that none is on the audio thread, and their table is read-only
+    # from then on. A host that closes the module leaves it in memory: the loader cannot always take a static block back, and
+    # a module that is opened and closed a hundred times would use up what is free.
+    list (APPEND kestrinModuleLinkOptions
+        LINKER:-z,relro LINKER:-z,now LINKER:-z,nodelete
+        LINKER:--version-script=${CMAKE_CURRENT_LIST_DIR}/ExportedSymbols.map)
+    set (kestrinModuleLinkDepends ${CMAKE_CURRENT_LIST_DIR}/ExportedSymbols.map)
+elseif (APPLE)
+    # Untried.
+    foreach (symbol IN ITEMS GetPluginFactory bundleEntry bundleExit)
+        list (APPEND kestrinModuleLinkOptions LINKER:-exported_symbol,_${symbol})
+    endforeach()
 endif()
 
 # For each target whose objects are linked into the module.
@@ -15,4 +39,10 @@ function (kestrin_module_objects)
     foreach (target IN LISTS ARGN)
         target_compile_options (${target} PRIVATE ${kestrinModuleCompileOptions})
     endforeach()
+endfunction()
+
+# For the module itself. (Windows exports what the sources mark, which is no more than the entry points.)
+function (kestrin_module target)
+    target_link_options (${target} PRIVATE ${kestrinModuleLinkOptions})
+    set_property (TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${kestrinModuleLinkDepends})
 endfunction()
