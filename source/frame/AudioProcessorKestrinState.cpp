@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "frame/AudioProcessorKestrin.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -9,6 +10,7 @@
 #include <ctime>
 #include <limits>
 #include <memory>
+#include <set>
 #include <string_view>
 
 #include "common/SettingsGuard.h"
@@ -43,6 +45,19 @@ String valueAsText (float value)
     std::array<char, std::numeric_limits<float>::max_exponent10 + decimals + 4> text {};
     std::to_chars (text.data(), text.data() + text.size() - 1, value, std::chars_format::fixed, decimals);
     return text.data();
+}
+
+/** What every save writes beside the parameters. */
+constexpr std::array informativeNames { "plugin", "pluginversion", "date_modified", "daw", "samplerate", "username" };
+
+/** The bytes that a parser reads again in this value when it has been written with its characters escaped. */
+std::uint64_t rereadBytesWhenWritten (const String& value)
+{
+    XmlElement element (settingsTag);
+    element.setAttribute ("value", value);
+
+    const auto text = element.toString (XmlElement::TextFormat().singleLine().withoutHeader());
+    return rereadBytes ({ text.toRawUTF8(), text.getNumBytesAsUTF8() });
 }
 
 /** Whole hertz; 0 before the host has set a rate, and for one that no int can hold. */
@@ -168,11 +183,40 @@ void AudioProcessorKestrin::applyParameters (const XmlElement& settings)
 
 void AudioProcessorKestrin::keepExtraAttributes (const XmlElement& settings)
 {
+    std::set<String> writtenAnyway (informativeNames.begin(), informativeNames.end());
+
+    for (const auto* parameter : getParameters())
+        if (const auto* named = dynamic_cast<const AudioProcessorParameterWithID*> (parameter))
+            writtenAnyway.insert (named->paramID);
+
+    // What the next save writes must pass the guard again. So foreign attributes are kept as long as there is room for them
+    // beside what every save writes: thousands, and half of what their values may cost.
+    auto freePlaces = maxSettingsAttributes - std::min (maxSettingsAttributes, writtenAnyway.size());
+    auto freeBytes = maxRereadBytes / 2;
     extraAttributes.clear();
 
     for (int index = 0; index < settings.getNumAttributes(); ++index)
-        if (settings.getAttributeName (index).isNotEmpty() && settings.getAttributeValue (index).isNotEmpty())
-            setExtraAttribute (settings.getAttributeName (index), settings.getAttributeValue (index));
+    {
+        const auto& name = settings.getAttributeName (index);
+        const auto& value = settings.getAttributeValue (index);
+
+        if (name.isEmpty() || value.isEmpty())
+            continue;
+
+        if (writtenAnyway.count (name) == 0)
+        {
+            const std::size_t places = extraAttributes.count (name) == 0 ? 1 : 0;
+            const auto bytes = rereadBytesWhenWritten (value);
+
+            if (places > freePlaces || bytes > freeBytes)
+                continue;
+
+            freePlaces -= places;
+            freeBytes -= bytes;
+        }
+
+        setExtraAttribute (name, value);
+    }
 }
 
 void AudioProcessorKestrin::setExtraAttribute (String key, String value) { extraAttributes[key] = value; }

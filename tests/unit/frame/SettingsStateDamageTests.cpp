@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include <array>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -29,6 +30,19 @@ std::string otherBlock()
     settings::setAll (processor, std::vector<float> (55, 0.5f));
     return settings::savedBlock (processor);
 }
+
+/** " a0="1" a1="1"" and so on. */
+std::string foreignAttributes (int number)
+{
+    std::string attributes;
+
+    for (int index = 0; index < number; ++index)
+        attributes += " a" + std::to_string (index) + "=\"1\"";
+
+    return attributes;
+}
+
+std::string withoutDate (const std::string& text) { return settings::pinned (text, "date_modified", "now"); }
 
 void expectUntouchedBy (const std::string& block, const char* what)
 {
@@ -183,9 +197,9 @@ TEST (DamagedSettings, WithEntitiesOfTheirOwnChangeNothing)
         expectUntouchedBy (settings::blockOf (text), text);
 }
 
-TEST (DamagedSettings, WithAnInstructionInsideChangeNothing)
+TEST (DamagedSettings, WithAnInstructionBeforeTextChangeNothing)
 {
-    for (const auto* inside : { "<?pi?>text", "<?pi?> <!-- --> text", "<a/><?xml?>text", "<?pi?>" })
+    for (const auto* inside : { "<?pi?>text", "<?pi?> <!-- --> text", "<a/><?xml?>text" })
         expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)" + std::string (inside) + "</settings>"),
                            inside);
 }
@@ -205,11 +219,15 @@ TEST (DamagedSettings, OfSixtyFourMegabytesChangeNothing)
 {
     constexpr std::size_t size = 64 << 20;
 
-    for (const auto* filling : { "<a/>", "<a>", "&amp;" })
+    for (const auto* filling : { "<a/>", "<a>" })
         expectUntouchedBy (settings::blockOf (R"(<settings hp_freq="0.5">)"
                                               + settings::repeated (filling, size / std::string (filling).size())
                                               + "</settings>"),
                            filling);
+
+    expectUntouchedBy (
+        settings::blockOf (R"(<settings hp_freq="0.5" a=")" + settings::repeated ("&amp;", size / 5) + "\"/>"),
+        "references");
 
     expectUntouchedBy (std::string (size, '\0'), "zeros");
     expectUntouchedBy (settings::blockOf (std::string (size, 'x')), "letters");
@@ -245,16 +263,98 @@ TEST (DamagedSettings, WithAHugeForeignValueStillLoad)
     EXPECT_EQ (processor.parameters.hpFreq->get(), 0.5f);
 }
 
+TEST (DamagedSettings, WithHarmlessForeignContentStillLoad)
+{
+    for (const auto& inside :
+         { settings::repeated ("<a/>", 100000), settings::repeated ("<a>", 1023) + settings::repeated ("</a>", 1023),
+           std::string ("<?pi?>"), std::string (100000, '='), std::string ("<!-- & -->"),
+           settings::repeated ("&amp;", 1000000) })
+    {
+        Settled processor;
+        settings::loadText (processor, "<!DOCTYPE settings><settings hp_freq=\"0.5\">" + inside + "</settings>");
+        EXPECT_EQ (processor.parameters.hpFreq->get(), 0.5f) << inside.substr (0, 20);
+    }
+}
+
 TEST (DamagedSettings, WithFourThousandForeignAttributesLoadAndSave)
 {
-    std::string attributes = R"(hp_freq="0.5")";
-
-    for (int index = 0; index < 4000; ++index)
-        attributes += " a" + std::to_string (index) + "=\"1\"";
-
     Settled processor;
-    settings::loadText (processor, settings::element (attributes));
+    settings::loadText (processor, settings::element (R"(hp_freq="0.5")" + foreignAttributes (4000)));
 
     EXPECT_EQ (processor.parameters.hpFreq->get(), 0.5f);
     EXPECT_EQ (settings::attribute (settings::savedText (processor), "a3999"), "1");
+}
+
+TEST (DamagedSettings, WithAnyNumberOfForeignAttributesAreSavedSoThatTheyLoadAgain)
+{
+    // 55 parameters and six attributes are in every save; the rest of 4096 is free.
+    for (const auto number : { 4034, 4035, 4036, 4094, 4095 })
+    {
+        Settled first, second;
+        settings::loadText (first, settings::element (R"(hp_freq="0.5")" + foreignAttributes (number)));
+        ASSERT_EQ (first.parameters.hpFreq->get(), 0.5f);
+
+        const auto saved = settings::savedText (first);
+        EXPECT_EQ (settings::attribute (saved, "a4033"), "1") << number;
+        EXPECT_EQ (settings::attribute (saved, "a4034"), number > 4034 ? "1" : "(none)");
+        EXPECT_EQ (settings::attribute (saved, "a4035"), "(none)") << number;
+
+        settings::loadText (second, saved);
+        EXPECT_EQ (second.parameters.hpFreq->get(), 0.5f) << number;
+        EXPECT_EQ (withoutDate (settings::savedText (second)), withoutDate (saved)) << number;
+    }
+}
+
+TEST (DamagedSettings, WithForeignValuesThatGrowInASaveAreSavedSoThatTheyLoadAgain)
+{
+    // Each character is written as a reference of six bytes.
+    const auto value = [] (std::size_t length) { return "=\"" + settings::repeated ("\xc3\xa9", length) + "\""; };
+
+    struct Case
+    {
+        std::string attributes;
+        std::vector<std::string> kept, dropped;
+    };
+
+    const std::array cases {
+        Case { " a" + value (18000), { "a" }, {} },
+        Case { " a" + value (19000), {}, { "a" } },
+        Case { " a" + value (30000), {}, { "a" } },
+        Case { " a" + value (1000000), {}, { "a" } },
+        Case { " a" + value (10000) + " b" + value (10000) + " c" + value (10000), { "a", "b", "c" }, {} },
+        Case { " a" + value (15000) + " b" + value (15000) + " c" + value (1000), { "a", "c" }, { "b" } },
+    };
+
+    for (const auto& [attributes, kept, dropped] : cases)
+    {
+        Settled first, second;
+        settings::loadText (first, settings::element (R"(hp_freq="0.5")" + attributes + R"( known="1")"));
+        ASSERT_EQ (first.parameters.hpFreq->get(), 0.5f);
+
+        const auto saved = settings::savedText (first);
+        EXPECT_EQ (settings::attribute (saved, "known"), "1");
+
+        for (const auto& name : kept)
+            EXPECT_NE (settings::attribute (saved, name), "(none)") << name << " of " << attributes.size();
+
+        for (const auto& name : dropped)
+            EXPECT_EQ (settings::attribute (saved, name), "(none)") << name << " of " << attributes.size();
+
+        settings::loadText (second, saved);
+        EXPECT_EQ (second.parameters.hpFreq->get(), 0.5f) << attributes.size();
+        EXPECT_EQ (withoutDate (settings::savedText (second)), withoutDate (saved)) << attributes.size();
+    }
+}
+
+TEST (DamagedSettings, WithCharactersThatDoNotExistAreSavedSoThatTheyLoadAgain)
+{
+    for (const auto* code :
+         { "0", "1", "9", "127", "128", "55296", "65535", "1114111", "1114112", "2097151", "2097152", "2147483647",
+           "2147483648", "4294967295", "999999999999", "x7fffffff", "x80000000", "xffffffff" })
+    {
+        Settled first, second;
+        settings::loadText (first, settings::element ("hp_freq=\"0.5\" foreign=\"x&#" + std::string (code) + ";x\""));
+        settings::loadText (second, settings::savedText (first));
+        EXPECT_EQ (second.parameters.hpFreq->get(), 0.5f) << code << ": " << settings::savedText (first);
+    }
 }
