@@ -7,7 +7,9 @@
 
 namespace
 {
-using namespace reference;
+namespace Index = reference::Index;
+using reference::parameterTable;
+using reference::positionOfChoice;
 
 constexpr int sineShape = 0;
 constexpr int drunkSync = 2;
