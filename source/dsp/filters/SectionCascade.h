@@ -14,12 +14,11 @@
         w0 = feedback1 w1 + feedback2 w2 + x
         y  = gain (w0 + numeratorMiddle w1 + w2)
 
-    Why this form, whose coefficients may change with every frame: w is the input through the poles alone, so that two
-    numbers are the whole memory of a section, and songs sound like it. It stays bounded because every single design is
-    stable (the cutoff is kept below half the rate) and because consecutive designs are close to each other: the control
-    tick never lets a cutoff jump, it glides with a time constant of 4 ms or more. The gain is applied behind the memory, so
-    a fast sweep is heard a little louder or softer on its way: that is part of the sound. At low cutoffs w grows with the
-    square of rate over cutoff; double precision has room for that.
+    Why this form may have other coefficients with every frame: w is the input through the poles alone, and all of a section's
+    memory. It stays bounded, because every single design is stable (the cutoff is kept below half the rate) and consecutive
+    designs are close to each other (the control tick never lets a cutoff jump; it glides with a time constant of 4 ms or
+    more). The gain is applied behind the memory, so that a fast sweep is a little louder or softer on its way. Existing songs
+    depend on that. At low cutoffs w grows with the square of rate over cutoff; double precision has room for it.
 
     Sections are collected by add. They run when somebody needs their output (processed), and at the end (finish).
     Audio thread only; never allocates. */
