@@ -2,7 +2,6 @@
 #pragma once
 
 #include <algorithm>
-#include <random>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -10,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "dsp/MainAudioProcessor.h"
+#include "support/EngineDriver.h"
 #include "support/FakePlayHead.h"
 
 /** The plug-in with a host around it: sample rate, transport, and parameters by their ids. A behaviour that the reference
@@ -17,7 +17,7 @@
 class EngineUnderTest
 {
 public:
-    using Frames = std::vector<std::pair<float, float>>;
+    using Frames = EngineDriver::Frames;
 
     explicit EngineUnderTest (double rate = 48000.0) { processor.setRateAndBufferSizeDetails (rate, 512); }
 
@@ -105,18 +105,7 @@ public:
     /** White noise on both channels, the same for the same seed. */
     [[nodiscard]] static Frames noise (std::uint32_t seed, std::size_t numFrames, float amplitude = 0.5f)
     {
-        std::mt19937 generator (seed);
-        Frames frames;
-        frames.reserve (numFrames);
-        const auto draw = [&] { return amplitude * (float) ((double) generator() / 2147483648.0 - 1.0); };
-
-        for (std::size_t i = 0; i < numFrames; ++i)
-        {
-            const auto left = draw();
-            frames.emplace_back (left, draw());
-        }
-
-        return frames;
+        return EngineDriver::noise (seed, numFrames, amplitude);
     }
 
     // The processor keeps a pointer to the play head.
