@@ -281,7 +281,7 @@ TEST_F (InArdour, FollowsAutomationWithTheBitsOfTheReferenceEngineAndTheOfflineH
         juce::StringArray points;
         auto before = (float) lane.front().position;
 
-        for (const auto& [first, length] : ReferenceSong::rollingBlocks (numFrames))
+        for (const auto& [first, length] : match.alignment.rollingBlocks (numFrames))
         {
             const auto seconds = juce::String ((match.framesBefore + first) / Ardour::sampleRate, 9);
             const auto position = ReferenceSong::positionAtEnd (lane, first + length);

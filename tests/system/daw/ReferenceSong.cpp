@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "system/daw/ReferenceSong.h"
 
-#include <array>
+#include <algorithm>
 #include <cmath>
 
 namespace
 {
 constexpr double ticksPerBeat = 1920.0;
 constexpr double framesPerBeat = Ardour::sampleRate / 2.0; // at 120 beats per minute
-constexpr int mostStandingBlocks = 1000;
+
+constexpr int mostStandingBlocks = 200;
+
+/** The transport stands at whole multiples of this. */
+constexpr int alignmentGrid = 16;
+constexpr int mostRollingBlocksBefore = 2;
 
 double ticksAt (int frame) { return std::round (frame * ticksPerBeat / framesPerBeat); }
 
@@ -32,12 +37,17 @@ void process (reference::Engine& engine, juce::AudioBuffer<float>& block)
 
 ReferenceSong::ReferenceSong (const Ardour::Song& songToPlay) : song (songToPlay) {}
 
-std::vector<std::pair<int, int>> ReferenceSong::rollingBlocks (int numFrames)
+std::vector<std::pair<int, int>> ReferenceSong::Alignment::rollingBlocks (int numFrames) const
 {
-    std::vector<std::pair<int, int>> blocks { { -framesBeforeStart, framesBeforeStart }, { 0, firstBlock } };
+    std::vector<std::pair<int, int>> blocks;
 
-    for (int frame = firstBlock; frame < numFrames; frame += blockSize)
-        blocks.push_back ({ frame, blockSize });
+    for (auto first = -framesBeforeStart(); first < 0; first += blockSize)
+        blocks.push_back ({ first, std::min (blockSize, -first) });
+
+    blocks.push_back ({ 0, standsAt });
+
+    for (auto first = standsAt; first < numFrames; first += blockSize)
+        blocks.push_back ({ first, blockSize });
 
     return blocks;
 }
@@ -68,24 +78,26 @@ void ReferenceSong::automate (reference::Engine& engine, int endFrame) const
 
 ReferenceSong::Match ReferenceSong::bestMatch (const juce::AudioBuffer<float>& heard) const
 {
-    reference::Engine engine;
-    engine.setSampleRate (Ardour::sampleRate);
-    engine.prepareToPlay();
-    engine.transport = [] { return transportAt (firstBlock); };
+    auto best = bestMatch (heard, Alignment {});
 
-    for (int index = 0; index < reference::Index::count; ++index)
-        engine.setParameter (index, asSaved (engine.getParameter (index)));
+    for (int before = 1; before <= mostRollingBlocksBefore; ++before)
+        for (int standsAt = alignmentGrid; standsAt <= blockSize && best.numSame < heard.getNumSamples();
+             standsAt += alignmentGrid)
+            if (const auto match = bestMatch (heard, Alignment { standsAt, before }); match.numSame > best.numSame)
+                best = match;
 
-    for (const auto& [index, position] : song.positions)
-        engine.setParameter (index, asSaved (position));
+    return best;
+}
 
-    automate (engine, firstBlock);
-    Match best;
+ReferenceSong::Match ReferenceSong::bestMatch (const juce::AudioBuffer<float>& heard, Alignment alignment) const
+{
+    auto engine = startedEngine (alignment);
+    Match best { alignment, 0, 0 };
 
     for (int standing = 0; standing < mostStandingBlocks && best.numSame < heard.getNumSamples(); ++standing)
     {
-        if (const auto numSame = countSame (engine, heard); numSame > best.numSame)
-            best = { standing * blockSize + framesBeforeStart, numSame };
+        if (const auto numSame = countSame (engine, heard, alignment); numSame > best.numSame)
+            best = { alignment, standing * blockSize + alignment.framesBeforeStart(), numSame };
 
         juce::AudioBuffer<float> silence (2, blockSize);
         silence.clear();
@@ -95,12 +107,31 @@ ReferenceSong::Match ReferenceSong::bestMatch (const juce::AudioBuffer<float>& h
     return best;
 }
 
-int ReferenceSong::countSame (const reference::Engine& started, const juce::AudioBuffer<float>& heard) const
+/** The engine with the song's settings, before its first block. */
+reference::Engine ReferenceSong::startedEngine (Alignment alignment) const
+{
+    reference::Engine engine;
+    engine.setSampleRate (Ardour::sampleRate);
+    engine.prepareToPlay();
+    engine.transport = [alignment] { return transportAt (alignment.standsAt); };
+
+    for (int index = 0; index < reference::Index::count; ++index)
+        engine.setParameter (index, asSaved (engine.getParameter (index)));
+
+    for (const auto& [index, position] : song.positions)
+        engine.setParameter (index, asSaved (position));
+
+    automate (engine, alignment.standsAt);
+    return engine;
+}
+
+int ReferenceSong::countSame (const reference::Engine& started, const juce::AudioBuffer<float>& heard,
+                              Alignment alignment) const
 {
     auto engine = started;
     const auto numFrames = heard.getNumSamples();
 
-    for (const auto& [first, length] : rollingBlocks (numFrames))
+    for (const auto& [first, length] : alignment.rollingBlocks (numFrames))
     {
         juce::AudioBuffer<float> block (2, length);
         block.clear();
