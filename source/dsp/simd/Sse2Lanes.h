@@ -3,7 +3,62 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <emmintrin.h>
+
+class StereoPair;
+
+/** The bit patterns of two doubles, as integers. */
+class BitPair
+{
+public:
+    /** The same pattern on both sides. */
+    [[nodiscard]] static BitPair both (std::uint64_t bits) noexcept
+    {
+        return BitPair (_mm_set1_epi64x ((long long) bits));
+    }
+
+    /** Lane by lane, without carry from one to the other. */
+    friend BitPair operator+ (BitPair a, BitPair b) noexcept { return BitPair (_mm_add_epi64 (a.v, b.v)); }
+    /** Lane by lane. */
+    friend BitPair operator- (BitPair a, BitPair b) noexcept { return BitPair (_mm_sub_epi64 (a.v, b.v)); }
+    /** Lane by lane. */
+    friend BitPair operator& (BitPair a, BitPair b) noexcept { return BitPair (_mm_and_si128 (a.v, b.v)); }
+    /** Lane by lane. */
+    friend BitPair operator| (BitPair a, BitPair b) noexcept { return BitPair (_mm_or_si128 (a.v, b.v)); }
+    /** Lane by lane. */
+    friend BitPair operator^ (BitPair a, BitPair b) noexcept { return BitPair (_mm_xor_si128 (a.v, b.v)); }
+    /** Lane by lane. */
+    friend BitPair operator<< (BitPair a, int count) noexcept { return BitPair (_mm_slli_epi64 (a.v, count)); }
+    /** Lane by lane; zeros come in. */
+    friend BitPair operator>> (BitPair a, int count) noexcept { return BitPair (_mm_srli_epi64 (a.v, count)); }
+
+    /** The entry of a table for each lane. */
+    template <std::size_t size>
+    [[nodiscard]] friend BitPair lookUp (const std::array<std::uint64_t, size>& table, BitPair index) noexcept
+    {
+        return BitPair (_mm_unpacklo_epi64 (load (&table[index.low<0>()]), load (&table[index.low<4>()])));
+    }
+
+private:
+    friend class StereoPair;
+
+    explicit BitPair (__m128i newBits) noexcept : v (newBits) {}
+
+    [[nodiscard]] static __m128i load (const std::uint64_t* p) noexcept
+    {
+        return _mm_loadl_epi64 (reinterpret_cast<const __m128i*> (p));
+    }
+
+    /** A number below 65536, from one of the eight sixteenths. */
+    template <int sixteenth>
+    [[nodiscard]] std::size_t low() const noexcept
+    {
+        return (std::size_t) _mm_extract_epi16 (v, sixteenth);
+    }
+
+    __m128i v;
+};
 
 /** One number for the left channel and one for the right. They lie in one register, so that every operation costs what it
     costs for one channel. */
@@ -51,6 +106,42 @@ public:
     /** Lane by lane. */
     friend StereoPair operator/ (StereoPair a, StereoPair b) noexcept { return StereoPair (_mm_div_pd (a.v, b.v)); }
 
+    /** a where it is less than b, and b elsewhere. */
+    [[nodiscard]] friend StereoPair lesserOf (StereoPair a, StereoPair b) noexcept
+    {
+        return StereoPair (_mm_min_pd (a.v, b.v));
+    }
+
+    /** a where it is greater than b, and b elsewhere. */
+    [[nodiscard]] friend StereoPair greaterOf (StereoPair a, StereoPair b) noexcept
+    {
+        return StereoPair (_mm_max_pd (a.v, b.v));
+    }
+
+    /** x where a is greater than b, and y elsewhere. */
+    [[nodiscard]] friend StereoPair whereGreater (StereoPair a, StereoPair b, StereoPair x, StereoPair y) noexcept
+    {
+        return choose (_mm_cmpgt_pd (a.v, b.v), x, y);
+    }
+
+    /** x where a is at least b, and y elsewhere. */
+    [[nodiscard]] friend StereoPair whereAtLeast (StereoPair a, StereoPair b, StereoPair x, StereoPair y) noexcept
+    {
+        return choose (_mm_cmpge_pd (a.v, b.v), x, y);
+    }
+
+    /** True if a is at least b on either side. */
+    [[nodiscard]] friend bool isAnyAtLeast (StereoPair a, StereoPair b) noexcept
+    {
+        return _mm_movemask_pd (_mm_cmpge_pd (a.v, b.v)) != 0;
+    }
+
+    /** The patterns of two numbers. */
+    [[nodiscard]] BitPair bits() const noexcept { return BitPair (_mm_castpd_si128 (v)); }
+
+    /** The numbers of two patterns. */
+    [[nodiscard]] static StereoPair ofBits (BitPair bits) noexcept { return StereoPair (_mm_castsi128_pd (bits.v)); }
+
     /** Converts the samples of four frames to double. */
     friend void widenFour (const float* left, const float* right, StereoPair* pairs) noexcept
     {
@@ -74,7 +165,14 @@ public:
     }
 
 private:
+    friend class FloatQuad;
+
     explicit StereoPair (__m128d newPair) noexcept : v (newPair) {}
+
+    [[nodiscard]] static StereoPair choose (__m128d mask, StereoPair x, StereoPair y) noexcept
+    {
+        return StereoPair (_mm_or_pd (_mm_and_pd (mask, x.v), _mm_andnot_pd (mask, y.v)));
+    }
 
     __m128d v;
 };
@@ -119,6 +217,18 @@ public:
         auto changed = values();
         changed[lane] = x;
         return FloatQuad (changed);
+    }
+
+    /** Lanes 0 and 1 as doubles, exactly. */
+    [[nodiscard]] StereoPair firstHalf() const noexcept { return StereoPair (_mm_cvtps_pd (v)); }
+
+    /** Lanes 2 and 3 as doubles, exactly. */
+    [[nodiscard]] StereoPair secondHalf() const noexcept { return StereoPair (_mm_cvtps_pd (_mm_movehl_ps (v, v))); }
+
+    /** Four doubles, rounded. */
+    [[nodiscard]] static FloatQuad narrowed (StereoPair first, StereoPair second) noexcept
+    {
+        return FloatQuad (_mm_movelh_ps (_mm_cvtpd_ps (first.v), _mm_cvtpd_ps (second.v)));
     }
 
     /** Each without its sign. */
