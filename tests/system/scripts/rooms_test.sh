@@ -10,10 +10,11 @@ common         |
 frame          | common
 parameters     |
 dsp/simd       |
-dsp/filters    | dsp/simd
-dsp/modulation | dsp/simd
-dsp/engine     | dsp/filters dsp/modulation dsp/simd parameters
-dsp            | dsp/engine dsp/filters dsp/modulation dsp/simd frame parameters
+dsp/math       | dsp/simd
+dsp/filters    | dsp/math dsp/simd
+dsp/modulation | dsp/math dsp/simd
+dsp/engine     | dsp/filters dsp/math dsp/modulation dsp/simd parameters
+dsp            | dsp/engine dsp/filters dsp/math dsp/modulation dsp/simd frame parameters
 editor         | common dsp dsp/modulation frame parameters
 .              | dsp editor
 host           | common
