@@ -2,10 +2,10 @@
 #include "dsp/MainAudioProcessor.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <utility>
 
+#include "dsp/math/FloatExponential.h"
 #include "frame/PluginIdentity.h"
 #include "parameters/ParameterTable.h"
 
@@ -32,8 +32,8 @@ inline void mapToHertzAndAmounts (FloatQuad slewed, TickBatch& ticks, std::size_
     using Snapshot = ParameterSnapshot;
 
     const auto exponents = (slewed * FloatQuad::all (freqExpScale) + FloatQuad::all (freqExpOffset)).values();
-    ticks.hpHz[tick] = (double) std::exp (exponents[Snapshot::hpFreq]);
-    ticks.lpHz[tick] = (double) std::exp (exponents[Snapshot::lpFreq]);
+    ticks.hpHz[tick] = (double) elementary::exponential (exponents[Snapshot::hpFreq]);
+    ticks.lpHz[tick] = (double) elementary::exponential (exponents[Snapshot::lpFreq]);
 
     const auto cubes = slewed * slewed * slewed;
     const auto amounts = (cubes * cubes * FloatQuad::all (10.0f)).values();

@@ -7,6 +7,7 @@
 #include <span>
 
 #include "dsp/filters/FilterConstants.h"
+#include "dsp/math/FloatExponential.h"
 
 namespace
 {
@@ -93,7 +94,7 @@ constexpr float wobbleThreshold = 0.01f;
 
     // A song without a tempo lets a tempo-locked LFO run freely.
     if (frequency == 0.0f)
-        frequency = std::exp (settings.speed * multiplier * multiplier * expScale - expOffset);
+        frequency = elementary::exponential (settings.speed * multiplier * multiplier * expScale - expOffset);
 
     return frequency;
 }
@@ -106,7 +107,7 @@ void LfoBank::lockToTempo (TickBatch& ticks) noexcept
         const auto& settings = ticks.snapshot.lfo[i];
 
         setWobble (settings, ticks.rate, i);
-        lfo[i].curveExponent = 1.0f / std::exp (settings.bend);
+        lfo[i].curveExponent = 1.0f / elementary::exponential (settings.bend);
 
         if (settings.sync != ParameterSnapshot::tempoSync)
             continue;
@@ -139,7 +140,7 @@ void LfoBank::setWobble (const ParameterSnapshot::Lfo& settings, double rate, st
 
     // The two LFOs are detuned against each other: 0.055 and 0.054.
     const auto detune = (float) (i ^ 0x37u) * 0.001f;
-    const auto hertz = std::exp ((detune + law.offset) * settings.speed * law.scale - 4.6051702f);
+    const auto hertz = elementary::exponential ((detune + law.offset) * settings.speed * law.scale - 4.6051702f);
     wobbleStep[i] = (float) ((double) hertz / rate);
     wobbleDepth[i] = law.depth;
 }

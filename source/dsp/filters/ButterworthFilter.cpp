@@ -2,9 +2,10 @@
 #include "dsp/filters/ButterworthFilter.h"
 
 #include <cassert>
-#include <cmath>
 
 #include "dsp/filters/FilterConstants.h"
+#include "dsp/math/Sine.h"
+#include "dsp/math/Tangent.h"
 
 namespace
 {
@@ -16,7 +17,8 @@ public:
     {
         for (std::size_t n = 1; n <= ButterworthFilter::maxSections; ++n)
             for (std::size_t i = 0; i < n; ++i)
-                sines[n - 1][i] = std::sin ((halfPi / (double) n) * (double) i + quarterPi / (double) n);
+                sines[n - 1][i] =
+                    elementary::sineWithinQuarterTurn ((halfPi / (double) n) * (double) i + quarterPi / (double) n);
     }
 
     [[nodiscard]] double of (std::size_t section, std::size_t numSections) const noexcept
@@ -79,7 +81,7 @@ void ButterworthFilter::designSections (Cutoffs cutoffs, std::size_t first, Seri
     Series::Values tangents;
 
     for (auto frame = first; frame <= last; ++frame)
-        tangents[frame] = std::tan (limitCutoff (cutoffs[frame], sampleRate) * pi / sampleRate);
+        tangents[frame] = elementary::tangent (limitCutoff (cutoffs[frame], sampleRate) * pi / sampleRate);
 
     for (std::size_t i = 0; i < numSections; ++i)
     {

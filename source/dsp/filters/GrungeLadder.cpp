@@ -2,10 +2,10 @@
 #include "dsp/filters/GrungeLadder.h"
 
 #include <cassert>
-#include <cmath>
 #include <utility>
 
 #include "dsp/filters/FilterConstants.h"
+#include "dsp/math/Tangent.h"
 #include "dsp/simd/StagePipeline.h"
 
 namespace
@@ -126,7 +126,7 @@ void GrungeLadder::configure (int stages, bool highpass, double cutoff, double r
     numStages = stages;
     sampleRate = newSampleRate;
     limitedCutoff = limitCutoff (cutoff, sampleRate);
-    prewarped = std::tan (limitedCutoff * pi / sampleRate);
+    prewarped = elementary::tangent (limitedCutoff * pi / sampleRate);
     prewarpedSquared = prewarped * prewarped;
     numeratorMiddle = isHighpass ? -2.0 : 2.0;
 

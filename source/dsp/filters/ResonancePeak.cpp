@@ -2,10 +2,11 @@
 #include "dsp/filters/ResonancePeak.h"
 
 #include <cassert>
-#include <cmath>
 #include <cstddef>
 
 #include "dsp/filters/FilterConstants.h"
+#include "dsp/math/HyperbolicSine.h"
+#include "dsp/math/Sine.h"
 
 namespace
 {
@@ -18,17 +19,12 @@ constexpr double inverseAmplitude = 0.31622776601683794;
 // ln (2) / 2 as a float.
 constexpr double halfLn2 = 0.3465735912322998;
 
-const double crest = std::sin (halfPi);
-const double trough = std::sin (-halfPi);
-
 /** The sine of x within a quarter of a circle, and what it is at its ends beyond: it limits to -1 and 1 and folds nothing
     back. A NaN becomes the upper limit. */
-[[nodiscard]] double saturate (double x) noexcept
+[[nodiscard]] StereoPair saturate (StereoPair x) noexcept
 {
-    if (x < -halfPi)
-        return trough;
-
-    return x < halfPi ? std::sin (x) : crest;
+    const auto upper = StereoPair::both (halfPi);
+    return elementary::sineWithinQuarterTurn (greaterOf (lesserOf (x, upper), StereoPair::both (-halfPi)));
 }
 
 /** The coefficients as a frame uses them, divided by a0. */
@@ -68,7 +64,7 @@ void addSaturatedExcess (Process process, AmountOf amountOf, StereoBlock frames)
 
     for (std::size_t i = 0; i < frames.size(); ++i)
         if (ResonancePeak::isAudible (amountOf (i)))
-            frames[i] = frames[i] + StereoPair (saturate (excess[i].left()), saturate (excess[i].right()));
+            frames[i] = frames[i] + saturate (excess[i]);
 }
 } // namespace
 
@@ -85,9 +81,9 @@ void ResonancePeak::design (double sampleRate, double frequency, double bandwidt
     designed = true;
 
     const auto w = frequency * twoPi / sampleRate;
-    const auto s = std::sin (w);
-    const auto c = std::cos (w);
-    const auto alpha = std::sinh (bandwidthOctaves * halfLn2 * w / s) * s;
+    const auto s = elementary::sine (w);
+    const auto c = elementary::cosine (w);
+    const auto alpha = elementary::hyperbolicSine (bandwidthOctaves * halfLn2 * w / s) * s;
 
     b1 = a1 = -2.0 * c;
     b0 = alpha * amplitude + 1.0;

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "dsp/math/FloatPower.h"
+
 namespace
 {
 // The reserved shapes look ahead of the phase by this much.
@@ -81,9 +83,15 @@ float LfoGenerator::renderReservedSum (float phase) noexcept
 {
     const auto y = remainderOfCycle (phase, sumLead);
     auto sum = 0.0;
+    auto k = 1.0;
 
-    for (int k = 1; k <= 128; k *= 2)
-        sum += fraction ((double) k * y) / (double) std::log (2.0f * (float) k);
+    // ln (2), ln (4) and on to ln (256), as floats.
+    for (const auto logarithm :
+         { 0.693147182f, 1.38629436f, 2.07944155f, 2.77258873f, 3.46573591f, 4.15888309f, 4.85203028f, 5.54517746f })
+    {
+        sum += fraction (k * y) / (double) logarithm;
+        k *= 2.0;
+    }
 
     outputSlew.target = (float) ((sum * sum - 1.9) * (double) amplitude * 0.3);
     return outputSlew.current;
@@ -94,9 +102,9 @@ float LfoGenerator::bent (float x) const noexcept
     const auto u = (float) std::clamp (((double) x + 1.0) * 0.5, 0.0, 1.0);
 
     if (curveExponent > 1.0f)
-        return 2.0f * std::pow (u, curveExponent) - 1.0f;
+        return 2.0f * elementary::power (u, curveExponent) - 1.0f;
 
-    const auto y = std::pow (1.0f - u, 1.0f / curveExponent);
+    const auto y = elementary::power (1.0f - u, 1.0f / curveExponent);
     return 2.0f * (1.0f - y) - 1.0f;
 }
 

@@ -9,6 +9,7 @@
 #include <random>
 #include <span>
 
+#include "dsp/math/FloatSine.h"
 #include "dsp/modulation/SlewValue.h"
 #include "dsp/simd/Lanes.h"
 
@@ -286,8 +287,9 @@ private:
         {
             case sine:
                 return fill (
-                    [=] (At at)
-                    { return scale * std::sin ((float) ((double) (2.0f * at[Phases::a]) * std::numbers::pi)); });
+                    [=] (At at) {
+                        return scale * elementary::sine ((float) ((double) (2.0f * at[Phases::a]) * std::numbers::pi));
+                    });
             case triangle:
                 return fill ([=] (At at) { return scale * triangleOf (at[Phases::a]); });
             case saw:

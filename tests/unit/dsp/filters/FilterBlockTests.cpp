@@ -12,6 +12,7 @@
 #include "dsp/filters/ButterworthFilter.h"
 #include "dsp/filters/GrungeLadder.h"
 #include "dsp/filters/ResonancePeak.h"
+#include "dsp/math/Sine.h"
 #include "support/Response.h"
 
 namespace
@@ -88,9 +89,9 @@ void process (ButterworthFilter& filter, StereoBlock frames)
     const auto saturated = [&] (double excess)
     {
         const auto x = excess * (double) amount;
-        return std::sin (x < -1.5707963267948966  ? -1.5707963267948966
-                         : x < 1.5707963267948966 ? x
-                                                  : 1.5707963267948966);
+        return elementary::sineWithinQuarterTurn (x < -1.5707963267948966  ? -1.5707963267948966
+                                                  : x < 1.5707963267948966 ? x
+                                                                           : 1.5707963267948966);
     };
     const auto peaked = processed (peak, frame);
     return { frame.left() + saturated (peaked.left() - frame.left()),
