@@ -31,9 +31,12 @@ inline void mapToHertzAndAmounts (FloatQuad slewed, TickBatch& ticks, std::size_
 {
     using Snapshot = ParameterSnapshot;
 
-    const auto exponents = (slewed * FloatQuad::all (freqExpScale) + FloatQuad::all (freqExpOffset)).values();
-    ticks.hpHz[tick] = (double) elementary::exponential (exponents[Snapshot::hpFreq]);
-    ticks.lpHz[tick] = (double) elementary::exponential (exponents[Snapshot::lpFreq]);
+    static_assert (Snapshot::hpFreq == 0 && Snapshot::lpFreq == 1, "the cutoffs are the first half");
+    const auto exponents = slewed * FloatQuad::all (freqExpScale) + FloatQuad::all (freqExpOffset);
+    const auto exact = elementary::unroundedExponential (exponents.firstHalf());
+    const auto hertz = FloatQuad::narrowed (exact, exact).firstHalf();
+    ticks.hpHz[tick] = hertz.left();
+    ticks.lpHz[tick] = hertz.right();
 
     const auto cubes = slewed * slewed * slewed;
     const auto amounts = (cubes * cubes * FloatQuad::all (10.0f)).values();

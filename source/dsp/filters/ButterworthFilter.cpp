@@ -4,6 +4,7 @@
 #include <cassert>
 
 #include "dsp/filters/FilterConstants.h"
+#include "dsp/math/InPairs.h"
 #include "dsp/math/Sine.h"
 #include "dsp/math/Tangent.h"
 
@@ -81,7 +82,10 @@ void ButterworthFilter::designSections (Cutoffs cutoffs, std::size_t first, Seri
     Series::Values tangents;
 
     for (auto frame = first; frame <= last; ++frame)
-        tangents[frame] = elementary::tangent (limitCutoff (cutoffs[frame], sampleRate) * pi / sampleRate);
+        tangents[frame] = limitCutoff (cutoffs[frame], sampleRate) * pi / sampleRate;
+
+    elementary::inPairs (std::span (tangents).subspan (first, cutoffs.size() - first),
+                         [] (auto angle) { return elementary::tangent (angle); });
 
     for (std::size_t i = 0; i < numSections; ++i)
     {

@@ -6,6 +6,7 @@
 
 #include "dsp/filters/FilterConstants.h"
 #include "dsp/math/HyperbolicSine.h"
+#include "dsp/math/InPairs.h"
 #include "dsp/math/Sine.h"
 
 namespace
@@ -25,6 +26,39 @@ constexpr double halfLn2 = 0.3465735912322998;
 {
     const auto upper = StereoPair::both (halfPi);
     return elementary::sineWithinQuarterTurn (greaterOf (lesserOf (x, upper), StereoPair::both (-halfPi)));
+}
+
+/** The designs of a batch from one frame on, at this ratio to the cutoffs. */
+void designEach (double sampleRate, std::span<const double> cutoffs, std::size_t first, double ratio,
+                 double bandwidthOctaves, ResonancePeak::Series& series) noexcept
+{
+    assert (cutoffs.size() <= maxBatchFrames);
+
+    ResonancePeak::Series::Values angles, sines, alphas;
+    auto& cosines = series.b1;
+    const auto ofBatch = [=, size = cutoffs.size()] (ResonancePeak::Series::Values& values)
+    { return std::span (values).subspan (first, size - first); };
+
+    for (auto i = first; i < cutoffs.size(); ++i)
+        angles[i] = sines[i] = cosines[i] = cutoffs[i] * ratio * twoPi / sampleRate;
+
+    elementary::inPairs (ofBatch (sines), [] (auto w) { return elementary::sine (w); });
+    elementary::inPairs (ofBatch (cosines), [] (auto w) { return elementary::cosine (w); });
+
+    for (auto i = first; i < cutoffs.size(); ++i)
+        alphas[i] = bandwidthOctaves * halfLn2 * angles[i] / sines[i];
+
+    elementary::inPairs (ofBatch (alphas), [] (auto x) { return elementary::hyperbolicSine (x); });
+
+    for (auto i = first; i < cutoffs.size(); ++i)
+    {
+        const auto alpha = alphas[i] * sines[i];
+        series.b0[i] = alpha * amplitude + 1.0;
+        series.b1[i] = -2.0 * cosines[i];
+        series.b2[i] = 1.0 - alpha * amplitude;
+        series.a0[i] = alpha * inverseAmplitude + 1.0;
+        series.a2[i] = 1.0 - alpha * inverseAmplitude;
+    }
 }
 
 /** The coefficients as a frame uses them, divided by a0. */
@@ -74,37 +108,45 @@ void ResonancePeak::design (double sampleRate, double frequency, double bandwidt
         && bandwidthOctaves == designedBandwidth)
         return;
 
-    designedRate = sampleRate;
-    designedFrequency = frequency;
-    designedGainDb = gainDb;
-    designedBandwidth = bandwidthOctaves;
-    designed = true;
-
-    const auto w = frequency * twoPi / sampleRate;
-    const auto s = elementary::sine (w);
-    const auto c = elementary::cosine (w);
-    const auto alpha = elementary::hyperbolicSine (bandwidthOctaves * halfLn2 * w / s) * s;
-
-    b1 = a1 = -2.0 * c;
-    b0 = alpha * amplitude + 1.0;
-    b2 = 1.0 - alpha * amplitude;
-    a0 = alpha * inverseAmplitude + 1.0;
-    a2 = 1.0 - alpha * inverseAmplitude;
+    setDesigned (sampleRate, frequency, bandwidthOctaves);
+    Series series;
+    designEach (sampleRate, { &frequency, 1 }, 0, 1.0, bandwidthOctaves, series);
+    take (series.at (0));
 }
 
 void ResonancePeak::designSeries (double sampleRate, std::span<const double> cutoffs, std::size_t first, double ratio,
                                   double bandwidthOctaves, std::span<const float> amounts, Series& series) noexcept
 {
-    assert (cutoffs.size() <= maxBatchFrames);
+    designEach (sampleRate, cutoffs, first, ratio, bandwidthOctaves, series);
 
-    for (auto frame = first; frame < cutoffs.size(); ++frame)
+    for (auto frame = cutoffs.size(); frame > first; --frame)
     {
-        if (! isAudible (amounts[frame]))
+        if (! isAudible (amounts[frame - 1]))
             continue;
 
-        design (sampleRate, cutoffs[frame] * ratio, bandwidthOctaves);
-        series[frame] = { b0, b1, b2, a0, a1, a2 };
+        setDesigned (sampleRate, cutoffs[frame - 1] * ratio, bandwidthOctaves);
+        take (series.at (frame - 1));
+        return;
     }
+}
+
+void ResonancePeak::setDesigned (double sampleRate, double frequency, double bandwidthOctaves) noexcept
+{
+    designedRate = sampleRate;
+    designedFrequency = frequency;
+    designedGainDb = gainDb;
+    designedBandwidth = bandwidthOctaves;
+    designed = true;
+}
+
+void ResonancePeak::take (const Coefficients& c) noexcept
+{
+    b0 = c.b0;
+    b1 = c.b1;
+    b2 = c.b2;
+    a0 = c.a0;
+    a1 = c.a1;
+    a2 = c.a2;
 }
 
 void ResonancePeak::process (double& left, double& right) noexcept
@@ -134,7 +176,8 @@ void ResonancePeak::addResonance (float amount, StereoBlock frames) noexcept
 void ResonancePeak::addResonance (const Series& series, std::span<const float> amounts, StereoBlock frames) noexcept
 {
     auto line = delayLine;
-    addSaturatedExcess ([&] (std::size_t i, StereoPair x) { return processSection (Normalised (series[i]), line, x); },
+    addSaturatedExcess ([&] (std::size_t i, StereoPair x)
+                        { return processSection (Normalised (series.at (i)), line, x); },
                         [=] (std::size_t i) { return amounts[i]; }, frames);
     delayLine = line;
 }

@@ -26,7 +26,18 @@ public:
     };
 
     /** The coefficients of a batch of frames, one design per frame. */
-    using Series = std::array<Coefficients, maxBatchFrames>;
+    struct Series
+    {
+        using Values = std::array<double, maxBatchFrames>;
+
+        /** Those of one frame. */
+        [[nodiscard]] Coefficients at (std::size_t frame) const noexcept
+        {
+            return { b0[frame], b1[frame], b2[frame], a0[frame], b1[frame], a2[frame] };
+        }
+
+        Values b0, b1, b2, a0, a2;
+    };
 
     /** True if a resonance of this amount runs at all; below it the section and its state stand still. */
     [[nodiscard]] static bool isAudible (float amount) noexcept { return amount > 1.0e-7f; }
@@ -36,7 +47,7 @@ public:
                           infinite or NaN. */
     void design (double sampleRate, double frequency, double bandwidthOctaves) noexcept;
 
-    /** Designs once for each frame of a batch whose amount is audible, as so many calls of design would.
+    /** Designs once for each frame of a batch, and leaves the last design whose amount is audible in force.
         @param cutoffs  Hz, of all frames of the batch so far, at most maxBatchFrames of them
         @param first    the frame to begin with; those before it keep their designs
         @param ratio    of the peak's frequency to the cutoff
@@ -72,4 +83,8 @@ public:
     double designedGainDb = -1.0;
     double designedBandwidth = -1.0;
     bool designed = false;
+
+private:
+    void setDesigned (double sampleRate, double frequency, double bandwidthOctaves) noexcept;
+    void take (const Coefficients& coefficients) noexcept;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -286,10 +287,7 @@ private:
         switch (shape)
         {
             case sine:
-                return fill (
-                    [=] (At at) {
-                        return scale * elementary::sine ((float) ((double) (2.0f * at[Phases::a]) * std::numbers::pi));
-                    });
+                return renderSine<extent> (phases, outputs);
             case triangle:
                 return fill ([=] (At at) { return scale * triangleOf (at[Phases::a]); });
             case saw:
@@ -301,6 +299,28 @@ private:
             default:
                 return fill ([this] (At at) { return renderOtherShape (at[Phases::a]); });
         }
+    }
+
+    /** Four phases at a time as far as there are four. */
+    template <std::size_t extent>
+    void renderSine (std::span<const Phases::Values, extent> phases, std::span<float, extent> outputs) const noexcept
+    {
+        std::size_t i = 0;
+
+        for (; i + 4 <= phases.size(); i += 4)
+        {
+            const auto doubled = FloatQuad::all (2.0f)
+                                 * FloatQuad (phases[i][Phases::a], phases[i + 1][Phases::a], phases[i + 2][Phases::a],
+                                              phases[i + 3][Phases::a]);
+            const auto turn = StereoPair::both (std::numbers::pi);
+            const auto angles = FloatQuad::narrowed (doubled.firstHalf() * turn, doubled.secondHalf() * turn);
+            const auto sines = (FloatQuad::all (amplitude) * elementary::sine (angles)).values();
+            std::ranges::copy (sines, outputs.begin() + (std::ptrdiff_t) i);
+        }
+
+        for (; i < phases.size(); ++i)
+            outputs[i] =
+                amplitude * elementary::sine ((float) ((double) (2.0f * phases[i][Phases::a]) * std::numbers::pi));
     }
 
     [[nodiscard]] static float randomTrianglesAt (const Phases::Values& at, float scale) noexcept

@@ -272,7 +272,7 @@ TEST (FilterBlock, DesignsTheRestOfABatchAsAllOfItAtOnce)
     peakAtOnce.designSeries (rate, cutoffs, 0, 0.9, 0.5, amounts, peakSeries);
 
     for (std::size_t frame = 0; frame < maxBatchFrames; ++frame)
-        ASSERT_EQ (peakPartSeries[frame].b1, peakSeries[frame].b1) << frame;
+        ASSERT_EQ (peakPartSeries.b1[frame], peakSeries.b1[frame]) << frame;
 }
 
 TEST (FilterBlock, DesignsAFilterForEachFrameAsOneByOne)
