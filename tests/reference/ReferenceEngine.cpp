@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "reference/ReferenceEngine.h"
 
+#include "reference/ReferenceMath.h"
+
 #include <cmath>
 #include <limits>
 
@@ -283,13 +285,13 @@ void Engine::wobbleAndLock (int i)
 
     if (s == 1)
     {
-        const float hertz = std::exp ((x + 0.2297f) * v * 5.7037826f - 4.6051702f);
+        const float hertz = exponential ((x + 0.2297f) * v * 5.7037826f - 4.6051702f);
         wobbleStep[i] = (float) ((double) hertz / rate);
         wobbleDepth[i] = 0.01f;
     }
     else if (s == 2)
     {
-        const float hertz = std::exp ((x + 0.3297f) * v * 5.857933f - 4.6051702f);
+        const float hertz = exponential ((x + 0.3297f) * v * 5.857933f - 4.6051702f);
         wobbleStep[i] = (float) ((double) hertz / rate);
         wobbleDepth[i] = 0.12f;
     }
@@ -327,7 +329,7 @@ void Engine::wobbleAndLock (int i)
 
     const float bipolarCurve = getParameter (Index::lfoCurve (i)) * 2.0f - 1.0f;
     const float g = (float) ((double) bipolarCurve * 1.7);
-    lfo[i].curveExponent = 1.0f / std::exp (g);
+    lfo[i].curveExponent = 1.0f / exponential (g);
 }
 
 void Engine::takeSlopes()
@@ -535,7 +537,7 @@ void Engine::configureLfo (int lfoIndex, float frequency, float rateAsFloat, flo
     if (f == 0.0f)
     {
         const float v = getParameter (Index::lfoSpeed (lfoIndex));
-        f = std::exp (v * m * m * 6.9077554f - 3.912023f);
+        f = exponential (v * m * m * 6.9077554f - 3.912023f);
     }
 
     lfoFrequency[lfoIndex] = f;
@@ -634,10 +636,10 @@ void Engine::setTargets()
 void Engine::advanceAndMap()
 {
     hpFreqSlew.advance();
-    hpHz = std::exp (freqExpScale * hpFreqSlew.current + freqExpOffset);
+    hpHz = exponential (freqExpScale * hpFreqSlew.current + freqExpOffset);
 
     lpFreqSlew.advance();
-    lpHz = std::exp (freqExpScale * lpFreqSlew.current + freqExpOffset);
+    lpHz = exponential (freqExpScale * lpFreqSlew.current + freqExpOffset);
 
     hpResoSlew.advance();
     const float c = hpResoSlew.current;
@@ -772,8 +774,8 @@ void Engine::addResonance (ResonancePeak& resonator, float resonance, double& L,
     else
         clampedRight = clampedRight < limit ? clampedRight : limit;
 
-    L = L + std::sin (clampedLeft);
-    R = R + std::sin (clampedRight);
+    L = L + sineWithinQuarterTurn (clampedLeft);
+    R = R + sineWithinQuarterTurn (clampedRight);
 }
 
 } // namespace reference

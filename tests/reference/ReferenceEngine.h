@@ -62,9 +62,9 @@ constexpr int seqLpf (int step) { return 36 + 2 * step; }
 
 /** The reference engine, the whole processor a second time: sample loop, clock, clamps, tick, filters, LFOs, steps, routing.
 
-    It is written to be read slowly: no cache, no skipped work, left and right apart, libm called at every design. It
-    shares no code with the plug-in and knows no framework, so that an error in either shows as a difference of bits.
-    Every field is public for comparison. */
+    It is written to be read slowly: no cache, no skipped work, left and right apart, every function computed at
+    every design. It shares no code with the plug-in and knows no framework, so that an error in either shows as a
+    difference of bits. Every field is public for comparison. */
 class Engine
 {
 public:

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "reference/ReferenceFilters.h"
 
+#include "reference/ReferenceMath.h"
+
 #include <cmath>
 
 namespace reference
@@ -32,7 +34,7 @@ void ButterworthFilter::design (unsigned order, bool highpass, double cutoff, do
     numSections = order >> 1;
     sampleRate = rate;
 
-    prewarped = std::tan (limitedCutoff * 3.141592653589793 / rate);
+    prewarped = tangent (limitedCutoff * 3.141592653589793 / rate);
     const double a = prewarped;
     prewarpedSquared = a * a;
 
@@ -57,7 +59,7 @@ void ButterworthFilter::design (unsigned order, bool highpass, double cutoff, do
     for (unsigned i = 0; i < numSections; ++i)
     {
         const double n = (double) numSections;
-        poleSine = std::sin ((1.5707963267948966 / n) * (double) i + 0.7853981633974483 / n);
+        poleSine = sineWithinQuarterTurn ((1.5707963267948966 / n) * (double) i + 0.7853981633974483 / n);
         const double r = poleSine;
         const double s = 2.0 * a * r + prewarpedSquared + 1.0;
 
@@ -140,9 +142,9 @@ void ResonancePeak::design (double rate, double frequency, double bandwidthOctav
     ++designCount;
 
     const double w = frequency * 6.283185307179586 / rate;
-    const double s = std::sin (w);
-    const double c = std::cos (w);
-    const double alpha = std::sinh (bandwidthOctaves * 0.3465735912322998 * w / s) * s;
+    const double s = sine (w);
+    const double c = cosine (w);
+    const double alpha = hyperbolicSine (bandwidthOctaves * 0.3465735912322998 * w / s) * s;
 
     b1 = -2.0 * c;
     a1 = -2.0 * c;
@@ -187,7 +189,7 @@ void GrungeLadder::configure (int stages, bool highpass, double cutoff, double r
 
     // For tests alone: none of these enters the sound.
     limitedCutoff = limitCutoff (cutoff, rate);
-    prewarped = std::tan (limitedCutoff * 3.141592653589793 / rate);
+    prewarped = tangent (limitedCutoff * 3.141592653589793 / rate);
     prewarpedSquared = prewarped * prewarped;
 
     if (isHighpass)

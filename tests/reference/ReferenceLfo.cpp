@@ -1,10 +1,19 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "reference/ReferenceLfo.h"
 
+#include "reference/ReferenceMath.h"
+
 #include <cmath>
 
 namespace reference
 {
+
+namespace
+{
+// The natural logarithms of 2, 4, 8 and so on to 256.
+constexpr float logarithms[8] = { 0.693147182f, 1.38629436f, 2.07944155f, 2.77258873f,
+                                  3.46573591f,  4.15888309f, 4.85203028f, 5.54517746f };
+} // namespace
 
 void SlewValue::advance()
 {
@@ -82,7 +91,7 @@ float LfoGenerator::render()
     {
         const float twoP = 2.0f * p;
         const float angle = (float) ((double) twoP * 3.141592653589793);
-        x = A * std::sin (angle);
+        x = A * sine (angle);
     }
     else if (shape == 1)
     {
@@ -131,12 +140,11 @@ float LfoGenerator::render()
         const double y = 1.0 - q;
         double sum = 0.0;
 
-        for (int k = 1; k <= 128; k = k * 2)
+        for (int j = 0; j < 8; ++j)
         {
-            const double ky = (double) k * y;
+            const double ky = (double) (1 << j) * y;
             const double fraction = ky - std::floor (ky);
-            const float logarithm = std::log ((float) (2 * k));
-            sum = sum + fraction / (double) logarithm;
+            sum = sum + fraction / (double) logarithms[j];
         }
 
         outputSlew.target = (float) ((sum * sum - 1.9) * (double) A * 0.3);
@@ -160,11 +168,11 @@ float LfoGenerator::render()
 
     if (c > 1.0f)
     {
-        const float y = std::pow (u, c);
+        const float y = power (u, c);
         return 2.0f * y - 1.0f;
     }
 
-    const float y = std::pow (1.0f - u, 1.0f / c);
+    const float y = power (1.0f - u, 1.0f / c);
     return 2.0f * (1.0f - y) - 1.0f;
 }
 

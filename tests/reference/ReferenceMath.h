@@ -7,7 +7,7 @@ namespace reference
 /* The functions that the sound is made of, in the widths that it takes them in.
 
    ReferenceMath.cpp writes them out as docs/dsp.md defines them, operation by operation, so that the reference engine gives
-   the same bits on every machine. */
+   the same bits on every machine. Only the yardstick of speed takes them from the C library, by CLibraryMath.h. */
 
 /** The tangent of an angle from -1.57 to 1.57. NaN for NaN and infinities; beyond 1.57 the result means nothing. */
 double tangent (double angle);
@@ -32,3 +32,7 @@ float sine (float angle);
 float power (float base, float exponent);
 
 } // namespace reference
+
+#if defined(KESTRIN_REFERENCE_C_LIBRARY_MATH)
+#include "reference/CLibraryMath.h"
+#endif
