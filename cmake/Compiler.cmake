@@ -16,6 +16,11 @@ else()
     set (kestrinExactFloatingPoint -ffp-contract=off)
 endif()
 
+# GCC 12 loses a rounding to float on the way from double to double where it makes vectors of single operations.
+if (CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    list (APPEND kestrinExactFloatingPoint -fno-tree-slp-vectorize)
+endif()
+
 add_compile_options (${kestrinExactFloatingPoint})
 
 if (KESTRIN_SANITIZE)

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "reference/ReferenceFilters.h"
+#include "reference/ReferenceMath.h"
 #include "support/Response.h"
 
 namespace
@@ -76,11 +77,12 @@ struct LiteralCascade
 
     [[nodiscard]] double process (double x, unsigned numSections, double cutoff, bool highpass)
     {
-        const auto a = std::tan (cutoff * 3.141592653589793 / rate);
+        const auto a = reference::tangent (cutoff * 3.141592653589793 / rate);
         const auto n = (double) numSections;
 
         for (unsigned i = 0; i < numSections; ++i)
-            x = sections[i].process (x, a, std::sin (1.5707963267948966 / n * i + 0.7853981633974483 / n), highpass);
+            x = sections[i].process (
+                x, a, reference::sineWithinQuarterTurn (1.5707963267948966 / n * i + 0.7853981633974483 / n), highpass);
 
         return x;
     }
