@@ -18,10 +18,14 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 MILLION ?= 50
 SEED ?= 1000000
 
+# How many faults 'make mutants' makes, and which ones chance draws.
+COUNT ?= 100
+MUTANT_SEED ?= 1
+
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test install uninstall bits bench sanitize fuzz docs package format lint clean
+.PHONY: help demo test install uninstall bits bench sanitize fuzz mutants docs package format lint clean
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -30,6 +34,7 @@ help:
 	@echo
 	@echo "Variables: IN=song.wav (demo), VST3_DIR=folder (install, uninstall; ~/.vst3), JOBS=number,"
 	@echo "MILLION=number and SEED=number (bits), SECONDS_EACH=number and FUZZ_SEED=number (fuzz),"
+	@echo "COUNT=number and MUTANT_SEED=number (mutants),"
 	@echo "KESTRIN_JUCE_DIR=folder (a tree of JUCE 8.0.6 of your own)."
 
 demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wav takes yours
@@ -58,6 +63,10 @@ sanitize: ## run the tests under the sanitizers and valgrind; takes more than an
 
 fuzz: ## run each fuzzer for a minute; SECONDS_EACH=number for another time
 	@scripts/fuzz $(SECONDS_EACH) $(FUZZ_SEED)
+
+mutants: ## make COUNT (100) small faults in a copy of the sources, one at a time, and see whether a test notices
+	@scripts/setup
+	@scripts/mutants $(COUNT) $(MUTANT_SEED)
 
 docs: ## draw the pictures and plots of docs/, and write the class pages into build/docs/html
 	@scripts/docs
