@@ -25,7 +25,7 @@ MUTANT_SEED ?= 1
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test install uninstall bits bench sanitize fuzz mutants docs package format lint clean
+.PHONY: help demo test install uninstall bits bench sanitize fuzz coverage mutants docs package format lint clean
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -63,6 +63,9 @@ sanitize: ## run the tests under the sanitizers and valgrind; takes more than an
 
 fuzz: ## run each fuzzer for a minute; SECONDS_EACH=number for another time
 	@scripts/fuzz $(SECONDS_EACH) $(FUZZ_SEED)
+
+coverage: ## run the tests with every line and branch counted, and make a page of it in build/coverage/page
+	@scripts/coverage
 
 mutants: ## make COUNT (100) small faults in a copy of the sources, one at a time, and see whether a test notices
 	@scripts/setup

@@ -33,6 +33,13 @@ if (KESTRIN_BUILD_FUZZERS)
     add_compile_options (-fsanitize=fuzzer-no-link)
 endif()
 
+# Only our own sources count the branches that they take, and they are not optimised, so that each line has its own code. The
+# counts are written when a process ends, and threads count together.
+if (KESTRIN_COVERAGE)
+    set (kestrinCoverageOptions --coverage -fprofile-update=atomic -O0 -U_FORTIFY_SOURCE)
+    add_link_options (--coverage)
+endif()
+
 # Turns warnings into errors for the listed sources only: the targets compile JUCE's modules too, which have warnings.
 function (kestrin_strict_warnings)
     if (MSVC)
@@ -47,5 +54,5 @@ function (kestrin_strict_warnings)
         endif()
     endif()
 
-    set_property (SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS ${flags})
+    set_property (SOURCE ${ARGN} APPEND PROPERTY COMPILE_OPTIONS ${flags} ${kestrinCoverageOptions})
 endfunction()
