@@ -348,6 +348,13 @@ TEST (ValueText, FormatsTheRemainingKinds)
     EXPECT_EQ (text (13, { 60.0f, 4000.0f }, 1.0f), "1 hour");
 }
 
+TEST (ValueText, GivesAnExponentialNumberFewerPlacesFromThreeAndFromThirtyOn)
+{
+    EXPECT_EQ (text (7, { 2.0f, 300.0f }, 0.0f), "2.00 ");
+    EXPECT_EQ (text (7, { 3.0f, 300.0f }, 0.0f), "3.0 ");
+    EXPECT_EQ (text (7, { 30.0f, 300.0f }, 0.0f), "30 ");
+}
+
 TEST (ValueText, FormatsUnknownKindsAsALinearNumber)
 {
     EXPECT_EQ (text (0, { 0.0f, 1.0f }, 0.25f), "0.2 ");
