@@ -104,11 +104,33 @@ set (kestrinJuceLibraries "")
 get_target_property (kestrinJuceModules juce_core INTERFACE_INCLUDE_DIRECTORIES)
 list (GET kestrinJuceModules 0 kestrinJuceModules)
 
+kestrin_map_paths (${kestrinJuceModules} juce)
+
 if (NOT EXISTS "${kestrinJuceModules}/juce_core/zip/zlib")
     find_package (ZLIB REQUIRED)
     find_package (PNG REQUIRED)
     find_package (JPEG REQUIRED)
     set (kestrinJuceLibraries ZLIB::ZLIB PNG::PNG JPEG::JPEG)
+
+    # libjpeg has another name on each distribution, and a module that asks for one of them loads on those alone: the static
+    # library is linked where there is one. libpng and zlib have one name everywhere.
+    if (CMAKE_SYSTEM_NAME STREQUAL "Linux")
+        find_library (KESTRIN_STATIC_JPEG libjpeg.a)
+        mark_as_advanced (KESTRIN_STATIC_JPEG)
+
+        if (KESTRIN_STATIC_JPEG)
+            set_target_properties (JPEG::JPEG PROPERTIES
+                IMPORTED_LOCATION ${KESTRIN_STATIC_JPEG}
+                IMPORTED_LOCATION_RELEASE ${KESTRIN_STATIC_JPEG})
+
+            # Debian's tree names the shared one besides.
+            if (TARGET pkgconfig_JUCE_IMG_LINUX_DEPS)
+                get_target_property (libraries pkgconfig_JUCE_IMG_LINUX_DEPS INTERFACE_LINK_LIBRARIES)
+                list (FILTER libraries EXCLUDE REGEX "libjpeg")
+                set_target_properties (pkgconfig_JUCE_IMG_LINUX_DEPS PROPERTIES INTERFACE_LINK_LIBRARIES "${libraries}")
+            endif()
+        endif()
+    endif()
 
     # A parent project links them through the plug-in's library, and must see them for that.
     set_target_properties (${kestrinJuceLibraries} PROPERTIES IMPORTED_GLOBAL TRUE)

@@ -30,7 +30,7 @@ constexpr int mostAttempts = 20;
 
     const auto displayText = ":" + std::to_string (displayNumber);
     const auto pipeText = std::to_string (numberPipe);
-    std::freopen ("/dev/null", "w", stderr);
+    [[maybe_unused]] const auto* silent = std::freopen ("/dev/null", "w", stderr);
     execlp ("Xvfb", "Xvfb", displayText.c_str(), "-displayfd", pipeText.c_str(), "-screen", "0", screenSize,
             "-nolisten", "tcp", "-noreset", static_cast<char*> (nullptr));
     _exit (127);
