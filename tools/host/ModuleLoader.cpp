@@ -29,6 +29,19 @@ juce::File findInBuild()
     return {};
 }
 
+/** The folders of VST3 modules, in the order in which hosts search them. */
+juce::File findInstalled()
+{
+    const auto home = juce::File::getSpecialLocation (juce::File::userHomeDirectory);
+
+    for (const auto& folder :
+         { home.getChildFile (".vst3"), juce::File ("/usr/lib/vst3"), juce::File ("/usr/local/lib/vst3") })
+        if (const auto module = folder.getChildFile (moduleName); module.exists())
+            return module;
+
+    return {};
+}
+
 void requireModule (const juce::File& module)
 {
     if (! module.exists())
@@ -51,13 +64,11 @@ juce::File findModule()
     if (const auto built = findInBuild(); built != juce::File())
         return built;
 
-    const auto installed = juce::File::getSpecialLocation (juce::File::userHomeDirectory).getChildFile (".vst3");
-
-    if (const auto module = installed.getChildFile (moduleName); module.exists())
-        return module;
+    if (const auto installed = findInstalled(); installed != juce::File())
+        return installed;
 
     throw HostError (juce::String ("found no ") + moduleName
-                     + " beside this program or in ~/.vst3: name one with --plugin");
+                     + " beside this program, in ~/.vst3 or in /usr/lib/vst3: name one with --plugin");
 }
 
 juce::File libraryOf (const juce::File& module)

@@ -9,7 +9,7 @@
 namespace moduleLoader
 {
 /** The module to use when none is named: the one that the environment variable KESTRIN_PLUGIN names, else the one built
-    beside this program, else the one installed for the user.
+    beside this program, else the one installed for the user, else the one for all users.
     @throws HostError if there is none */
 [[nodiscard]] juce::File findModule();
 

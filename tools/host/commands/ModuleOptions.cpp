@@ -12,7 +12,7 @@ void ModuleOptions::addPlugin (CLI::App& command)
 {
     command.add_option ("--plugin", plugin,
                         "The .vst3 module; without it $KESTRIN_PLUGIN, the module built beside this program, or the "
-                        "one in ~/.vst3");
+                        "one in ~/.vst3 or /usr/lib/vst3");
 }
 
 void ModuleOptions::addSettings (CLI::App& command)
