@@ -74,10 +74,11 @@ mutants: ## make COUNT (100) small faults in a copy of the sources, one at a tim
 docs: ## draw the pictures and plots of docs/, and write the class pages into build/docs/html
 	@scripts/docs
 
-package: ## make the Debian package and the archive, in build/package
+package: ## make the Debian packages and the archive, in build/package
 	@scripts/build
 	@scripts/setup package
 	@scripts/package build/release build/package
+	@scripts/check-packages build/package
 
 format: ## lay out all C++ files as .clang-format says
 	@scripts/setup format
