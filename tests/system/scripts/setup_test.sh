@@ -24,7 +24,7 @@ newMachine()
     outputs=("$machine/out" "$machine/err")
     mkdir -p "$bin" "$project/scripts" "$machine/etc/parts"
     : >"$calls"
-    cp "$setup" "$project/scripts/setup"
+    cp "$setup" "${setup%/*}/debian-archive" "$project/scripts/"
 
     local tool
     for tool in awk bash cat cp cut dirname env find grep mkdir mktemp mv rm sed sleep timeout tr
