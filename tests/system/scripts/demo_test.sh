@@ -16,7 +16,7 @@ source "$(dirname "$0")/checks.sh"
 project="$scratch/a project"
 page="$project/build/demo/index.html"
 mkdir -p "$project/scripts" "$project/tools/demo" "$project/build/release/tools/"{host,demo} "$scratch/bin"
-cp "$script" "$(dirname "$script")/build" "$project/scripts/"
+cp "$script" "$script-options" "$(dirname "$script")/build" "$project/scripts/"
 cp "$patch" "$project/tools/demo/"
 
 fake() # path, body on stdin
