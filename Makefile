@@ -25,12 +25,12 @@ MUTANT_SEED ?= 1
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test install uninstall bits bench sanitize fuzz coverage mutants docs package format lint clean
+.PHONY: help demo test test-arm64 install uninstall bits bench sanitize fuzz coverage mutants docs package format lint clean
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
 	@echo
-	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/  make \1|\2/p' Makefile | awk -F '|' '{ printf "%-18s %s\n", $$1, $$2 }'
+	@sed -n 's/^\([a-z0-9-]*\):.*## \(.*\)/  make \1|\2/p' Makefile | awk -F '|' '{ printf "%-18s %s\n", $$1, $$2 }'
 	@echo
 	@echo "Variables: IN=song.wav (demo), VST3_DIR=folder (install, uninstall; ~/.vst3), JOBS=number,"
 	@echo "MILLION=number and SEED=number (bits), SECONDS_EACH=number and FUZZ_SEED=number (fuzz),"
@@ -57,6 +57,9 @@ bits: ## play MILLION (50) million frames of random sessions into plug-in and re
 
 bench: ## measure speed, load times and memory, and print the tables
 	@scripts/bench
+
+test-arm64: ## cross-compile for 64-bit ARM, and run the tests and the demo under qemu; as root
+	@scripts/test-arm64
 
 sanitize: ## run the tests under the sanitizers and valgrind; takes more than an hour the first time
 	@scripts/sanitize
