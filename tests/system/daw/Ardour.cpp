@@ -56,6 +56,17 @@ void makeOld (const juce::File& folder)
         file.setLastModificationTime (longAgo);
 }
 
+/** Ardour reads the names of synthesisers' patches on a thread of its own, and stops that thread while it ends. If it is
+    still reading then, Ardour 8 aborts. */
+void linkDataWithoutPatchNames (const juce::File& data, const juce::File& links)
+{
+    links.createDirectory();
+
+    for (const auto& each : data.findChildFiles (juce::File::findFilesAndDirectories, false))
+        if (each.getFileName() != "patchfiles")
+            each.createSymbolicLink (links.getChildFile (each.getFileName()), true);
+}
+
 /** The saved session is XML, but an XML library would not write it back as Ardour does. */
 void replaceOnce (const juce::File& file, const juce::String& before, const juce::String& after)
 {
@@ -72,6 +83,7 @@ void replaceOnce (const juce::File& file, const juce::String& before, const juce
 Ardour::Ardour() : home (makeHome()), programs (findPrograms())
 {
     series = programs.getFileName();
+    linkDataWithoutPatchNames ("/usr/share/" + series, file ("data"));
 
     const auto module = file (".vst3/" + juce::String (pluginName) + ".vst3");
     juce::File (KESTRIN_MODULE).copyDirectoryTo (module);
@@ -92,7 +104,7 @@ std::vector<std::pair<std::string, std::string>> Ardour::environment() const
              { "PATH", "/usr/bin:/bin" },
              { "LC_ALL", "C.UTF-8" },
              { "LD_LIBRARY_PATH", libraries },
-             { "ARDOUR_DATA_PATH", "/usr/share/" + series.toStdString() },
+             { "ARDOUR_DATA_PATH", file ("data").getFullPathName().toStdString() },
              { "ARDOUR_CONFIG_PATH", "/etc/" + series.toStdString() },
              { "ARDOUR_DLL_PATH", libraries },
              { "KESTRIN_JOB", file ("job.lua").getFullPathName().toStdString() } };
@@ -236,8 +248,11 @@ void Ardour::writeWindowSettings (double scale) const
     const auto folder = file (".config/" + series);
     folder.createDirectory();
 
-    // Without this one Ardour greets a new user.
+    // Without these Ardour greets a new user, and warns where a process may lock little memory.
     folder.getChildFile (".a" + series.retainCharacters ("0123456789")).create();
+    folder.getChildFile ("instant.xml")
+        .replaceWithText ("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<instant><no-memory-warning/></instant>\n",
+                          false, false, nullptr);
 
     folder.getChildFile ("config").replaceWithText (
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Ardour>\n"

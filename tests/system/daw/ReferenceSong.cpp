@@ -14,6 +14,7 @@ constexpr int mostStandingBlocks = 200;
 /** The transport stands at whole multiples of this. */
 constexpr int alignmentGrid = 16;
 constexpr int mostRollingBlocksBefore = 2;
+constexpr int mostBlocksAtZero = 10;
 
 double ticksAt (int frame) { return std::round (frame * ticksPerBeat / framesPerBeat); }
 
@@ -32,6 +33,13 @@ float asSaved (float position) { return juce::String (position, 4).getFloatValue
 void process (reference::Engine& engine, juce::AudioBuffer<float>& block)
 {
     engine.process (block.getWritePointer (0), block.getWritePointer (1), block.getNumSamples());
+}
+
+void processSilentBlock (reference::Engine& engine)
+{
+    juce::AudioBuffer<float> silence (2, ReferenceSong::blockSize);
+    silence.clear();
+    process (engine, silence);
 }
 } // namespace
 
@@ -80,6 +88,10 @@ ReferenceSong::Match ReferenceSong::bestMatch (const juce::AudioBuffer<float>& h
 {
     auto best = bestMatch (heard, Alignment {});
 
+    for (int atZero = 1; atZero <= mostBlocksAtZero && best.numSame < heard.getNumSamples(); ++atZero)
+        if (const auto match = bestMatch (heard, Alignment { .blocksAtZero = atZero }); match.numSame > best.numSame)
+            best = match;
+
     for (int before = 1; before <= mostRollingBlocksBefore; ++before)
         for (int standsAt = alignmentGrid; standsAt <= blockSize && best.numSame < heard.getNumSamples();
              standsAt += alignmentGrid)
@@ -97,11 +109,10 @@ ReferenceSong::Match ReferenceSong::bestMatch (const juce::AudioBuffer<float>& h
     for (int standing = 0; standing < mostStandingBlocks && best.numSame < heard.getNumSamples(); ++standing)
     {
         if (const auto numSame = countSame (engine, heard, alignment); numSame > best.numSame)
-            best = { alignment, standing * blockSize + alignment.framesBeforeStart(), numSame };
+            best = { alignment, (alignment.blocksAtZero + standing) * blockSize + alignment.framesBeforeStart(),
+                     numSame };
 
-        juce::AudioBuffer<float> silence (2, blockSize);
-        silence.clear();
-        process (engine, silence);
+        processSilentBlock (engine);
     }
 
     return best;
@@ -113,7 +124,6 @@ reference::Engine ReferenceSong::startedEngine (Alignment alignment) const
     reference::Engine engine;
     engine.setSampleRate (Ardour::sampleRate);
     engine.prepareToPlay();
-    engine.transport = [alignment] { return transportAt (alignment.standsAt); };
 
     for (int index = 0; index < reference::Index::count; ++index)
         engine.setParameter (index, asSaved (engine.getParameter (index)));
@@ -122,6 +132,12 @@ reference::Engine ReferenceSong::startedEngine (Alignment alignment) const
         engine.setParameter (index, asSaved (position));
 
     automate (engine, alignment.standsAt);
+    engine.transport = [] { return transportAt (0); };
+
+    for (int block = 0; block < alignment.blocksAtZero; ++block)
+        processSilentBlock (engine);
+
+    engine.transport = [alignment] { return transportAt (alignment.standsAt); };
     return engine;
 }
 

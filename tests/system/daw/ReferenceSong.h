@@ -11,7 +11,7 @@
 
     - At first the transport is stopped for some blocks of 1024 frames, for silence. How many depends on how long the export
       takes to begin: about a hundred. It stands a few frames behind the start, nearly always 256; on a busy machine now and
-      then 272.
+      then 272. With Ardour 8 some blocks come before it has got there: they stand at frame 0, which counts as no position.
     - Then it rolls, from a whole number of blocks before that place: up to 0, up to the place where it has stood, and from
       there on blocks of 1024. One block before is the rule, and two have been seen.
     - A song position is rounded to ticks, 1920 to the beat, and reported once per block.
@@ -35,6 +35,9 @@ public:
 
         /** From so many blocks before that frame on it rolls. */
         int rollingBlocksBefore = 1;
+
+        /** So many blocks stand at frame 0 before all others. */
+        int blocksAtZero = 0;
 
         [[nodiscard]] int framesBeforeStart() const noexcept { return rollingBlocksBefore * blockSize - standsAt; }
 
