@@ -28,7 +28,7 @@ isNotNewer() # version of symbols
     [ -n "$newest" ] && [ "$(printf '%s\n' "$newest" "$1" | sort -V | tail -n 1)" = "$1" ]
 }
 
-isOf() { readelf --wide --sections "$file" | grep -q "$1"; }
+hasSection() { grep -q "$1" "$work/sections"; }
 
 for file in "$1" "$2"
 do
@@ -36,6 +36,7 @@ do
     readelf --wide --dynamic "$file" >"$work/dynamic"
     readelf --wide --version-info "$file" >"$work/versions"
     readelf --wide --dyn-syms "$file" >"$work/symbols"
+    readelf --wide --sections "$file" >"$work/sections"
 
     outputs=("$work/others")
     check 'it needs no library whose name differs between distributions' needsOnlyTheSame
@@ -47,7 +48,7 @@ do
     done
 
     outputs=()
-    check 'it has lines for a debugger' isOf '\.debug_line'
+    check 'it has lines for a debugger' hasSection '\.debug_line'
     check 'it does not name the folder in which it was built' never grep -qF "$source" "$file"
 
     outputs=("$work/dynamic")
