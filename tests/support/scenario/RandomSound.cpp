@@ -24,7 +24,9 @@ double roundWave (double angle)
 RandomSound drawSound (Dice& dice, int numFrames, bool strange)
 {
     std::vector<float> samples ((std::size_t) numFrames, 0.0f);
-    static constexpr const char* names[] = { "noise", "silence", "loud", "round", "clicks", "burst", "faint", "square" };
+    static constexpr const char* names[] = {
+        "noise", "silence", "loud", "round", "clicks", "burst", "faint", "square"
+    };
     const int which = dice.below (8);
     const double step = dice.between (0.0005, 1.5);
     const int burstLength = numFrames / 4;
