@@ -108,10 +108,9 @@ void ResonancePeak::design (double sampleRate, double frequency, double bandwidt
         && bandwidthOctaves == designedBandwidth)
         return;
 
-    setDesigned (sampleRate, frequency, bandwidthOctaves);
     Series series;
     designEach (sampleRate, { &frequency, 1 }, 0, 1.0, bandwidthOctaves, series);
-    take (series.at (0));
+    keep (sampleRate, frequency, bandwidthOctaves, series.at (0));
 }
 
 void ResonancePeak::designSeries (double sampleRate, std::span<const double> cutoffs, std::size_t first, double ratio,
@@ -119,34 +118,31 @@ void ResonancePeak::designSeries (double sampleRate, std::span<const double> cut
 {
     designEach (sampleRate, cutoffs, first, ratio, bandwidthOctaves, series);
 
-    for (auto frame = cutoffs.size(); frame > first; --frame)
-    {
-        if (! isAudible (amounts[frame - 1]))
-            continue;
+    auto frame = cutoffs.size();
 
-        setDesigned (sampleRate, cutoffs[frame - 1] * ratio, bandwidthOctaves);
-        take (series.at (frame - 1));
-        return;
-    }
+    while (frame > first && ! isAudible (amounts[frame - 1]))
+        --frame;
+
+    if (frame > first)
+        keep (sampleRate, cutoffs[frame - 1] * ratio, bandwidthOctaves, series.at (frame - 1));
 }
 
-void ResonancePeak::setDesigned (double sampleRate, double frequency, double bandwidthOctaves) noexcept
+/** Keeps a design, and what it was made for. */
+void ResonancePeak::keep (double sampleRate, double frequency, double bandwidthOctaves,
+                          const Coefficients& coefficients) noexcept
 {
     designedRate = sampleRate;
     designedFrequency = frequency;
     designedGainDb = gainDb;
     designedBandwidth = bandwidthOctaves;
     designed = true;
-}
 
-void ResonancePeak::take (const Coefficients& c) noexcept
-{
-    b0 = c.b0;
-    b1 = c.b1;
-    b2 = c.b2;
-    a0 = c.a0;
-    a1 = c.a1;
-    a2 = c.a2;
+    b0 = coefficients.b0;
+    b1 = coefficients.b1;
+    b2 = coefficients.b2;
+    a0 = coefficients.a0;
+    a1 = coefficients.a1;
+    a2 = coefficients.a2;
 }
 
 void ResonancePeak::process (double& left, double& right) noexcept

@@ -85,6 +85,5 @@ public:
     bool designed = false;
 
 private:
-    void setDesigned (double sampleRate, double frequency, double bandwidthOctaves) noexcept;
-    void take (const Coefficients& coefficients) noexcept;
+    void keep (double sampleRate, double frequency, double bandwidthOctaves, const Coefficients& coefficients) noexcept;
 };

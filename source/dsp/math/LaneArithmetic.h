@@ -3,6 +3,7 @@
 
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -19,6 +20,8 @@ namespace elementary
 [[nodiscard]] inline BitPair bitsOf (StereoPair x) noexcept { return x.bits(); }
 /** The numbers of two patterns. */
 [[nodiscard]] inline StereoPair numbersOf (BitPair bits) noexcept { return StereoPair::ofBits (bits); }
+/** Two numbers without their signs. */
+[[nodiscard]] inline StereoPair magnitudeOf (StereoPair x) noexcept { return x.magnitude(); }
 
 // One double as a lane. The functions for two have the same names and lie with their type.
 
@@ -30,6 +33,8 @@ namespace elementary
 [[nodiscard]] inline double whereGreater (double a, double b, double x, double y) noexcept { return a > b ? x : y; }
 /** x if a is at least b, and y else. */
 [[nodiscard]] inline double whereAtLeast (double a, double b, double x, double y) noexcept { return a >= b ? x : y; }
+/** x without its sign. */
+[[nodiscard]] inline double magnitudeOf (double x) noexcept { return std::abs (x); }
 /** a if it is less than b, and b else. */
 [[nodiscard]] inline double lesserOf (double a, double b) noexcept { return a < b ? a : b; }
 /** a if it is greater than b, and b else. */
@@ -82,13 +87,6 @@ template <typename Real>
 
 /** The pattern of -0. */
 inline constexpr std::uint64_t signBit = 0x8000000000000000u;
-
-/** Each without its sign. */
-template <typename Real>
-[[nodiscard]] Real magnitudeOf (Real x) noexcept
-{
-    return numbersOf (bitsOf (x) & allBits<Real> (~signBit));
-}
 
 /** A number that is 0 or has the sign of another already, with the sign of that. */
 template <typename Real>
