@@ -44,7 +44,7 @@ constexpr auto halfPi = std::numbers::pi / 2.0;
     return floats;
 }
 
-/** Doubles of all sizes that the functions are asked for, and what is no number. */
+/** Doubles of all sizes that the functions are asked for, and NaN. */
 [[nodiscard]] std::vector<double> doublesOfAllSizes()
 {
     std::vector<double> doubles { 0.0,    infinity,     notANumber, 0x1p-1074,         0x1p-1022,

@@ -33,7 +33,7 @@ struct Worst
     double argument = 0.0;
 };
 
-/** The worst of these arguments. Infinite where the function gives no number and MPFR does. */
+/** The worst of these arguments. Infinite where the function gives NaN and MPFR a number. */
 [[nodiscard]] Worst worstOf (const Row& row, const std::vector<double>& arguments);
 
 /** Random arguments of a row. */
