@@ -1,14 +1,8 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 // Digests of the sound: the same with every compiler, processor and C library. A digest that changes is a changed product.
 #include <algorithm>
-#include <bit>
-#include <cmath>
 #include <cstdint>
-#include <fstream>
-#include <iomanip>
 #include <set>
-#include <span>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +11,7 @@
 #include <juce_audio_formats/juce_audio_formats.h>
 
 #include "dsp/MainAudioProcessor.h"
+#include "golden/GoldenSound.h"
 #include "support/FakePlayHead.h"
 #include "support/scenario/Playback.h"
 #include "support/scenario/Scenario.h"
@@ -24,43 +19,6 @@
 
 namespace
 {
-/** A digest of numbers by their bits.
-    Source: G. Fowler, L. C. Noll, P. Vo, FNV-1a, 1991, 64 bits wide. */
-class Digest
-{
-public:
-    void add (std::span<const float> samples)
-    {
-        // Sign and payload of a NaN are the processor's business.
-        for (const auto sample : samples)
-            addBits (std::isnan (sample) ? 0x7fc00000u : std::bit_cast<std::uint32_t> (sample));
-    }
-
-    void add (const std::string& text)
-    {
-        for (const auto letter : text)
-            addByte ((std::uint8_t) letter);
-    }
-
-    [[nodiscard]] std::string text() const
-    {
-        std::ostringstream hex;
-        hex << std::hex << std::setfill ('0') << std::setw (16) << value;
-        return hex.str();
-    }
-
-private:
-    void addBits (std::uint32_t bits)
-    {
-        for (int shift = 0; shift < 32; shift += 8)
-            addByte ((std::uint8_t) (bits >> shift));
-    }
-
-    void addByte (std::uint8_t byte) { value = (value ^ byte) * 0x100000001b3u; }
-
-    std::uint64_t value = 0xcbf29ce484222325u;
-};
-
 /** The position of every parameter as it is saved. */
 std::string savedPositions (MainAudioProcessor& processor)
 {
@@ -76,36 +34,22 @@ std::string savedPositions (MainAudioProcessor& processor)
 
 std::string digestsOf (MainAudioProcessor& processor, const scenario::Output& output)
 {
-    Digest sound, settings;
-    sound.add (output.left);
-    sound.add (output.right);
+    golden::Digest settings;
     settings.add (savedPositions (processor));
-    return sound.text() + " " + settings.text();
-}
-
-std::vector<std::string> goldenRows (const std::string& kind)
-{
-    std::ifstream file (std::string (KESTRIN_GOLDEN_DIR) + "/sound.txt");
-    std::vector<std::string> rows;
-
-    for (std::string row; std::getline (file, row);)
-        if (row.starts_with (kind + " "))
-            rows.push_back (row);
-
-    return rows;
+    return golden::digestOf (output) + " " + settings.text();
 }
 
 /** Prints the rows that the file does not hold. */
 void expectGolden (const std::string& kind, const std::vector<std::string>& rows)
 {
-    const auto golden = goldenRows (kind);
+    const auto goldenRows = golden::rowsOf (kind);
     std::string changed;
 
     for (const auto& row : rows)
-        if (std::ranges::find (golden, row) == golden.end())
+        if (std::ranges::find (goldenRows, row) == goldenRows.end())
             changed += row + "\n";
 
-    EXPECT_EQ (rows.size(), golden.size());
+    EXPECT_EQ (rows.size(), goldenRows.size());
     EXPECT_TRUE (changed.empty()) << "not in sound.txt:\n" << changed;
 }
 
@@ -154,18 +98,9 @@ private:
     juce::MidiBuffer noMidi;
 };
 
-/** Every tenth session has NaN and infinity in the sound, and every tenth a host that sends nonsense. */
-scenario::Scenario sessionOf (std::uint32_t seed)
-{
-    scenario::Options options;
-    options.strangeSamples = seed % 10 == 0;
-    options.strangeTransport = seed % 10 == 5;
-    return scenario::makeScenario (seed, options);
-}
-
 std::string digestsOfSession (std::uint32_t seed)
 {
-    const auto session = sessionOf (seed);
+    const auto session = golden::sessionOf (seed);
     PlugInPlayer player (session.stereo ? 2 : 1);
     const auto output = scenario::play (session, player);
     return digestsOf (player.plugIn, output);
@@ -238,7 +173,7 @@ TEST (GoldenSound, IsThatOfTwoHundredRandomSessions)
 {
     std::vector<std::string> rows;
 
-    for (std::uint32_t seed = 60001; seed <= 60200; ++seed)
+    for (auto seed = golden::firstSeed; seed <= golden::lastSeed; ++seed)
         rows.push_back ("session " + digestsOfSession (seed) + " " + std::to_string (seed));
 
     expectGolden ("session", rows);
@@ -268,7 +203,7 @@ TEST (GoldenSound, IsThatOfEachFactoryPresetOverTheDemoLoop)
 TEST (GoldenSound, DiffersFromPresetToPreset)
 {
     std::set<std::string> sounds;
-    const auto rows = goldenRows ("preset");
+    const auto rows = golden::rowsOf ("preset");
 
     for (const auto& row : rows)
         sounds.insert (row.substr (0, row.find (' ', row.find (' ') + 1)));
