@@ -66,6 +66,12 @@ constexpr float wobbleThreshold = 0.01f;
            && settings.sync != ParameterSnapshot::tempoSync;
 }
 
+/** Adds what an output comes to. What is routed nowhere is added too: 0 times NaN is heard. */
+void route (float output, const Settings& settings, FloatQuad& modulation) noexcept
+{
+    modulation = modulation + settings.depths * FloatQuad::all (output);
+}
+
 /** What the other LFO's output makes of an LFO's speed. */
 [[nodiscard]] float multiplierOf (const Settings& settings, float otherOutput) noexcept
 {
@@ -148,25 +154,20 @@ void LfoBank::setWobble (const ParameterSnapshot::Lfo& settings, double rate, st
 void LfoBank::advanceAndRoute (TickBatch& ticks, juce::AudioPlayHead* transport)
 {
     const auto& settings = ticks.snapshot.lfo;
-    const auto areApart = ! ticks.snapshot.areLfosCoupled && ! ticks.snapshot.followsBars;
 
     for (auto tick = ticks.firstPending; tick < ticks.size; ++tick)
     {
         // A change of shape takes hold behind the first tick.
-        if (areApart && tick + 1 < ticks.size && lfo[0].isSteadyIn (settings[0].shape)
+        if (! ticks.snapshot.followsBars && tick + 1 < ticks.size && lfo[0].isSteadyIn (settings[0].shape)
             && lfo[1].isSteadyIn (settings[1].shape))
-        {
-            for (std::size_t i = 0; i < numLfos; ++i)
-                advanceAndRoute<std::dynamic_extent> (ticks, tick, i, 1.0f);
+            return advanceSteady (ticks, tick);
 
-            return;
-        }
-
-        advanceCoupled (ticks, tick, transport);
+        advanceTick (ticks, tick, transport);
     }
 }
 
-inline void LfoBank::advanceCoupled (TickBatch& ticks, std::size_t tick, juce::AudioPlayHead* transport)
+/** Both LFOs through one tick, whatever they do. */
+inline void LfoBank::advanceTick (TickBatch& ticks, std::size_t tick, juce::AudioPlayHead* transport)
 {
     const auto& settings = ticks.snapshot.lfo;
     PerLfo<float> outputs;
@@ -189,8 +190,17 @@ inline void LfoBank::advanceCoupled (TickBatch& ticks, std::size_t tick, juce::A
             multiplier = multiplierOf (settings[i], isRendered ? outputs[other] : lfo[other].render());
         }
 
+        auto phases = lfo[i].phases();
+        lfo[i].advance (phases);
+        const auto frequency = nextFrequency (settings[i], ticks.bpm[tick], multiplier, i);
+        phases.setFrequency (frequency, ticks.tickRate);
+        lfo[i].setPhases (phases);
+
         renderedShapes[i] = lfo[i].shape;
-        outputs[i] = advanceAndRoute<1> (ticks, tick, i, multiplier);
+        outputs[i] = lfo[i].render();
+        route (outputs[i], settings[i], ticks.modulation[tick]);
+        lfo[i].amplitude = 1.0f;
+        lfo[i].setShape (settings[i].shape, ticks.tickRate, frequency);
 
         if (settings[i].shape == LfoGenerator::reservedPulse)
             lockToBars (ticks, 1.0f, transport);
@@ -199,60 +209,60 @@ inline void LfoBank::advanceCoupled (TickBatch& ticks, std::size_t tick, juce::A
     }
 }
 
-/** One LFO through consecutive ticks: one (extent 1), or all from the first on, which moves nothing but the phases of a
-    steady LFO. First the phases go through all ticks, in a loop that keeps them in registers, and then come the waves.
-    @param multiplier  of the speed, which the other LFO has set
-    @returns the last output */
-template <std::size_t extent>
-inline float LfoBank::advanceAndRoute (TickBatch& ticks, std::size_t firstTick, std::size_t i,
-                                       float multiplier) noexcept
+/** Both LFOs through all ticks from the first on, while they move nothing but their phases: first the phases go through the
+    ticks, in a loop that keeps them in registers, and then come the waves. */
+void LfoBank::advanceSteady (TickBatch& ticks, std::size_t firstTick) noexcept
 {
-    const auto& settings = ticks.snapshot.lfo[i];
-    const auto numTicks = extent == 1 ? 1 : ticks.size - firstTick;
-    std::array<Phases::Values, extent == 1 ? 1 : TickBatch::maxTicks> passed;
-    std::array<float, extent == 1 ? 1 : TickBatch::maxTicks> outputs;
-    auto& generator = lfo[i];
-    auto phases = generator.phases();
-    auto frequency = 0.0f;
+    const auto& settings = ticks.snapshot.lfo;
+    PerLfo<Phases> phases { lfo[0].phases(), lfo[1].phases() };
+    PerLfo<float> frequencies;
+    PerLfo<PassedPhases> passed;
 
-    for (std::size_t n = 0; n < numTicks; ++n)
+    for (auto tick = firstTick; tick < ticks.size; ++tick)
     {
-        if constexpr (extent == 1)
-            generator.advance (phases);
-        else
-            advanceSteady (ticks, firstTick + n, i, phases);
+        for (std::size_t i = 0; i < numLfos; ++i)
+            if (const auto phase = jumpOf (ticks, i, tick, phases[i].now.get<Phases::a>()))
+                lfo[i].jump (phases[i], *phase);
 
-        passed[n] = phases.now.values();
-
-        // Without wobble and tempo one frequency serves all ticks.
-        if (n == 0 || ! isFree (settings))
+        for (std::size_t i = 0; i < numLfos; ++i)
         {
-            frequency = nextFrequency (settings, ticks.bpm[firstTick + n], multiplier, i);
-            phases.setFrequency (frequency, ticks.tickRate);
+            const auto other = (i + 1) % numLfos;
+            const auto multiplier =
+                settings[i].isMovedByOther ? multiplierOf (settings[i], lfo[other].renderAt (phases[other].now)) : 1.0f;
+
+            phases[i].advance();
+            passed[i][tick] = phases[i].now.values();
+
+            // What neither the other LFO nor wobble nor tempo moves has one frequency for all ticks.
+            if (tick == firstTick || settings[i].isMovedByOther || ! isFree (settings[i]))
+            {
+                frequencies[i] = nextFrequency (settings[i], ticks.bpm[tick], multiplier, i);
+                phases[i].setFrequency (frequencies[i], ticks.tickRate);
+            }
         }
     }
 
-    generator.setPhases (phases);
-    generator.render<extent> (std::span<const Phases::Values, extent> (passed.data(), numTicks),
-                              std::span<float, extent> (outputs.data(), numTicks));
-    generator.amplitude = 1.0f;
-    generator.setShape (settings.shape, ticks.tickRate, frequency);
-
-    // What is routed nowhere is added too: 0 times NaN is heard.
-    for (std::size_t n = 0; n < numTicks; ++n)
-        ticks.modulation[firstTick + n] =
-            ticks.modulation[firstTick + n] + settings.depths * FloatQuad::all (outputs[n]);
-
-    return outputs[numTicks - 1];
+    for (std::size_t i = 0; i < numLfos; ++i)
+    {
+        lfo[i].setPhases (phases[i]);
+        renderAndRoute (ticks, firstTick, i, passed[i]);
+        lfo[i].amplitude = 1.0f;
+        lfo[i].setShape (settings[i].shape, ticks.tickRate, frequencies[i]);
+    }
 }
 
-/** One tick of the phases of a steady LFO. */
-inline void LfoBank::advanceSteady (const TickBatch& ticks, std::size_t tick, std::size_t i, Phases& phases) noexcept
+/** The waves of one LFO at the phases of all ticks from the first on. */
+void LfoBank::renderAndRoute (TickBatch& ticks, std::size_t firstTick, std::size_t i,
+                              const PassedPhases& passed) noexcept
 {
-    if (const auto phase = jumpOf (ticks, i, tick, phases.now.get<Phases::a>()))
-        lfo[i].jump (phases, *phase);
+    TickBatch::PerTick<float> outputs;
+    const auto numTicks = ticks.size - firstTick;
 
-    phases.advance();
+    lfo[i].render<std::dynamic_extent> (std::span (passed).subspan (firstTick, numTicks),
+                                        std::span (outputs).subspan (firstTick, numTicks));
+
+    for (auto tick = firstTick; tick < ticks.size; ++tick)
+        route (outputs[tick], ticks.snapshot.lfo[i], ticks.modulation[tick]);
 }
 
 /** Moves the wobble on by one tick and gives the frequency that follows from it, in hertz. */

@@ -11,8 +11,7 @@
 /** The two LFOs as a tick moves them: their speed wobble, their lock to the tempo, their advance, what they modulate, and
     how each moves the other's speed.
 
-    Everything is written for consecutive ticks; a tick by itself is one of them. As long as the LFOs neither listen to each
-    other nor to the bars, all ticks of a batch are done for one LFO and then for the other.
+    As long as the LFOs move nothing but their phases, the phases go through all ticks of a batch, and then come the waves.
     Audio thread only; never allocates. */
 class LfoBank
 {
@@ -38,16 +37,16 @@ public:
     void advanceAndRoute (TickBatch& ticks, juce::AudioPlayHead* transport);
 
 private:
+    /** The phases of an LFO at each tick. */
+    using PassedPhases = TickBatch::PerTick<LfoGenerator::Phases::Values>;
+
     void setWobble (const ParameterSnapshot::Lfo& settings, double rate, std::size_t i) noexcept;
 
-    template <std::size_t extent>
-    float advanceAndRoute (TickBatch& ticks, std::size_t firstTick, std::size_t i, float multiplier) noexcept;
-
-    inline void advanceSteady (const TickBatch& ticks, std::size_t tick, std::size_t i,
-                               LfoGenerator::Phases& phases) noexcept;
+    inline void advanceTick (TickBatch& ticks, std::size_t tick, juce::AudioPlayHead* transport);
+    void advanceSteady (TickBatch& ticks, std::size_t firstTick) noexcept;
+    void renderAndRoute (TickBatch& ticks, std::size_t firstTick, std::size_t i, const PassedPhases& passed) noexcept;
     inline float nextFrequency (const ParameterSnapshot::Lfo& settings, double bpm, float multiplier,
                                 std::size_t i) noexcept;
-    inline void advanceCoupled (TickBatch& ticks, std::size_t tick, juce::AudioPlayHead* transport);
     void lockToBars (const TickBatch& ticks, float barMultiple, juce::AudioPlayHead* transport);
 
     PerLfo<LfoGenerator>& lfo;

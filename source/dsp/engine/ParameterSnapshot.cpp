@@ -97,7 +97,6 @@ ParameterSnapshot::ParameterSnapshot (const ParameterSet& parameters, std::span<
       lfo { lfoOf (parameters, 0, barLengths), lfoOf (parameters, 1, barLengths) },
       shiftBeats (shiftOf (*parameters.seqOffs)), pattern (patternOf (parameters)),
       active (pattern.isActive() || isActive (lfo[0]) || isActive (lfo[1])),
-      areLfosCoupled (lfo[0].isMovedByOther || lfo[1].isMovedByOther),
       followsBars (LfoGenerator::isReserved (lfo[0].shape) || LfoGenerator::isReserved (lfo[1].shape))
 {
 }

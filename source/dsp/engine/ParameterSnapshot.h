@@ -98,9 +98,6 @@ struct ParameterSnapshot
     /** Something is routed or programmed, so that every frame needs a tick. */
     bool active;
 
-    /** One LFO or both go by the other's output. */
-    bool areLfosCoupled;
-
     /** One LFO or both have a reserved shape, which asks the transport for the bars and moves both. */
     bool followsBars;
 };

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <type_traits>
 
 #include "dsp/math/FloatPower.h"
 
@@ -47,6 +48,49 @@ constexpr double sumLead = 0.0001;
 }
 
 [[nodiscard]] double fraction (double x) noexcept { return x - std::floor (x); }
+
+/** An output of -1 to 1 as 0 to 1, clamped; NaN stays NaN.
+    @tparam Real  double or StereoPair */
+template <typename Real>
+[[nodiscard]] Real unipolarOf (Real x) noexcept
+{
+    using elementary::all;
+    using elementary::greaterOf;
+    using elementary::lesserOf;
+
+    const auto raised = (x + all<Real> (1.0)) * all<Real> (0.5);
+    return greaterOf (all<Real> (0.0), lesserOf (all<Real> (1.0), raised));
+}
+
+[[nodiscard]] float unipolar (float x) noexcept { return (float) unipolarOf ((double) x); }
+
+[[nodiscard]] FloatQuad unipolar (FloatQuad x) noexcept
+{
+    return FloatQuad::narrowed (unipolarOf (x.firstHalf()), unipolarOf (x.secondHalf()));
+}
+
+/** The curve stage.
+    @tparam Lane  float or FloatQuad */
+template <typename Lane>
+[[nodiscard]] Lane bentBy (float exponent, Lane x) noexcept
+{
+    const auto all = [] (float value)
+    {
+        if constexpr (std::is_same_v<Lane, float>)
+            return value;
+        else
+            return Lane::all (value);
+    };
+
+    const auto one = all (1.0f), two = all (2.0f);
+    const auto u = unipolar (x);
+
+    if (exponent > 1.0f)
+        return two * elementary::power (u, all (exponent)) - one;
+
+    const auto y = elementary::power (one - u, all (1.0f / exponent));
+    return two * (one - y) - one;
+}
 } // namespace
 
 LfoGenerator::LfoGenerator() : rng (std::random_device {}()) {}
@@ -97,15 +141,19 @@ float LfoGenerator::renderReservedSum (float phase) noexcept
     return outputSlew.current;
 }
 
-float LfoGenerator::bent (float x) const noexcept
+void LfoGenerator::bend (std::span<float> outputs) const noexcept
 {
-    const auto u = (float) std::clamp (((double) x + 1.0) * 0.5, 0.0, 1.0);
+    std::size_t i = 0;
 
-    if (curveExponent > 1.0f)
-        return 2.0f * elementary::power (u, curveExponent) - 1.0f;
+    for (; i + FloatQuad::size <= outputs.size(); i += FloatQuad::size)
+    {
+        const auto bent =
+            bentBy (curveExponent, FloatQuad (outputs[i], outputs[i + 1], outputs[i + 2], outputs[i + 3]));
+        std::ranges::copy (bent.values(), outputs.begin() + (std::ptrdiff_t) i);
+    }
 
-    const auto y = elementary::power (1.0f - u, 1.0f / curveExponent);
-    return 2.0f * (1.0f - y) - 1.0f;
+    for (; i < outputs.size(); ++i)
+        outputs[i] = bentBy (curveExponent, outputs[i]);
 }
 
 double LfoGenerator::drawStep() noexcept

@@ -120,15 +120,18 @@ public:
     LfoGenerator();
 
     /** The output at the present phases. For brownian and reservedSum it also hands the output slew its target. */
-    [[nodiscard]] float render() noexcept
+    [[nodiscard]] float render() noexcept { return renderAt (phases().now); }
+
+    /** The same at phases that have been taken out. */
+    [[nodiscard]] float renderAt (FloatQuad now) noexcept
     {
-        const std::array<Phases::Values, 1> here { { { referencePhase, phaseA, phaseB, phaseC } } };
+        const std::array<Phases::Values, 1> here { now.values() };
         std::array<float, 1> output;
         render<1> (here, output);
         return output[0];
     }
 
-    /** The outputs at other phases than the generator's own, one for each; for more than one the generator must be steady.
+    /** The outputs at many phases, one for each; the generator must be steady.
         @tparam extent  the number of phases, if it is known */
     template <std::size_t extent>
     void render (std::span<const Phases::Values, extent> phases, std::span<float, extent> outputs) noexcept
@@ -139,8 +142,7 @@ public:
         if (const auto exponent = (double) curveExponent; exponent > 0.99 && exponent < 1.01)
             return;
 
-        for (auto& output : outputs)
-            output = bent (output);
+        bend (outputs);
     }
 
     /** True if a tick moves nothing but the phases, and keeps the shape: then ticks can be taken together, first all their
@@ -335,7 +337,7 @@ private:
     [[nodiscard]] float renderReservedPulse (float phase) const noexcept;
     [[nodiscard]] float renderReservedSum (float phase) noexcept;
 
-    [[nodiscard]] float bent (float x) const noexcept;
+    void bend (std::span<float> outputs) const noexcept;
     [[nodiscard]] double drawStep() noexcept;
     void walkOrFollow (Phases& moved) noexcept;
 };
