@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <numbers>
 
+#include "demo/Elementary.h"
 #include "demo/LoopMix.h"
 #include "demo/Oscillators.h"
 
@@ -54,7 +55,7 @@ void addChord (LoopMix& mix, int firstFrame, std::span<const int> notes)
         {
             // The chord leans back on every beat, as if the kick pushed it away.
             const auto sinceBeat = secondsOf (frame % framesPerBeat);
-            const auto level = 0.10 * edges (frame, framesPerBar) * (1.0 - 0.55 * std::exp (-9.0 * sinceBeat));
+            const auto level = 0.10 * edges (frame, framesPerBar) * (1.0 - 0.55 * exponential (-9.0 * sinceBeat));
             mix.add (firstFrame + frame, level * low.next(), -0.7);
             mix.add (firstFrame + frame, level * high.next(), 0.7);
         }
@@ -68,7 +69,7 @@ void addBassNote (LoopMix& mix, int firstFrame, int length, int note)
 
     for (auto frame = 0; frame < length; ++frame)
     {
-        const auto level = 0.26 * edges (frame, length) * std::exp (-3.5 * secondsOf (frame));
+        const auto level = 0.26 * edges (frame, length) * exponential (-3.5 * secondsOf (frame));
         mix.add (firstFrame + frame, level * (saw.next() + 0.4 * octave.next()), 0.0);
     }
 }
@@ -81,9 +82,9 @@ void addKick (LoopMix& mix, int firstFrame)
     for (auto frame = 0; frame < length; ++frame)
     {
         const auto seconds = secondsOf (frame);
-        const auto level = 0.55 * edges (frame, length) * std::exp (-14.0 * seconds);
-        phase += (48.0 + 130.0 * std::exp (-38.0 * seconds)) / sampleRate;
-        mix.add (firstFrame + frame, level * std::sin (2.0 * pi * phase), 0.0);
+        const auto level = 0.55 * edges (frame, length) * exponential (-14.0 * seconds);
+        phase += (48.0 + 130.0 * exponential (-38.0 * seconds)) / sampleRate;
+        mix.add (firstFrame + frame, level * sine (2.0 * pi * phase), 0.0);
     }
 }
 
@@ -96,7 +97,7 @@ void addHat (LoopMix& mix, Noise& noise, int firstFrame, double loudness, double
     {
         // The difference of neighbours tilts the noise towards the top.
         const auto now = noise.next();
-        const auto level = loudness * edges (frame, length) * std::exp (-decay * secondsOf (frame));
+        const auto level = loudness * edges (frame, length) * exponential (-decay * secondsOf (frame));
         mix.add (firstFrame + frame, level * (now - 0.8 * before), pan);
         before = now;
     }
@@ -188,10 +189,10 @@ void addKey (LoopMix& mix, int firstFrame, int note, double pan)
     for (auto frame = 0; frame < length; ++frame)
     {
         const auto seconds = secondsOf (frame);
-        const auto body = 1.2 * std::exp (-2.5 * seconds) * std::sin (2.0 * pi * phase);
-        const auto tine = 0.5 * std::exp (-12.0 * seconds) * std::sin (2.0 * pi * 14.0 * phase);
-        const auto level = edges (frame, length) * std::exp (-1.6 * seconds);
-        mix.add (firstFrame + frame, level * std::sin (2.0 * pi * phase + body + tine), pan);
+        const auto body = 1.2 * exponential (-2.5 * seconds) * sine (2.0 * pi * phase);
+        const auto tine = 0.5 * exponential (-12.0 * seconds) * sine (2.0 * pi * 14.0 * phase);
+        const auto level = edges (frame, length) * exponential (-1.6 * seconds);
+        mix.add (firstFrame + frame, level * sine (2.0 * pi * phase + body + tine), pan);
         phase += hertzOf (note) / sampleRate;
         phase -= std::floor (phase);
     }
@@ -235,7 +236,7 @@ public:
         for (auto frame = 0; frame < length; ++frame)
         {
             const auto seconds = secondsOf (frame);
-            const auto vibrato = 1.0 + 0.012 * std::min (1.0, 3.0 * seconds) * std::sin (2.0 * pi * 5.5 * seconds);
+            const auto vibrato = 1.0 + 0.012 * std::min (1.0, 3.0 * seconds) * sine (2.0 * pi * 5.5 * seconds);
             cords.setHertz (hertzOf (note) * vibrato);
             const auto voice = throughMouth (cords.next() + 0.03 * noise.next(), beat, (double) frame / length);
             mix.add (firstFrame + hissFrames + frame, 0.2 * edges (frame, length) * voice, 0.0);
@@ -276,7 +277,7 @@ void playStage (LoopMix& mix)
 
     for (auto frame = 0; frame < numFrames; ++frame)
         for (const auto turn : turns)
-            mix.add (frame, 0.06 * std::sin (2.0 * pi * (double) ((long) turn * frame % numFrames) / numFrames), 0.0);
+            mix.add (frame, 0.06 * sine (2.0 * pi * (double) (turn * frame % numFrames) / numFrames), 0.0);
 }
 
 /** White noise, another one on each side. */

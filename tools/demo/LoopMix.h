@@ -7,6 +7,8 @@
 #include <numbers>
 #include <vector>
 
+#include "demo/Elementary.h"
+
 namespace demo
 {
 inline constexpr int sampleRate = 44100;
@@ -29,8 +31,8 @@ public:
     {
         const auto angle = (pan + 1.0) * 0.25 * std::numbers::pi;
         const auto index = (std::size_t) (frame % numFrames);
-        left[index] += value * std::cos (angle);
-        right[index] += value * std::sin (angle);
+        left[index] += value * cosine (angle);
+        right[index] += value * sine (angle);
     }
 
     void scaleToPeak (double peakDb)
@@ -41,7 +43,7 @@ public:
             for (const auto value : *channel)
                 peak = std::max (peak, std::abs (value));
 
-        const auto gain = std::pow (10.0, peakDb / 20.0) / peak;
+        const auto gain = exponential (std::numbers::ln10 * peakDb / 20.0) / peak;
 
         for (auto* channel : { &left, &right })
             for (auto& value : *channel)

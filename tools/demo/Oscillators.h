@@ -5,11 +5,15 @@
 #include <cstdint>
 #include <numbers>
 
+#include "demo/Elementary.h"
 #include "demo/LoopMix.h"
 
 namespace demo
 {
-[[nodiscard]] inline double hertzOf (int midiNote) { return 440.0 * std::exp2 ((midiNote - 69) / 12.0); }
+[[nodiscard]] inline double hertzOf (int midiNote)
+{
+    return 440.0 * exponential (std::numbers::ln2 * ((midiNote - 69) / 12.0));
+}
 
 /** A saw whose step is rounded off by a polynomial over the two samples next to it, which removes the strongest aliases
     (V. Valimaki, A. Huovilainen, "Antialiasing oscillators in subtractive synthesis", 2007). */
@@ -72,8 +76,8 @@ public:
     [[nodiscard]] double next (double input, double hertz, double bandwidthHz)
     {
         using std::numbers::pi;
-        const auto c = -std::exp (-2.0 * pi * bandwidthHz / sampleRate);
-        const auto b = 2.0 * std::exp (-pi * bandwidthHz / sampleRate) * std::cos (2.0 * pi * hertz / sampleRate);
+        const auto c = -exponential (-2.0 * pi * bandwidthHz / sampleRate);
+        const auto b = 2.0 * exponential (-pi * bandwidthHz / sampleRate) * cosine (2.0 * pi * hertz / sampleRate);
         const auto output = (1.0 - b - c) * input + b * before + c * beforeThat;
         beforeThat = before;
         before = output;

@@ -19,7 +19,7 @@ editor         | common dsp dsp/modulation frame parameters
 .              | dsp editor
 host           | common
 host/commands  | host
-demo           |
+demo           | dsp/math
 plots          | dsp/filters dsp/modulation
 '
 
