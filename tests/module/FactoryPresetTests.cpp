@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "demo/DemoStems.h"
 #include "host/PluginState.h"
 #include "module/LoadPreset.h"
 #include "module/ModuleUnderTest.h"
@@ -61,6 +62,17 @@ TEST (FactoryPresets, AreBuiltOneForEveryText)
         EXPECT_TRUE (builtPreset (linesOf (file)["name"]).existsAsFile()) << file.getFileName();
 }
 
+TEST (FactoryPresets, SayWhatToPlayAndWhatToListenForAndWhichStemOfTheDemoDoes)
+{
+    for (const auto& file : writtenPresets())
+    {
+        auto written = linesOf (file);
+        EXPECT_TRUE (written["play"].isNotEmpty()) << file.getFileName();
+        EXPECT_TRUE (written["listen"].isNotEmpty()) << file.getFileName();
+        EXPECT_NE (demo::findStem (written["stem"].toStdString()), nullptr) << file.getFileName();
+    }
+}
+
 TEST (FactoryPresets, LoadWithTheValuesOfTheirTextsAndDefaultsForTheRest)
 {
     ModuleUnderTest module;
@@ -95,7 +107,7 @@ TEST (FactoryPresets, LoadWithTheValuesOfTheirTextsAndDefaultsForTheRest)
             written.erase (parameter.id);
         }
 
-        for (const auto* word : { "name", "about", "listen" })
+        for (const auto* word : { "name", "about", "play", "listen", "stem" })
             written.erase (word);
 
         EXPECT_TRUE (written.empty()) << "no parameter: " << written.begin()->first;

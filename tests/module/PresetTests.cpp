@@ -16,7 +16,9 @@ namespace
 const char* const tide = "# a comment\n"
                          "name = Slow Tide\n"
                          "about = A slow sweep under pads.\n"
-                         "listen = Pads = chords # and strings\n"
+                         "play = Pads = chords # and strings\n"
+                         "listen = How it closes.\n"
+                         "stem = chords\n"
                          "\n"
                          "lp_freq = 0.5\n"
                          "hp_mode = 24 dB/oct\n"
@@ -84,7 +86,9 @@ TEST (Presets, KeepTheirDescriptions)
 
     EXPECT_EQ (written.name, "Slow Tide");
     EXPECT_EQ (written.about, "A slow sweep under pads.");
-    EXPECT_EQ (written.listen, "Pads = chords # and strings");
+    EXPECT_EQ (written.play, "Pads = chords # and strings");
+    EXPECT_EQ (written.listen, "How it closes.");
+    EXPECT_EQ (written.stem, "chords");
 }
 
 TEST (Presets, AreWrittenUnderTheirNames)

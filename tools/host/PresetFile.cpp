@@ -90,7 +90,8 @@ void removeOrigin (juce::XmlElement& settings)
     };
 
     for (const auto& field :
-         { Field { "name", &Written::name }, Field { "about", &Written::about }, Field { "listen", &Written::listen } })
+         { Field { "name", &Written::name }, Field { "about", &Written::about }, Field { "play", &Written::play },
+           Field { "listen", &Written::listen }, Field { "stem", &Written::stem } })
         if (key == field.key)
             return &(written.*field.text);
 

@@ -9,9 +9,10 @@
 
 /** Presets as VST3 hosts load them (.vstpreset), and as people write them.
 
-    The written form is lines of `key = value`: `name` and `about` (what the preset is for) must be there, `listen` (what
-    to play through it) may be, and every other key is the id of a parameter, with a text or a position. Blank lines and
-    lines that begin with # are ignored. A parameter that is not named has its default. */
+    The written form is lines of `key = value`: `name` and `about` (what the preset is for) must be there. `play` (what to play
+    through it), `listen` (what to listen for) and `stem` (which stem of the demo does) may be. Every other key is the id of a
+    parameter, with a text or a position. Blank lines and lines that begin with # are ignored. A parameter that is not named has
+    its default. */
 namespace presetFile
 {
 [[nodiscard]] bool isPreset (const juce::MemoryBlock& content);
@@ -34,7 +35,9 @@ struct Written
 
     juce::String name;
     juce::String about;
+    juce::String play;
     juce::String listen;
+    juce::String stem;
     std::vector<Value> values;
 };
 

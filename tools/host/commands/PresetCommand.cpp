@@ -36,7 +36,7 @@ void write (HostedModule& module, const presetFile::Written& preset, const juce:
 PresetCommand::PresetCommand (CLI::App& program)
     : Command (program, "preset",
                "Make .vstpreset files from written presets: lines of key = value, where the keys are name, about (what "
-               "it is for), listen (if you like) and the ids of parameters, with texts or positions")
+               "it is for), play, listen and stem (if you like) and the ids of parameters, with texts or positions")
 {
     module.addPlugin (options);
     options.add_option ("files", files, "Written presets (.txt)")->required();
