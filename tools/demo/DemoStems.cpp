@@ -324,6 +324,17 @@ const Stem* findStem (std::string_view name)
     return found == table.end() ? nullptr : found;
 }
 
+std::vector<const Stem*> stemsToJudgeOn (const Stem& suited)
+{
+    std::vector<const Stem*> result { &suited };
+
+    for (const auto& stem : table)
+        if (&stem != &suited && result.size() < 3)
+            result.push_back (&stem);
+
+    return result;
+}
+
 Loop render (const Stem& stem)
 {
     constexpr auto peakDb = -6.0; // room for the resonances

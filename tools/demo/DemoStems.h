@@ -30,6 +30,9 @@ struct Stem
 /** The stem of this name; nullptr if there is none. */
 [[nodiscard]] const Stem* findStem (std::string_view name);
 
+/** What a sound effect is judged on: the stem that suits it, and the first two others. */
+[[nodiscard]] std::vector<const Stem*> stemsToJudgeOn (const Stem& suited);
+
 /** Plays a stem: peak at -6 dBFS, and every sample one of 24 bits, so that a file of 24 bits holds exactly these numbers. The
     same call gives the same loop: it uses no clock and no random device. */
 [[nodiscard]] Loop render (const Stem& stem);

@@ -20,6 +20,7 @@ editor         | common dsp dsp/modulation frame parameters
 host           | common
 host/commands  | host
 demo           | dsp/math
+gallery        | demo dsp host
 plots          | dsp/filters dsp/modulation
 '
 
