@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// What the gallery says of the presets in figures.
+// What the gallery says of the presets in figures, and what the manual promises of them.
 #include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <numbers>
 #include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
 #include <juce_core/juce_core.h>
@@ -37,6 +39,17 @@ std::string stateIn (const juce::File& preset)
     std::ifstream file (preset.getFullPathName().toStdString(), std::ios::binary);
     const std::string bytes { std::istreambuf_iterator<char> (file), {} };
     return bytes.substr (std::min (bytes.find ("VC2!"), bytes.size()));
+}
+juce::String valueOf (const juce::File& written, const juce::String& key)
+{
+    juce::StringArray lines;
+    written.readLines (lines);
+
+    for (const auto& line : lines)
+        if (line.upToFirstOccurrenceOf ("=", false, false).trim() == key)
+            return line.fromFirstOccurrenceOf ("=", false, false).trim();
+
+    return {};
 }
 } // namespace
 
@@ -87,3 +100,35 @@ TEST (PresetSession, LeavesTheSoundAloneWhereNothingIsFiltered)
     EXPECT_EQ (played.sound.left, loop.left);
     EXPECT_EQ (played.sound.right, loop.right);
 }
+
+//======================================================================================================================
+/** The presets over one of the stems that they are judged on, which peak at -6 dBFS. */
+class FactoryPresetLevels : public testing::TestWithParam<std::size_t>
+{
+};
+
+TEST_P (FactoryPresetLevels, AreAtMostSixDecibelsLouderThanTheirSoundAndStayBelowFullScale)
+{
+    std::map<std::string_view, demo::Loop> loops;
+
+    for (const auto& stem : demo::stems())
+        loops[stem.name] = demo::render (stem);
+
+    for (const auto& written :
+         juce::File (KESTRIN_WRITTEN_PRESETS).findChildFiles (juce::File::findFiles, false, "*.txt"))
+    {
+        const auto name = valueOf (written, "name");
+        const auto* const suited = demo::findStem (valueOf (written, "stem").toStdString());
+        ASSERT_NE (suited, nullptr) << name;
+
+        const auto& stem = *demo::stemsToJudgeOn (*suited)[GetParam()];
+        const auto& before = loops[stem.name];
+        const auto state = stateIn (juce::File (KESTRIN_BUILT_PRESETS).getChildFile (name + ".vstpreset"));
+        const auto after = presetSession::play (state, before).sound;
+        EXPECT_LT (soundFigures::peakDb (after), 0.0) << name << " over " << stem.name;
+        EXPECT_LT (soundFigures::loudness (after) - soundFigures::loudness (before), 6.0)
+            << name << " over " << stem.name;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P (OverTheStemThatSuitsAndTwoOthers, FactoryPresetLevels, testing::Values (0u, 1u, 2u));
