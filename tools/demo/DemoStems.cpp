@@ -231,14 +231,14 @@ public:
         constexpr auto length = framesPerBeat - hissFrames - gap;
         const auto firstFrame = beat * framesPerBeat;
         const auto note = melody[(std::size_t) beat % melody.size()];
-        addHat (mix, noise, firstFrame - (beat > 0 ? hissFrames : 0), 0.12, 30.0, 0.0);
+        addHat (mix, noise, firstFrame, 0.06, 25.0, 0.0);
 
         for (auto frame = 0; frame < length; ++frame)
         {
             const auto seconds = secondsOf (frame);
             const auto vibrato = 1.0 + 0.012 * std::min (1.0, 3.0 * seconds) * sine (2.0 * pi * 5.5 * seconds);
             cords.setHertz (hertzOf (note) * vibrato);
-            const auto voice = throughMouth (cords.next() + 0.03 * noise.next(), beat, (double) frame / length);
+            const auto voice = throughMouth (cords.next() + 0.1 * noise.next(), beat, (double) frame / length);
             mix.add (firstFrame + hissFrames + frame, 0.2 * edges (frame, length) * voice, 0.0);
         }
     }
@@ -253,12 +253,16 @@ private:
         for (std::size_t i = 0; i < mouth.size(); ++i)
             sound = mouth[i].next (sound, from.hertz[i] + place * (to.hertz[i] - from.hertz[i]), bandwidths[i]);
 
-        return sound;
+        // Lips send out what is high better than what is low.
+        const auto sent = sound - 0.9 * behindLips;
+        behindLips = sound;
+        return sent;
     }
 
     Saw cords { hertzOf (45), 0.0 };
     Noise noise;
     std::array<Formant, 3> mouth;
+    double behindLips = 0.0;
 };
 
 void playVoice (LoopMix& mix)
@@ -277,7 +281,7 @@ void playStage (LoopMix& mix)
 
     for (auto frame = 0; frame < numFrames; ++frame)
         for (const auto turn : turns)
-            mix.add (frame, 0.06 * sine (2.0 * pi * (double) (turn * frame % numFrames) / numFrames), 0.0);
+            mix.add (frame, 0.03 * sine (2.0 * pi * (double) (turn * frame % numFrames) / numFrames), 0.0);
 }
 
 /** White noise, another one on each side. */
@@ -307,11 +311,10 @@ constexpr std::array table {
 
 [[nodiscard]] std::vector<float> roundedTo24Bits (const std::vector<double>& channel)
 {
-    std::vector<float> result;
-
-    for (const auto value : channel)
-        result.push_back ((float) ((double) std::lrint (value * 8388607.0) / 8388608.0));
-
+    std::vector<float> result (channel.size());
+    std::ranges::transform (channel, result.begin(),
+                            [] (double value)
+                            { return (float) ((double) std::lrint (value * 8388607.0) / 8388608.0); });
     return result;
 }
 } // namespace
