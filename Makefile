@@ -25,7 +25,7 @@ MUTANT_SEED ?= 1
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help demo test test-arm64 install uninstall bits bench sanitize fuzz coverage mutants docs package format lint clean
+.PHONY: help demo gallery test test-arm64 install uninstall bits bench sanitize fuzz coverage mutants docs package format lint clean
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
@@ -39,6 +39,9 @@ help:
 
 demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wav takes yours
 	@scripts/demo
+
+gallery: ## make a page on which every factory preset can be heard and seen, in build/gallery
+	@scripts/gallery
 
 test: ## build and run all tests
 	@scripts/build

@@ -60,6 +60,7 @@ check 'without IN it filters its own loop' succeeds
 check 'both sounds are in the page' test "$(grep -o 'src="data:audio/flac' "$page" | wc -l)" = 2
 check 'both spectrograms are in the page' test "$(grep -o 'src="data:image/png' "$page" | wc -l)" = 2
 check 'the page asks for no other file' never grep -qE '(src|href)="(http|/|[a-z]*\.)' "$page"
+check 'the page says how the gallery is made' holds "$page" 'make gallery'
 check 'the page is told where it is' holds "$scratch/out" "$page"
 check 'every setting of the patch reaches the host' \
     test "$(grep -cx -- --set "$scratch/render")" = "$(grep -c '^set' "$patch")"
@@ -67,6 +68,10 @@ check 'every movement of the patch reaches the host' \
     test "$(grep -cx -- --automate "$scratch/render")" = "$(grep -c '^move' "$patch")"
 check 'movements end with the sound' grep -qE '@.*,0\.2000=' "$scratch/render"
 check 'no picture of the window is no failure' holds "$scratch/out" 'no window here'
+
+mkdir "$project/build/gallery" && touch "$project/build/gallery/index.html"
+run ''
+check 'a gallery that is there is linked' holds "$page" 'href="../gallery/index.html"'
 
 sox -V1 -n -r 48000 -c 1 "$scratch/song [1] & more.wav" synth 0.1 sine 200
 run "$scratch/song [1] & more.wav"
