@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 
 #include "dsp/MainAudioProcessor.h"
 #include "host/Transport.h"
@@ -33,6 +35,10 @@ constexpr auto leadInBeats = 4.0;
 presetSession::Played presetSession::play (std::string_view state, const demo::Loop& loop)
 {
     MainAudioProcessor plugIn;
+
+    for (std::size_t i = 0; i < plugIn.lfo.size(); ++i)
+        plugIn.lfo[i].rng.seed ((std::uint32_t) i);
+
     plugIn.setStateInformation (state.data(), (int) state.size());
     plugIn.setPlayConfigDetails (2, 2, loop.sampleRate, blockSize);
     plugIn.prepareToPlay (loop.sampleRate, blockSize);

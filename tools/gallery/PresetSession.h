@@ -8,7 +8,8 @@
 
 /** A preset played over a loop in the plug-in itself, as its cutoffs can only be seen from inside. The loop begins on beat 32,
     a bar line of every pattern. Its last bar is played before it, in which the knobs come to rest; so the sound closes as the
-    loop does. It is that of `kestrin-host render --start-beat 28` bit for bit, from the second bar on. */
+    loop does. It is that of `kestrin-host render --start-beat 28` from the second bar on, but for a Brownian LFO, whose walk
+    is the same every time here and never in a module. */
 namespace presetSession
 {
 struct Moment

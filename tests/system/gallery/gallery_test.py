@@ -107,6 +107,14 @@ class GalleryTest(unittest.TestCase):
             self.assertGreater(len(alt), 20)
         self.assertEqual(self.browser.complaints(), [])
 
+    def test_tells_the_peak_of_the_sound_that_it_plays(self):
+        for preset in ("slow-tide", "telephone"):
+            told = float(self.value(f"document.querySelector('#{preset} .wide tbody tr').cells[2].textContent"))
+            sound = pathlib.Path(self.folder.name) / "sound" / f"{preset}.flac"
+            stats = subprocess.run(["sox", sound, "-n", "stats"], capture_output=True, text=True, check=True).stderr
+            played = next(float(line.split()[3]) for line in stats.splitlines() if line.startswith("Pk lev dB"))
+            self.assertAlmostEqual(told, played, delta=0.06)  # one decimal is told
+
     def test_fits_a_phone_and_a_desktop(self):
         self.value("for (const image of document.images) image.loading = 'eager'")
         for width in (WIDE, PHONE):
