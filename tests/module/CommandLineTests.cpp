@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
+#include <algorithm>
+#include <cmath>
+
 #include <gtest/gtest.h>
 #include <juce_audio_formats/juce_audio_formats.h>
 
 #include "module/HostProcess.h"
 #include "module/ModuleUnderTest.h"
+#include "support/SoundFiles.h"
 
 namespace
 {
@@ -12,7 +16,7 @@ constexpr int interrupted = 130;
 
 juce::StringArray render (const juce::StringArray& more, const char* input = "in.wav")
 {
-    juce::StringArray words ("render", "--in", input, "--out", "out.wav");
+    juce::StringArray words ("render", "--force", "--in", input, "--out", "out.wav");
     words.addArray (more);
     return words;
 }
@@ -169,7 +173,7 @@ TEST (HostRender, RefusesSoundFilesThatItCannotUse)
 
     expectRefusal (host, render ({}, "missing.wav"), "missing.wav: there is no such file");
     expectRefusal (host, render ({}, "four.wav"), "four.wav: has 4 channels; 1 or 2 are possible");
-    expectRefusal (host, render ({}, "text.wav"), "text.wav: not a WAV or AIFF file");
+    expectRefusal (host, render ({}, "text.wav"), "text.wav: not a WAV, AIFF, FLAC or Ogg file");
     expectRefusal (host, render ({}, "cut.wav"), "cut.wav: the file is cut short");
 }
 
@@ -244,6 +248,153 @@ TEST (HostRender, RefusesAModuleWhoseLibraryIsDamaged)
 
     expectRefusal (host, render ({ "--plugin", "Kestrin Tamsile Filter.vst3" }), "Kestrin Tamsile Filter.vst3: ");
     expectRefusal (host, { "identity", "--plugin", "Kestrin Tamsile Filter.vst3" }, "cannot be loaded");
+}
+
+TEST (HostRender, ReplacesNothingUnlessItIsTold)
+{
+    const HostProcess host;
+    host.writeSound ("in.wav", 2, 1000);
+    const juce::StringArray plain ("render", "--in", "in.wav", "--out", "out.wav", "--save-state", "end.xml");
+
+    host.file ("out.wav").replaceWithText ("older");
+    expectRefusal (host, plain, "out.wav is there already; --force replaces it");
+    EXPECT_EQ (host.file ("out.wav").loadFileAsString(), "older");
+
+    host.file ("out.wav").deleteFile();
+    host.file ("end.xml").replaceWithText ("older");
+    expectRefusal (host, plain, "end.xml is there already; --force replaces it");
+    EXPECT_EQ (host.file ("end.xml").loadFileAsString(), "older");
+
+    EXPECT_EQ (host.run (render ({ "--save-state", "end.xml" })).exitCode, 0);
+    EXPECT_NE (host.file ("end.xml").loadFileAsString(), "older");
+}
+
+TEST (HostRender, RingsOutOnlyIfItIsAsked)
+{
+    const HostProcess host;
+    constexpr int numFrames = 1000, halfASecond = 22050;
+    host.writeSound ("in.wav", 2, numFrames);
+    const juce::StringArray peak ("--stopped", "--set", "lp_freq=0.3", "--set", "lp_reso=0.9");
+
+    ASSERT_EQ (host.run (render (peak)).exitCode, 0);
+    const auto plain = samplesOf (host.readSound ("out.wav"), 0);
+    ASSERT_EQ (plain.size(), (std::size_t) numFrames);
+
+    auto words = render (peak);
+    words.addArray ({ "--tail", "0.5" });
+    ASSERT_EQ (host.run (words).exitCode, 0);
+    const auto longer = samplesOf (host.readSound ("out.wav"), 0);
+    ASSERT_EQ (longer.size(), (std::size_t) (numFrames + halfASecond));
+    EXPECT_TRUE (std::equal (plain.begin(), plain.end(), longer.begin()));
+
+    // The filter's answer to what came before: loud at first, gone in the end.
+    EXPECT_GT (std::abs (longer[numFrames]) + std::abs (longer[numFrames + 1]), 1.0e-3f);
+    EXPECT_LT (std::abs (longer.back()), 1.0e-6f);
+
+    for (const auto* tail : { "-1", "nan", "1e9", "long" })
+        expectRefusal (host, render ({ "--tail", tail }), "--tail");
+}
+
+TEST (HostRender, WritesSamplesOf24BitsAsTheyAre)
+{
+    const HostProcess host;
+    host.writeSound ("in.wav", 2, 5000);
+
+    // Every second sample of these has its lowest bit set: steps of 24 bits that 16 bits don't have.
+    auto steps = host.readSound ("in.wav");
+
+    for (int channel = 0; channel < 2; ++channel)
+        for (int frame = 0; frame < 5000; ++frame)
+            steps.setSample (channel, frame, steps.getSample (channel, frame) + (float) (frame % 2) / (1 << 23));
+
+    writeSound (host.file ("in.wav"), Encoding::wav24, steps);
+    ASSERT_EQ (samplesOf (host.readSound ("in.wav"), 1), samplesOf (steps, 1));
+
+    for (const auto* output : { "out.flac", "out.wav" })
+    {
+        const auto result =
+            host.run ({ "render", "--in", "in.wav", "--out", output, "--bits", "24", "--set", "byps=1" });
+        ASSERT_EQ (result.exitCode, 0) << result.errors;
+
+        const AudioSource source (host.file (output), 0);
+        EXPECT_EQ (source.sampleRate(), 44100.0);
+        EXPECT_EQ (samplesOf (host.readSound (output), 0), samplesOf (steps, 0)) << output;
+        EXPECT_EQ (samplesOf (host.readSound (output), 1), samplesOf (steps, 1)) << output;
+    }
+}
+
+TEST (HostRender, RoundsTo24BitsWithoutDither)
+{
+    const HostProcess host;
+    host.writeSound ("in.wav", 1, 5000);
+    ASSERT_EQ (host.run (render ({ "--set", "lp_freq=0.5" })).exitCode, 0);
+    ASSERT_EQ (host.run ({ "render", "--in", "in.wav", "--out", "out.flac", "--set", "lp_freq=0.5" }).exitCode, 0);
+
+    const auto exact = samplesOf (host.readSound ("out.wav"), 0), rounded = samplesOf (host.readSound ("out.flac"), 0);
+    ASSERT_EQ (exact.size(), rounded.size());
+
+    for (std::size_t i = 0; i < exact.size(); ++i)
+        ASSERT_EQ (std::rint ((double) exact[i] * (1 << 23)), (double) rounded[i] * (1 << 23)) << i;
+}
+
+TEST (HostRender, SaysHowManySamplesItClips)
+{
+    const HostProcess host;
+    juce::AudioBuffer<float> sound (1, 100);
+    sound.clear();
+    sound.setSample (0, 10, 1.5f);
+    sound.setSample (0, 20, -1.25f);
+    sound.setSample (0, 30, 1.0f);
+    writeSound (host.file ("in.wav"), Encoding::wavFloat, sound);
+
+    const auto result = host.run ({ "render", "--in", "in.wav", "--out", "out.flac", "--set", "byps=1" });
+    EXPECT_EQ (result.exitCode, 0);
+    EXPECT_TRUE (result.errors.contains ("out.flac: 2 samples over full scale were clipped")) << result.errors;
+
+    const auto written = host.readSound ("out.flac");
+    EXPECT_EQ (written.getSample (0, 10), 1.0f - 1.0f / (1 << 23));
+    EXPECT_EQ (written.getSample (0, 20), -1.0f);
+    EXPECT_EQ (written.getSample (0, 30), 1.0f - 1.0f / (1 << 23));
+
+    EXPECT_EQ (host.run ({ "render", "--in", "in.wav", "--out", "out.wav", "--set", "byps=1" }).errors, "");
+}
+
+TEST (HostRender, ReadsFlacAndOgg)
+{
+    const HostProcess host;
+    host.writeSound ("in.wav", 2, 30000);
+    const auto sound = host.readSound ("in.wav");
+    writeSound (host.file ("in.flac"), Encoding::flac24, sound);
+    writeOgg (host.file ("in.ogg"), sound);
+
+    ASSERT_EQ (host.run (render ({ "--set", "byps=1" }, "in.flac")).exitCode, 0);
+    EXPECT_EQ (samplesOf (host.readSound ("out.wav"), 1), samplesOf (sound, 1));
+
+    // Ogg keeps noise only nearly as it is: what was lost is the smaller part.
+    ASSERT_EQ (host.run (render ({ "--set", "byps=1" }, "in.ogg")).exitCode, 0);
+    const auto decoded = host.readSound ("out.wav");
+    ASSERT_EQ (decoded.getNumSamples(), sound.getNumSamples());
+    double signal = 0.0, lost = 0.0;
+
+    for (int frame = 0; frame < sound.getNumSamples(); ++frame)
+    {
+        signal += std::pow ((double) sound.getSample (1, frame), 2.0);
+        lost += std::pow ((double) (sound.getSample (1, frame) - decoded.getSample (1, frame)), 2.0);
+    }
+
+    EXPECT_LT (lost, 0.5 * signal);
+}
+
+TEST (HostRender, ReportsItsProgressInPercentIfItIsAsked)
+{
+    const HostProcess host;
+    host.writeSound ("in.wav", 1, 5120);
+    const auto lines = juce::StringArray::fromLines (host.run (render ({ "--report-progress" })).output.trimEnd());
+
+    // Ten blocks.
+    ASSERT_EQ (lines.size(), 10);
+    EXPECT_EQ (lines[0], "10 %");
+    EXPECT_EQ (lines[9], "100 %");
 }
 
 TEST (HostRender, KeepsAnOlderFileWhenItRefuses)

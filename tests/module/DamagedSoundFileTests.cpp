@@ -3,8 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include "host/AudioFiles.h"
 #include "host/HostError.h"
+#include "module/ModuleUnderTest.h"
+#include "support/SoundFiles.h"
 
 namespace
 {
@@ -15,7 +16,7 @@ void expectRefused (const juce::MemoryBlock& bytes, const juce::String& reason =
 
     try
     {
-        const AudioSource source (file.getFile(), 0);
+        static_cast<void> (readSound (file.getFile()));
         FAIL() << "it is read";
     }
     catch (const HostError& error)
@@ -41,6 +42,44 @@ void expectRefused (const juce::MemoryBlock& bytes, const juce::String& reason =
         bytes.writeByte ((char) byte);
 
     return bytes.getMemoryBlock();
+}
+
+/** A second of noise, as the bytes of a file that is written like this. */
+template <typename Write>
+[[nodiscard]] juce::MemoryBlock bytesOfNoise (int numChannels, Write write)
+{
+    const juce::TemporaryFile file (".sound");
+    write (file.getFile(), makeNoise (numChannels, 44100));
+    juce::MemoryBlock bytes;
+    file.getFile().loadFileAsData (bytes);
+    return bytes;
+}
+
+[[nodiscard]] juce::MemoryBlock flac()
+{
+    return bytesOfNoise (2, [] (const auto& file, const auto& sound) { writeSound (file, Encoding::flac24, sound); });
+}
+
+[[nodiscard]] juce::MemoryBlock ogg (int numChannels)
+{
+    return bytesOfNoise (numChannels, [] (const auto& file, const auto& sound) { writeOgg (file, sound); });
+}
+
+/** Refused with a byte changed and cut short, at many places. */
+void expectEveryDamageRefused (const juce::MemoryBlock& whole)
+{
+    constexpr std::size_t numPlaces = 40;
+
+    for (std::size_t place = 0; place < numPlaces; ++place)
+    {
+        const auto position = whole.getSize() * (2 * place + 1) / (2 * numPlaces);
+        SCOPED_TRACE (position);
+
+        auto changed = whole;
+        changed[position] = (char) (changed[position] ^ 0x10);
+        expectRefused (changed);
+        expectRefused ({ whole.getData(), position });
+    }
 }
 } // namespace
 
@@ -95,4 +134,16 @@ TEST (DamagedSoundFile, IsRefusedWhenItsXmlChunkIsNotUtf8)
         bytes.write ("<a>\xf0", 4);
         expectRefused (bytes.getMemoryBlock());
     }
+}
+
+TEST (DamagedSoundFile, IsRefusedWhereverAFlacFileIsDamaged) { expectEveryDamageRefused (flac()); }
+
+TEST (DamagedSoundFile, IsRefusedWhereverAnOggFileIsDamaged) { expectEveryDamageRefused (ogg (2)); }
+
+TEST (DamagedSoundFile, IsRefusedWhenAnOggFileHoldsASecondSound)
+{
+    auto both = ogg (2);
+    const auto second = ogg (1);
+    both.append (second.getData(), second.getSize());
+    expectRefused (both, "holds 2 sounds; 1 is possible");
 }

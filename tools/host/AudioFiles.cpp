@@ -2,8 +2,11 @@
 #include "host/AudioFiles.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstddef>
 
 #include "common/SettingsGuard.h"
+#include "host/CompressedFiles.h"
 #include "host/HostError.h"
 
 namespace
@@ -90,11 +93,8 @@ void requireWholeChunks (const juce::File& file)
     }
 }
 
-std::unique_ptr<juce::AudioFormatReader> openReader (const juce::File& file)
+std::unique_ptr<juce::AudioFormatReader> openUncompressed (const juce::File& file)
 {
-    if (! file.existsAsFile())
-        throw HostError (file.getFullPathName() + ": there is no such file");
-
     requireWholeChunks (file);
 
     juce::AudioFormatManager formats;
@@ -104,13 +104,23 @@ std::unique_ptr<juce::AudioFormatReader> openReader (const juce::File& file)
     std::unique_ptr<juce::AudioFormatReader> reader (formats.createReaderFor (file.createInputStream()));
 
     if (reader == nullptr)
-        throw HostError (file.getFullPathName() + ": not a WAV or AIFF file that can be read");
+        throw HostError (file.getFullPathName() + ": not a WAV, AIFF, FLAC or Ogg file that can be read");
+
+    requireWholeFile (*reader, file);
+    return reader;
+}
+
+std::unique_ptr<juce::AudioFormatReader> openReader (const juce::File& file)
+{
+    if (! file.existsAsFile())
+        throw HostError (file.getFullPathName() + ": there is no such file");
+
+    auto reader = compressedFiles::isOneOfThem (file) ? compressedFiles::open (file) : openUncompressed (file);
 
     if (reader->numChannels == 0 || reader->numChannels > mostChannels)
         throw HostError (file.getFullPathName() + ": has " + juce::String (reader->numChannels)
                          + " channels; 1 or 2 are possible");
 
-    requireWholeFile (*reader, file);
     return reader;
 }
 } // namespace
@@ -132,7 +142,7 @@ void AudioSource::read (juce::AudioBuffer<float>& buffer, juce::int64 startFrame
     auto& target = direct ? buffer : fileChannels;
 
     if (! reader->read (target.getArrayOfWritePointers(), numFileChannels, startFrame, numFrames))
-        throw HostError (file.getFullPathName() + ": cannot be read at frame " + juce::String (startFrame));
+        throw HostError (file.getFullPathName() + ": the file is damaged after frame " + juce::String (startFrame));
 
     if (direct)
         return;
@@ -147,14 +157,21 @@ void AudioSource::read (juce::AudioBuffer<float>& buffer, juce::int64 startFrame
     }
 }
 
-AudioSink::AudioSink (const juce::File& file, double sampleRate, int numChannels) : staged (file)
+AudioSink::AudioSink (const juce::File& file, Encoding encoding, double sampleRate, int numChannels) : staged (file)
 {
+    if (encoding == Encoding::flac24)
+    {
+        writer = compressedFiles::createFlacWriter (staged.hidden(), sampleRate, numChannels);
+        return;
+    }
+
     auto output = staged.open();
     stream = output.get();
 
     // 32 bits are floats in JUCE's WAV writer.
+    const auto bits = encoding == Encoding::wavFloat ? 32 : 24;
     writer.reset (
-        juce::WavAudioFormat().createWriterFor (output.get(), sampleRate, (unsigned int) numChannels, 32, {}, 0));
+        juce::WavAudioFormat().createWriterFor (output.get(), sampleRate, (unsigned int) numChannels, bits, {}, 0));
 
     if (writer == nullptr)
         throw HostError ("cannot write a WAV file at " + juce::String (sampleRate) + " Hz");
@@ -164,21 +181,58 @@ AudioSink::AudioSink (const juce::File& file, double sampleRate, int numChannels
 
 void AudioSink::write (const juce::AudioBuffer<float>& buffer, int numFrames)
 {
-    if (! writer->writeFromAudioSampleBuffer (buffer, 0, numFrames))
+    const auto isWritten = writer->isFloatingPoint() ? writer->writeFromAudioSampleBuffer (buffer, 0, numFrames)
+                                                     : writeRounded (buffer, numFrames);
+
+    if (! isWritten)
         fail();
+}
+
+/** JUCE's own conversion rounds to 32 bits and cuts the lower ones off: samples of 24 bits would not come through unchanged. */
+bool AudioSink::writeRounded (const juce::AudioBuffer<float>& buffer, int numFrames)
+{
+    std::array<const int*, 3> channels {}; // the last one is null, which tells JUCE where they end
+
+    for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
+    {
+        auto& samples = integers[(std::size_t) channel];
+        samples.resize ((std::size_t) numFrames);
+
+        for (int frame = 0; frame < numFrames; ++frame)
+            samples[(std::size_t) frame] = rounded (buffer.getSample (channel, frame));
+
+        channels[(std::size_t) channel] = samples.data();
+    }
+
+    return writer->write (channels.data(), numFrames);
+}
+
+/** The nearest of the 24-bit steps, in the upper bits of an integer. */
+int AudioSink::rounded (float sample) noexcept
+{
+    constexpr double stepsToFullScale = 1 << 23;
+    constexpr int lowerBits = 1 << 8;
+    const auto wanted = std::isnan (sample) ? 0.0 : std::rint ((double) sample * stepsToFullScale);
+    const auto possible = std::clamp (wanted, -stepsToFullScale, stepsToFullScale - 1.0);
+
+    clipped += std::abs (wanted) > stepsToFullScale ? 1 : 0;
+    return (int) possible * lowerBits;
 }
 
 void AudioSink::finish()
 {
-    // The writer's destructor writes the header too, but cannot tell whether that worked.
-    if (! writer->flush() || stream->getStatus().failed())
+    // The writer's destructor completes the file too, but cannot tell whether that worked.
+    if (! writer->flush() || (stream != nullptr && stream->getStatus().failed()))
         fail();
 
     writer.reset();
+    stream = nullptr;
 }
 
 void AudioSink::fail() const
 {
-    const auto reason = stream->getStatus().failed() ? stream->getStatus().getErrorMessage() : "the file is too long";
+    const auto reason = stream != nullptr && stream->getStatus().failed()
+                            ? stream->getStatus().getErrorMessage()
+                            : juce::String ("the disk is full or the file is too long");
     throw HostError ("cannot write " + staged.target().getFullPathName() + ": " + reason);
 }

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
+#include <array>
 #include <memory>
+#include <vector>
 
 #include <juce_audio_formats/juce_audio_formats.h>
 
 #include "host/StagedFile.h"
 
-/** Reads a WAV or AIFF file of one or two channels piece by piece, as one or two channels of float. */
+/** Reads a WAV, AIFF, FLAC or Ogg file of one or two channels piece by piece, as one or two channels of float. */
 class AudioSource
 {
 public:
@@ -21,7 +23,7 @@ public:
 
     /** Fills the first numFrames frames of a buffer of numChannels(). One channel is copied to both sides; two channels
         are averaged to one.
-        @throws HostError if the file cannot be read there */
+        @throws HostError if the file is damaged there */
     void read (juce::AudioBuffer<float>& buffer, juce::int64 startFrame, int numFrames);
 
 private:
@@ -31,12 +33,20 @@ private:
     juce::AudioBuffer<float> fileChannels;
 };
 
-/** Writes a WAV file of 32-bit floats piece by piece. The file appears when commit is called. */
+/** The files that can be written. 24 bits are rounded to the nearest step, without dither. */
+enum class Encoding
+{
+    wavFloat,
+    wav24,
+    flac24
+};
+
+/** Writes a sound file piece by piece. The file appears when commit is called. */
 class AudioSink
 {
 public:
-    /** @throws HostError if the place cannot be written to */
-    AudioSink (const juce::File& file, double sampleRate, int numChannels);
+    /** @throws HostError if the place cannot be written to, or the kind of file has no such sample rate */
+    AudioSink (const juce::File& file, Encoding encoding, double sampleRate, int numChannels);
 
     /** @throws HostError, for example when the disk is full */
     void write (const juce::AudioBuffer<float>& buffer, int numFrames);
@@ -46,10 +56,20 @@ public:
     void finish();
     void commit() { staged.commit(); }
 
+    /** The samples so far that were over full scale and that 24 bits could not hold. */
+    [[nodiscard]] juce::int64 numClipped() const noexcept { return clipped; }
+
 private:
+    [[nodiscard]] bool writeRounded (const juce::AudioBuffer<float>& buffer, int numFrames);
+    [[nodiscard]] int rounded (float sample) noexcept;
     [[noreturn]] void fail() const;
 
     StagedFile staged;
-    juce::FileOutputStream* stream = nullptr;
     std::unique_ptr<juce::AudioFormatWriter> writer;
+
+    /** Of a WAV file. Owned by the writer. */
+    juce::FileOutputStream* stream = nullptr;
+
+    std::array<std::vector<int>, 2> integers;
+    juce::int64 clipped = 0;
 };

@@ -1,13 +1,18 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-#include <exception>
+#include <stdexcept>
+#include <string>
 
 /** Thrown where work stops because the user (Ctrl-C) or the system asked for it. */
-class Interrupted : public std::exception
+class Interrupted : public std::runtime_error
 {
 public:
-    const char* what() const noexcept override { return "interrupted"; }
+    /** @param message  what is there and what is not, as one line */
+    explicit Interrupted (const std::string& message = "interrupted, nothing was written")
+        : std::runtime_error (message)
+    {
+    }
 };
 
 /** Turns SIGINT, SIGTERM and SIGHUP into an exception that is thrown only where everything can be cleaned up. */

@@ -2,8 +2,8 @@
 #include "host/Render.h"
 
 #include <algorithm>
+#include <cmath>
 
-#include "host/AudioFiles.h"
 #include "host/HostError.h"
 #include "host/Interrupt.h"
 #include "host/PluginState.h"
@@ -89,6 +89,17 @@ private:
     juce::int64 position = 0;
 };
 
+/** The frames from there on. Silence follows the sound. */
+void readWithTail (AudioSource& source, juce::AudioBuffer<float>& buffer, juce::int64 start, int numFrames)
+{
+    const auto numInSource = (int) std::clamp (source.numFrames() - start, (juce::int64) 0, (juce::int64) numFrames);
+
+    if (numInSource > 0)
+        source.read (buffer, start, numInSource);
+
+    buffer.clear (numInSource, numFrames - numInSource);
+}
+
 void processFile (juce::AudioPluginInstance& instance, const Job& job, AudioSource& source, AudioSink& sink,
                   const Progress& progress)
 {
@@ -97,28 +108,30 @@ void processFile (juce::AudioPluginInstance& instance, const Job& job, AudioSour
     Renderer renderer (instance, job, source.sampleRate());
     juce::AudioBuffer<float> buffer (source.numChannels(), sizes.maximum());
 
-    for (juce::int64 start = 0; start < source.numFrames();)
+    const auto end = source.numFrames() + std::llround (job.tailSeconds * source.sampleRate());
+
+    for (juce::int64 start = 0; start < end;)
     {
         interrupt::throwIfRequested();
 
-        const auto numFrames = (int) std::min ((juce::int64) sizes.next(), source.numFrames() - start);
-        source.read (buffer, start, numFrames);
+        const auto numFrames = (int) std::min ((juce::int64) sizes.next(), end - start);
+        readWithTail (source, buffer, start, numFrames);
         renderer.process (buffer, numFrames);
         sink.write (buffer, numFrames);
         start += numFrames;
 
         if (progress)
-            progress ((double) start / (double) source.numFrames());
+            progress ((double) start / (double) end);
     }
 
     sink.finish();
 }
 } // namespace
 
-void run (HostedModule& module, const Job& job, const Progress& progress)
+juce::int64 run (HostedModule& module, const Job& job, const Progress& progress)
 {
     AudioSource source (job.input, job.numChannels);
-    AudioSink sink (job.output, source.sampleRate(), source.numChannels());
+    AudioSink sink (job.output, job.encoding, source.sampleRate(), source.numChannels());
     std::optional<StagedFile> state;
 
     if (job.savedState.has_value())
@@ -137,5 +150,7 @@ void run (HostedModule& module, const Job& job, const Progress& progress)
 
     if (state.has_value())
         state->commit();
+
+    return sink.numClipped();
 }
 } // namespace render

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "host/AudioFiles.h"
 #include "host/Automation.h"
 #include "host/BlockSizes.h"
 #include "host/HostedModule.h"
@@ -17,6 +18,11 @@ struct Job
 {
     juce::File input;
     juce::File output;
+
+    Encoding encoding = Encoding::wavFloat;
+
+    /** Silence that follows the input, so that the filters ring out. The output is that much longer. */
+    double tailSeconds = 0.0;
 
     /** 1 or 2; 0 takes the file's own number. */
     int numChannels = 0;
@@ -34,6 +40,7 @@ struct Job
 using Progress = std::function<void (double)>;
 
 /** Runs a job. Output and settings appear together or not at all.
+    @returns the number of samples that were over full scale and that the encoding could not hold
     @throws HostError, Interrupted */
-void run (HostedModule& module, const Job& job, const Progress& progress = {});
+[[nodiscard]] juce::int64 run (HostedModule& module, const Job& job, const Progress& progress = {});
 } // namespace render

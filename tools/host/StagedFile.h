@@ -16,6 +16,9 @@ public:
 
     [[nodiscard]] const juce::File& target() const noexcept { return finalFile; }
 
+    /** For a library that opens the file itself. It must have closed it before commit. */
+    [[nodiscard]] const juce::File& hidden() const noexcept { return hiddenFile; }
+
     /** Opens the hidden file, empty. The stream must be closed before commit.
         @throws HostError */
     [[nodiscard]] std::unique_ptr<juce::FileOutputStream> open() const;

@@ -342,7 +342,7 @@ void Ardour::runHost (const juce::StringArray& arguments) const
 
 void Ardour::writeSound (const juce::File& target, const juce::AudioBuffer<float>& sound) const
 {
-    AudioSink sink (target, sampleRate, sound.getNumChannels());
+    AudioSink sink (target, Encoding::wavFloat, sampleRate, sound.getNumChannels());
     sink.write (sound, sound.getNumSamples());
     sink.finish();
     sink.commit();

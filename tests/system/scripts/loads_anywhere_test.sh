@@ -17,7 +17,7 @@ trap 'rm -rf "$work"' EXIT
 
 # Their names are the same on every distribution, those of other libraries are not: libjpeg.so.62 here is libjpeg.so.8 there.
 sameEverywhere='ld-linux[-a-z0-9_]*\.so\.[0-9]|libc\.so\.6|libm\.so\.6|libgcc_s\.so\.1|libstdc\+\+\.so\.6'
-sameEverywhere+='|libfreetype\.so\.6|libfontconfig\.so\.1|libpng16\.so\.16|libz\.so\.1|libX11\.so\.6'
+sameEverywhere+='|libsndfile\.so\.1|libfreetype\.so\.6|libfontconfig\.so\.1|libpng16\.so\.16|libz\.so\.1|libX11\.so\.6'
 
 needsOnlyTheSame() { ! sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' "$work/dynamic" | grep -vxE "$sameEverywhere" >"$work/others"; }
 

@@ -39,11 +39,13 @@ Settings files (--state, --save-state, state --write)
 
 Exit codes
   0  done   1  fault of this program   2  cannot be done, stderr says why in one line   130  interrupted
-  An output file appears when it is complete; otherwise nothing is left behind.
+  An output file appears when it is complete; otherwise nothing is left behind. Of many files, those that can be rendered are;
+  the others are named at the end, a line each, and the exit code is 2.
 
 Examples
   kestrin-host render --in loop.wav --out dark.wav --set lp_freq="800 Hz" --set lp_mode="24 dB/oct" --set lp_reso="60 %"
   kestrin-host render --in loop.wav --out sweep.wav --automate "lp_freq@0=0.2,4=0.9,4=0.2,8=1" --tempo 128
+  kestrin-host render --in stems/*.flac --out-dir dark --jobs 4 --format flac --state dark.vstpreset --tail 2
   kestrin-host parameters --markdown > docs/parameters.md
   kestrin-host preset presets/*.txt --out-dir build/presets
   kestrin-host state --show song.vstpreset

@@ -7,9 +7,9 @@
 
 #include "host/commands/Command.h"
 #include "host/commands/ModuleOptions.h"
-#include "host/Transport.h"
+#include "host/Render.h"
 
-/** render: sends a sound file through the module. */
+/** render: sends sound files through the module. */
 class RenderCommand : public Command
 {
 public:
@@ -18,18 +18,32 @@ public:
     void run() override;
 
 private:
+    void addOutput();
     void addTransport();
 
+    [[nodiscard]] render::Job settings() const;
+    void setFiles (render::Job& job) const;
+    void requireNew (const juce::File& file) const;
+    void renderOne (HostedModule& loaded, const render::Job& job) const;
+    [[nodiscard]] std::vector<std::string> sharedWords() const;
+
+    [[nodiscard]] Encoding encoding() const;
     [[nodiscard]] std::optional<Transport::Settings> transportSettings() const;
     [[nodiscard]] int channels() const;
 
     ModuleOptions module;
-    std::string input, output, savedState, numChannels;
+    std::vector<std::string> inputs;
+    std::string output, outputFolder, savedState, numChannels, bits;
+    std::string format = "wav";
     std::string blockSize = "512";
     std::string timeSignature = "4/4";
     std::vector<std::string> automation;
     double tempo = 120.0;
     double startBeat = 1.0;
+    double tail = 0.0;
+    std::size_t numAtATime = 1;
+    bool force = false;
+    bool reportProgress = false;
     bool stopped = false;
     bool noTransport = false;
 };

@@ -26,9 +26,9 @@ int main (int argc, char** argv)
     {
         return say (error.what(), exitCode::refused);
     }
-    catch (const Interrupted&)
+    catch (const Interrupted& interruption)
     {
-        return say ("interrupted, nothing was written", exitCode::interrupted);
+        return say (interruption.what(), exitCode::interrupted);
     }
     catch (const std::exception& error)
     {
