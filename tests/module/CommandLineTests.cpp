@@ -442,7 +442,8 @@ TEST (HostCommandLine, RefusesUnknownCommandsAndOptions)
     const HostProcess host;
 
     expectRefusal (host, {}, "name a command");
-    expectRefusal (host, { "sing" }, "name a command");
+    expectRefusal (host, { "sing" }, "name a command: render, ");
+    expectRefusal (host, { "rendre", "--in", "x" }, "\"rendre\" is no command: did you mean \"render\"?");
     expectRefusal (host, { "render" }, "--in is required");
     expectRefusal (host, { "parameters", "--loud" }, "--loud");
     expectRefusal (host, { "parameters", "--json", "--markdown" }, "excludes");

@@ -4,6 +4,8 @@
 #include <array>
 #include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <juce_gui_basics/juce_gui_basics.h>
@@ -15,6 +17,7 @@
 #include "host/commands/StateCommand.h"
 #include "host/commands/WindowCommand.h"
 #include "host/HostError.h"
+#include "host/NearestWord.h"
 #include "host/PrivateDisplay.h"
 
 namespace
@@ -51,6 +54,24 @@ Examples
   kestrin-host state --show song.vstpreset
   kestrin-host window --keep-open --report-changes
 )";
+
+/** What to say when no command is named. */
+[[nodiscard]] juce::String requestForCommand (CLI::App& app, const std::string& typed)
+{
+    std::vector<std::string> names;
+    juce::StringArray list;
+
+    for (const auto* command : app.get_subcommands ({}))
+    {
+        names.push_back (command->get_name());
+        list.add (command->get_name());
+    }
+
+    if (const auto meant = nearestWord (typed, names); ! meant.empty())
+        return juce::String::fromUTF8 (typed.c_str()).quoted() + " is no command: did you mean \"" + meant + "\"?";
+
+    return "name a command: " + list.joinIntoString (", ") + " (see --help)";
+}
 
 void run (Command& command)
 {
@@ -91,7 +112,7 @@ int runCommandLine (int argc, char** argv)
     catch (const CLI::ParseError& error)
     {
         if (app.get_subcommands().empty())
-            throw HostError ("name a command: render, parameters, identity, state, preset or window (see --help)");
+            throw HostError (requestForCommand (app, argc > 1 ? argv[1] : ""));
 
         throw HostError (juce::String::fromUTF8 (error.what()).replace ("\n", " ").trim());
     }
