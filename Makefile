@@ -77,7 +77,7 @@ mutants: ## make COUNT (100) small faults in a copy of the sources, one at a tim
 	@scripts/setup
 	@scripts/mutants $(COUNT) $(MUTANT_SEED)
 
-docs: ## draw the pictures and plots of docs/, and write the class pages into build/docs/html
+docs: ## draw the pictures and plots of docs/, and make the manual and the class pages in build/docs
 	@scripts/docs
 
 package: ## make the Debian packages and the archive, in build/package

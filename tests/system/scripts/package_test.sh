@@ -102,13 +102,14 @@ check "the licence's text is in the notices" grep -q 'Remote Network Interaction
 check 'what is linked in is in the notices' test \
     "$(grep -cE '^Files: (juce/\*|.*VST3_SDK/\*|.*harfbuzz/\*|.*sheenbidi/\*|libjpeg-turbo/\*|CLI11/\*)' "$notices")" = 6
 
-manual="$root/usr/share/doc/$name/html"
-check 'the manual is a page' grep -q '<h2 id="the-two-filters">' "$manual/index.html"
-
-while IFS= read -r part
-do
-    check "the manual finds $part" test -s "$manual/$part"
-done < <(grep -oE '(src|href)="[^"#]*"' "$manual/index.html" | cut -d '"' -f 2)
+manual="$root/usr/share/doc/$name/manual"
+check 'the manual is a page' grep -q '<h2 id="the-two-filters">' "$manual.html"
+check 'with all its pictures inside' test "$(grep -o 'src="data:image/png;base64,iVBOR' "$manual.html" | wc -l)" \
+    = "$(grep -o '(pictures/' "$packaging/../docs/manual.md" | wc -l)"
+check 'it asks for no other file' never grep -qE '(src|href)="[^#d]' "$manual.html"
+check 'the manual is a PDF, too' test "$(head -c 5 "$manual.pdf")" = '%PDF-'
+check 'with all its pictures inside' test "$(grep -ac '/Subtype /Image' "$manual.pdf")" \
+    = "$(grep -o '(pictures/' "$packaging/../docs/manual.md" | wc -l)"
 
 #---- the words about kestrin-host: those of the program itself count
 
@@ -167,7 +168,8 @@ check 'the steps of the note succeed' test $? = 0
 check 'the module loads from there, too' run "$host" parameters --plugin "$home/.vst3/$bundle"
 check 'the presets lie where hosts look' test -f "$home/.vst3/presets/Kestrin/Kestrin Tamsile Filter/Telephone.vstpreset"
 check 'the kestrin-host beside it runs' run "$folder/kestrin-host" identity --plugin "$home/.vst3/$bundle"
-check 'the manual is there' test -s "$folder/manual/index.html"
+check 'the manual is there' test -s "$folder/manual.html"
+check 'and can be printed' test -s "$folder/manual.pdf"
 check 'the note names the oldest C library' grep -qE 'glibc 2\.[0-9]+ and GLIBCXX_3' "$folder/INSTALL"
 check 'the note is filled in' never grep -q '@' "$folder/INSTALL"
 steps 'ldd' >"$scratch/out" 2>&1
