@@ -94,6 +94,7 @@ struct Caption
 
 inline constexpr Caption linkCaption = caption ("Link", { 96, 79, 50, labelHeight });
 inline constexpr Area linkToggle { 109, 95, 21, 21 };
+inline constexpr const char* linkTitle = "Link frequencies";
 
 inline constexpr std::array filterCaptions {
     Caption { { "HIGHPASS", "LOWPASS" }, across (panelMargin / 2) },
@@ -158,10 +159,13 @@ using ParameterMember = Parameter* ParameterSet::*;
 using LfoParameterMember = std::array<Parameter*, ParameterSet::numLfos> ParameterSet::*;
 using StepParameterMember = std::array<Parameter*, ParameterSet::numSteps> ParameterSet::*;
 
+// A control's title is what screen readers say before its value; nothing of it can be seen.
+
 /** A knob of both filter columns: highpass, lowpass. */
 struct FilterKnob
 {
     std::array<ParameterMember, numFilters> parameters;
+    std::array<const char*, numFilters> titles;
     Area area;
     Arc arc;
 };
@@ -170,6 +174,9 @@ struct FilterKnob
 struct LfoKnob
 {
     LfoParameterMember parameters;
+
+    /** After "LFO 1 ". */
+    const char* title;
     Area area;
     Arc arc;
 };
@@ -178,6 +185,9 @@ struct LfoKnob
 struct StepKnob
 {
     StepParameterMember parameters;
+
+    /** After "Step 1 ". */
+    const char* title;
     int x;
 };
 
@@ -185,6 +195,7 @@ struct StepKnob
 struct AmountKnob
 {
     ParameterMember parameter;
+    const char* title;
     Area area;
 };
 
@@ -198,34 +209,43 @@ struct AmountKnob
 [[nodiscard]] constexpr Area rightKnob (int y) { return { half, y, half, half }; }
 
 inline constexpr std::array filterKnobs {
-    FilterKnob { { &ParameterSet::hpFreq, &ParameterSet::lpFreq }, wideKnob (100), Arc::cyan },
-    FilterKnob { { &ParameterSet::hpReso, &ParameterSet::lpReso }, wideKnob (250), Arc::greenYellowRed },
-    FilterKnob { { &ParameterSet::hpMode, &ParameterSet::lpMode }, wideKnob (400), Arc::cyan },
+    FilterKnob { { &ParameterSet::hpFreq, &ParameterSet::lpFreq },
+                 { "Highpass frequency", "Lowpass frequency" },
+                 wideKnob (100),
+                 Arc::cyan },
+    FilterKnob { { &ParameterSet::hpReso, &ParameterSet::lpReso },
+                 { "Highpass resonance", "Lowpass resonance" },
+                 wideKnob (250),
+                 Arc::greenYellowRed },
+    FilterKnob { { &ParameterSet::hpMode, &ParameterSet::lpMode },
+                 { "Highpass mode", "Lowpass mode" },
+                 wideKnob (400),
+                 Arc::cyan },
 };
 
 inline constexpr std::array lfoKnobs {
-    LfoKnob { &ParameterSet::lfoSpeed, leftKnob (40), Arc::cyan },
+    LfoKnob { &ParameterSet::lfoSpeed, "speed", leftKnob (40), Arc::cyan },
     // In the place of the speed knob: one of the two shows.
-    LfoKnob { &ParameterSet::lfoMode, leftKnob (40), Arc::cyan },
-    LfoKnob { &ParameterSet::lfoPhase, rightKnob (40), Arc::none },
-    LfoKnob { &ParameterSet::lfoShape, leftKnob (110), Arc::cyan },
-    LfoKnob { &ParameterSet::lfoCurve, rightKnob (110), Arc::cyan },
-    LfoKnob { &ParameterSet::lfoSync, { 0, 180, columnWidth, half }, Arc::none },
-    LfoKnob { &ParameterSet::lfoToHpFreq, leftKnob (250), Arc::none },
-    LfoKnob { &ParameterSet::lfoToLpFreq, rightKnob (250), Arc::none },
-    LfoKnob { &ParameterSet::lfoToHpReso, leftKnob (320), Arc::none },
-    LfoKnob { &ParameterSet::lfoToLpReso, rightKnob (320), Arc::none },
-    LfoKnob { &ParameterSet::lfoToOtherLfo, leftKnob (390), Arc::none },
+    LfoKnob { &ParameterSet::lfoMode, "speed", leftKnob (40), Arc::cyan },
+    LfoKnob { &ParameterSet::lfoPhase, "phase", rightKnob (40), Arc::none },
+    LfoKnob { &ParameterSet::lfoShape, "shape", leftKnob (110), Arc::cyan },
+    LfoKnob { &ParameterSet::lfoCurve, "curve", rightKnob (110), Arc::cyan },
+    LfoKnob { &ParameterSet::lfoSync, "tempo mode", { 0, 180, columnWidth, half }, Arc::none },
+    LfoKnob { &ParameterSet::lfoToHpFreq, "to highpass frequency", leftKnob (250), Arc::none },
+    LfoKnob { &ParameterSet::lfoToLpFreq, "to lowpass frequency", rightKnob (250), Arc::none },
+    LfoKnob { &ParameterSet::lfoToHpReso, "to highpass resonance", leftKnob (320), Arc::none },
+    LfoKnob { &ParameterSet::lfoToLpReso, "to lowpass resonance", rightKnob (320), Arc::none },
+    LfoKnob { &ParameterSet::lfoToOtherLfo, "to speed of the other LFO", leftKnob (390), Arc::none },
 };
 
 inline constexpr std::array stepKnobs {
-    StepKnob { &ParameterSet::seqHpf, 0 },
-    StepKnob { &ParameterSet::seqLpf, half },
+    StepKnob { &ParameterSet::seqHpf, "to highpass frequency", 0 },
+    StepKnob { &ParameterSet::seqLpf, "to lowpass frequency", half },
 };
 
 inline constexpr std::array amountKnobs {
-    AmountKnob { &ParameterSet::srndHpf, rightKnob (130) },
-    AmountKnob { &ParameterSet::srndLpf, rightKnob (175) },
+    AmountKnob { &ParameterSet::srndHpf, "Highpass amount to randomize", rightKnob (130) },
+    AmountKnob { &ParameterSet::srndLpf, "Lowpass amount to randomize", rightKnob (175) },
 };
 
 /** The steps' rows are closer than their knobs are high: each overlaps the next by 13 pixels. */
@@ -255,13 +275,14 @@ inline constexpr std::size_t tempoKnobRow = rowOf (lfoKnobs, &ParameterSet::lfoS
 //======================================================================================================================
 // The Frequencer's field and button
 
+inline constexpr const char* offsetTitle = "Frequencer offset";
 inline constexpr Area offsetEditor { 10, 50, columnWidth - 20, labelHeight + 5 };
 inline constexpr Area randomizeButton { 10, 100, 97, 28 };
 
 //======================================================================================================================
 // The switches along the lower edge
 
-/** A toggle with its caption beside it. */
+/** A toggle with its caption, which is also its title, beside it. */
 struct Switch
 {
     const char* text;

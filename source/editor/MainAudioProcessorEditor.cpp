@@ -25,6 +25,7 @@ void addShape (juce::Component& parent, juce::DrawableRectangle& rectangle, cons
     if (shape.strokeFill != table::noStroke)
         rectangle.setStrokeFill (juce::Colour { shape.strokeFill });
 
+    rectangle.setAccessible (false);
     parent.addAndMakeVisible (rectangle);
 }
 
@@ -34,6 +35,9 @@ void setCaption (juce::Label& label, const char* text, table::Area area, table::
     label.setJustificationType (align == table::Align::left ? juce::Justification::centredLeft
                                                             : juce::Justification::centred);
     label.setBounds (area.toRectangle());
+
+    // The control has a title: a screen reader that stopped here, too, would say everything twice.
+    label.setAccessible (false);
 }
 
 /** True if a parameter differs from its default by more than a touch. */
@@ -74,6 +78,7 @@ void MainAudioProcessorEditor::addSwitches()
     {
         const auto& row = table::switches[i];
         setCaption (switchCaptions[i], row.text, row.captionArea(), table::Align::left);
+        switchToggles[i].setTitle (row.text);
         switchToggles[i].setBounds (row.toggleArea().toRectangle());
         switchToggles[i].addListener (this);
 
@@ -125,7 +130,7 @@ void MainAudioProcessorEditor::addFilterColumns()
 
         for (std::size_t i = 0; i < table::filterKnobs.size(); ++i)
             addKnob (panel, controls.knobs[i], parameters.*table::filterKnobs[i].parameters[index],
-                     table::filterKnobs[i].area, table::filterKnobs[i].arc);
+                     table::filterKnobs[i].titles[index], table::filterKnobs[i].area, table::filterKnobs[i].arc);
 
         mainPanel.addAndMakeVisible (panel);
     }
@@ -134,6 +139,7 @@ void MainAudioProcessorEditor::addFilterColumns()
 void MainAudioProcessorEditor::addLink()
 {
     addCaption (mainPanel, linkCaption, table::linkCaption);
+    linkToggle.setTitle (table::linkTitle);
     linkToggle.setBounds (table::linkToggle.toRectangle());
     linkToggle.addListener (this);
     mainPanel.addAndMakeVisible (linkToggle);
@@ -152,7 +158,8 @@ void MainAudioProcessorEditor::addLfoColumn (int lfoIndex)
         addCaption (panel, controls.captions[i], table::lfoCaptions[i], lfoIndex);
 
     for (std::size_t i = 0; i < table::lfoKnobs.size(); ++i)
-        addKnob (panel, controls.knobs[i], (parameters.*table::lfoKnobs[i].parameters)[index], table::lfoKnobs[i].area,
+        addKnob (panel, controls.knobs[i], (parameters.*table::lfoKnobs[i].parameters)[index],
+                 "LFO " + juce::String (lfoIndex + 1) + " " + table::lfoKnobs[i].title, table::lfoKnobs[i].area,
                  table::lfoKnobs[i].arc);
 
     addShape (panel, controls.track, table::track, table::trackArea());
@@ -173,6 +180,7 @@ void MainAudioProcessorEditor::addStepColumn()
 
         for (std::size_t i = 0; i < table::stepKnobs.size(); ++i)
             addKnob (panel, controls.knobs[i], (parameters.*table::stepKnobs[i].parameters)[index],
+                     "Step " + juce::String (step + 1) + " " + table::stepKnobs[i].title,
                      { table::stepKnobs[i].x, table::stepTop (step), table::half, table::half }, table::Arc::none);
 
         addShape (panel, controls.light, table::stepLight, table::stepLightArea (step));
@@ -190,6 +198,7 @@ void MainAudioProcessorEditor::addFrequencerColumn()
     for (std::size_t i = 0; i < table::frequencerCaptions.size(); ++i)
         addCaption (panel, frequencerControls.captions[i], table::frequencerCaptions[i]);
 
+    offsetEditor.setTitle (table::offsetTitle);
     offsetEditor.setText ({}, false);
     offsetEditor.setMultiLine (false, false);
     offsetEditor.setReturnKeyStartsNewLine (false);
@@ -206,7 +215,7 @@ void MainAudioProcessorEditor::addFrequencerColumn()
 
     for (std::size_t i = 0; i < table::amountKnobs.size(); ++i)
         addKnob (panel, frequencerControls.knobs[i], parameters.*table::amountKnobs[i].parameter,
-                 table::amountKnobs[i].area, table::Arc::none);
+                 table::amountKnobs[i].title, table::amountKnobs[i].area, table::Arc::none);
 
     mainPanel.addAndMakeVisible (panel);
 }
@@ -219,9 +228,11 @@ void MainAudioProcessorEditor::addCaption (juce::Component& parent, juce::Label&
 }
 
 void MainAudioProcessorEditor::addKnob (juce::Component& parent, ParameterSlider& knob,
-                                        ParameterSet::Parameter* parameter, table::Area area, table::Arc arc)
+                                        ParameterSet::Parameter* parameter, const juce::String& title, table::Area area,
+                                        table::Arc arc)
 {
     knob.bindToParameter (parameter);
+    knob.setTitle (title);
     knob.addListener (this);
     knob.setBounds (area.toRectangle());
 

@@ -145,7 +145,7 @@ private:
     void addFrequencerColumn();
     void addCaption (juce::Component& parent, juce::Label& label, const editorTable::Caption& row, int column = 0);
     void addKnob (juce::Component& parent, ParameterSlider& knob, ParameterSet::Parameter* parameter,
-                  editorTable::Area area, editorTable::Arc arc);
+                  const juce::String& title, editorTable::Area area, editorTable::Arc arc);
 
     [[nodiscard]] bool anyLfoIsRouted() const;
     [[nodiscard]] bool anyStepIsUsed() const;
