@@ -15,6 +15,11 @@ public:
     [[nodiscard]] juce::AudioPluginInstance& instance() noexcept { return *plugin; }
     [[nodiscard]] const ParameterList& parameters() const noexcept { return list; }
 
+    /** Makes input and output mono or stereo. The instance must not be prepared.
+        @param numChannels  1 or 2
+        @throws HostError if the module does not take that */
+    void useChannels (int numChannels);
+
     /** Makes the instance take the values that were set, without any audio: otherwise they travel with the next block. */
     void deliverParameters();
 

@@ -19,9 +19,11 @@ void watch()
     std::signal (SIGHUP, raiseRequest);
 }
 
+bool isRequested() noexcept { return requested != 0; }
+
 void throwIfRequested()
 {
-    if (requested != 0)
+    if (isRequested())
         throw Interrupted();
 }
 } // namespace interrupt

@@ -21,6 +21,9 @@ namespace interrupt
 /** From now on these signals only raise a flag. */
 void watch();
 
+/** True once one of the signals has arrived. */
+[[nodiscard]] bool isRequested() noexcept;
+
 /** @throws Interrupted if one of the signals has arrived */
 void throwIfRequested();
 } // namespace interrupt

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <iostream>
-#include <memory>
 #include <optional>
 
 #include <juce_gui_basics/juce_gui_basics.h>
@@ -13,6 +12,7 @@
 #include "common/PendingX11Events.h"
 #include "host/HostError.h"
 #include "host/Interrupt.h"
+#include "host/ModuleFrame.h"
 #include "host/XDisplay.h"
 
 namespace openWindow
@@ -58,57 +58,25 @@ private:
     const ParameterList& list;
 };
 
-/** The desktop's frame around the module's window: as large as the module wishes, under its name. */
-class Frame : public juce::DocumentWindow
+/** Prints the size of the window whenever it has changed since the last time. */
+class SizeReporter
 {
 public:
-    Frame (juce::AudioPluginInstance& instance, const Job& job)
-        : juce::DocumentWindow (instance.getName(), juce::Colours::black, closeButton, isOnDesktopAtOnce),
-          reportsSize (job.reportChanges), editor (instance.createEditorIfNeeded())
+    explicit SizeReporter (const ModuleFrame& toWatch) : frame (toWatch) {}
+
+    void look()
     {
-        if (editor == nullptr)
-            throw HostError ("the module has no window");
+        const auto size = frame.moduleSize();
 
-        // The frame gets its size before the window manager sees it. A window manager that takes it over while it grows may
-        // answer with the old size, and the frame would keep that.
-        editor->setScaleFactor ((float) job.scale);
-        setUsingNativeTitleBar (true);
-        setContentNonOwned (editor.get(), true);
-        centreWithSize (getWidth(), getHeight());
-        addToDesktop();
-        setVisible (true);
+        if (size != reported)
+            report ("size " + juce::String (size.getWidth()) + " " + juce::String (size.getHeight()));
 
-        if (reportsSize)
-            report ("window "
-                    + juce::String (
-                        (juce::int64) reinterpret_cast<juce::pointer_sized_int> (getPeer()->getNativeHandle())));
-    }
-
-    ~Frame() override { clearContentComponent(); }
-
-    [[nodiscard]] bool isClosed() const noexcept { return closed; }
-
-    /** Prints the size of the window if it has changed since the last time. */
-    void reportSize()
-    {
-        const auto size = editor->getLocalBounds();
-
-        if (! reportsSize || size == reportedSize)
-            return;
-
-        report ("size " + juce::String (size.getWidth()) + " " + juce::String (size.getHeight()));
-        reportedSize = size;
+        reported = size;
     }
 
 private:
-    static constexpr bool isOnDesktopAtOnce = false;
-
-    void closeButtonPressed() override { closed = true; }
-
-    bool reportsSize;
-    std::unique_ptr<juce::AudioProcessorEditor> editor;
-    juce::Rectangle<int> reportedSize {};
-    bool closed = false;
+    const ModuleFrame& frame;
+    juce::Rectangle<int> reported {};
 };
 
 /** Typed text is dropped: only the end of the input counts. */
@@ -131,19 +99,28 @@ void show (HostedModule& module, const Job& job)
                          + juce::SystemStats::getEnvironmentVariable ("DISPLAY", {}) + "\")");
 
     module.deliverParameters();
-    std::optional<ParameterReporter> reporter;
+    std::optional<ParameterReporter> parameterReporter;
 
     if (job.reportChanges)
-        reporter.emplace (module.parameters());
+        parameterReporter.emplace (module.parameters());
 
-    Frame frame (module.instance(), job);
+    const ModuleFrame frame (module.instance(), job.scale);
+    std::optional<SizeReporter> sizeReporter;
+
+    if (job.reportChanges)
+    {
+        report ("window " + juce::String ((juce::int64) frame.id()));
+        sizeReporter.emplace (frame);
+    }
 
     while (! frame.isClosed() && ! inputHasEnded())
     {
         interrupt::throwIfRequested();
         juce::MessageManager::getInstance()->runDispatchLoopUntil (sliceMs);
         pendingX11Events::handle();
-        frame.reportSize();
+
+        if (sizeReporter.has_value())
+            sizeReporter->look();
     }
 }
 } // namespace openWindow

@@ -12,17 +12,6 @@ namespace render
 {
 namespace
 {
-void useChannels (juce::AudioPluginInstance& instance, int numChannels)
-{
-    const auto channels = numChannels == 1 ? juce::AudioChannelSet::mono() : juce::AudioChannelSet::stereo();
-    juce::AudioProcessor::BusesLayout layout;
-    layout.inputBuses.add (channels);
-    layout.outputBuses.add (channels);
-
-    if (! instance.setBusesLayout (layout))
-        throw HostError ("the module does not take " + channels.getDescription().toLowerCase());
-}
-
 /** Prepares the instance for processing, and releases it even after an exception. */
 class Prepared
 {
@@ -137,7 +126,7 @@ juce::int64 run (HostedModule& module, const Job& job, const Progress& progress)
     if (job.savedState.has_value())
         state.emplace (*job.savedState);
 
-    useChannels (module.instance(), source.numChannels());
+    module.useChannels (source.numChannels());
     processFile (module.instance(), job, source, sink, progress);
 
     if (state.has_value())

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #include "host/commands/RenderCommand.h"
 
-#include <charconv>
-#include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <set>
@@ -11,6 +9,7 @@
 
 #include "host/commands/FileArgument.h"
 #include "host/commands/RenderMany.h"
+#include "host/commands/WholeNumber.h"
 #include "host/HostError.h"
 #include "host/ProgressBar.h"
 
@@ -41,14 +40,6 @@ private:
     int shown = -1;
 };
 
-template <typename Number>
-[[nodiscard]] bool parseWhole (const std::string& text, Number& number)
-{
-    const auto* end = text.data() + text.size();
-    const auto result = std::from_chars (text.data(), end, number);
-    return result.ec == std::errc() && result.ptr == end;
-}
-
 [[nodiscard]] BlockSizes parseBlockSizes (const std::string& text)
 {
     const std::string randomPrefix = "random:";
@@ -62,20 +53,6 @@ template <typename Number>
 
     throw HostError (juce::String ("--block-size: \"") + text + "\" is neither a number from 1 to "
                      + juce::String (BlockSizes::largest) + " nor random:SEED");
-}
-
-[[nodiscard]] juce::AudioPlayHead::TimeSignature parseTimeSignature (const std::string& text)
-{
-    constexpr int most = 64;
-    const auto slash = text.find ('/');
-    int numerator = 0, denominator = 0;
-
-    if (slash != std::string::npos && parseWhole (text.substr (0, slash), numerator)
-        && parseWhole (text.substr (slash + 1), denominator) && numerator >= 1 && numerator <= most && denominator >= 1
-        && denominator <= most)
-        return { numerator, denominator };
-
-    throw HostError (juce::String ("--time-signature: \"") + text + "\" is not of the form 4/4");
 }
 } // namespace
 
@@ -134,20 +111,12 @@ void RenderCommand::addOutput()
 
 void RenderCommand::addTransport()
 {
-    auto* tempoOption =
-        options.add_option ("--tempo", tempo, "Beats (quarter notes) per minute")->capture_default_str();
-    auto* startOption =
-        options.add_option ("--start-beat", startBeat, "Song position of the first frame in quarter notes")
-            ->capture_default_str();
-    auto* signatureOption =
-        options.add_option ("--time-signature", timeSignature, "Such as 3/4")->capture_default_str();
-    auto* stoppedOption = options.add_flag ("--stopped", stopped, "The transport is stopped at the start position");
+    auto song = transport.add (options);
+    song.push_back (options.add_flag ("--stopped", stopped, "The transport is stopped at the start position"));
+    auto* none = options.add_flag ("--no-transport", noTransport, "The module is told no tempo and no position");
 
-    options.add_flag ("--no-transport", noTransport, "The module is told no tempo and no position")
-        ->excludes (tempoOption)
-        ->excludes (startOption)
-        ->excludes (signatureOption)
-        ->excludes (stoppedOption);
+    for (auto* option : song)
+        none->excludes (option);
 }
 
 void RenderCommand::run()
@@ -257,18 +226,12 @@ std::vector<std::string> RenderCommand::sharedWords() const
 
 std::optional<Transport::Settings> RenderCommand::transportSettings() const
 {
-    constexpr double mostBeats = 1.0e6, slowest = 1.0, fastest = 1000.0;
-
     if (noTransport)
         return {};
 
-    if (! (tempo >= slowest && tempo <= fastest))
-        throw HostError ("--tempo: " + juce::String (tempo) + " is not between 1 and 1000");
-
-    if (! (std::abs (startBeat) <= mostBeats))
-        throw HostError ("--start-beat: " + juce::String (startBeat) + " is out of range");
-
-    return Transport::Settings { tempo, startBeat, parseTimeSignature (timeSignature), ! stopped };
+    auto settings = transport.settings();
+    settings.playing = ! stopped;
+    return settings;
 }
 
 int RenderCommand::channels() const

@@ -7,6 +7,7 @@
 
 #include "host/commands/Command.h"
 #include "host/commands/ModuleOptions.h"
+#include "host/commands/TransportOptions.h"
 #include "host/Render.h"
 
 /** render: sends sound files through the module. */
@@ -36,10 +37,8 @@ private:
     std::string output, outputFolder, savedState, numChannels, bits;
     std::string format = "wav";
     std::string blockSize = "512";
-    std::string timeSignature = "4/4";
     std::vector<std::string> automation;
-    double tempo = 120.0;
-    double startBeat = 1.0;
+    TransportOptions transport;
     double tail = 0.0;
     std::size_t numAtATime = 1;
     bool force = false;
