@@ -18,6 +18,7 @@ dsp            | dsp/engine dsp/filters dsp/math dsp/modulation dsp/simd frame p
 editor         | common dsp dsp/modulation frame parameters
 .              | dsp editor
 host           | common
+host/play      | common host
 host/commands  | host
 demo           | dsp/math
 gallery        | demo dsp host
