@@ -427,7 +427,7 @@ TEST (HostCommandLine, ExplainsItselfOnRequest)
 {
     const HostProcess host;
 
-    for (const auto* command : { "render", "parameters", "identity", "state", "preset", "window" })
+    for (const auto* command : { "render", "play", "parameters", "identity", "state", "preset", "window" })
     {
         const auto result = host.run ({ command, "--help" });
         EXPECT_EQ (result.exitCode, 0);

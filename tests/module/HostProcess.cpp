@@ -39,8 +39,10 @@ ChildProcess::Options HostProcess::options (const juce::StringArray& arguments) 
 HostProcess::Result HostProcess::finish (ChildProcess& process) const
 {
     const auto end = process.wait();
-    return { end.code(), file (outputName).loadFileAsString(), file (errorsName).loadFileAsString() };
+    return { end.code(), file (outputName).loadFileAsString(), errors() };
 }
+
+juce::String HostProcess::errors() const { return file (errorsName).loadFileAsString(); }
 
 HostProcess::Result HostProcess::run (const juce::StringArray& arguments) const
 {

@@ -40,9 +40,15 @@ public:
     /** Reads a WAV file of any kind. */
     [[nodiscard]] juce::AudioBuffer<float> readSound (const juce::String& name) const;
 
-private:
+    /** For a process that goes on beside the test. */
     [[nodiscard]] ChildProcess::Options options (const juce::StringArray& arguments) const;
+
+    /** Waits for such a process. */
     [[nodiscard]] Result finish (ChildProcess& process) const;
 
+    /** What a process has written to its standard error. */
+    [[nodiscard]] juce::String errors() const;
+
+private:
     juce::File folder;
 };

@@ -135,7 +135,7 @@ completionOf() # command
     printf '%s\n' "${COMPREPLY[@]}" | sort -u
 )
 
-for command in render parameters identity state preset window
+for command in render play parameters identity state preset window
 do
     check "the manual page has the options of $command" test "$(pageOf "$command")" = "$(helpOf "$command")"
     check "bash completes the options of $command" test "$(completionOf "$command")" = "$(helpOf "$command")"

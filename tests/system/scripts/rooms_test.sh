@@ -17,10 +17,10 @@ dsp/engine     | dsp/filters dsp/math dsp/modulation dsp/simd parameters
 dsp            | dsp/engine dsp/filters dsp/math dsp/modulation dsp/simd frame parameters
 editor         | common dsp dsp/modulation frame parameters
 .              | dsp editor
+demo           | dsp/math
 host           | common
 host/play      | common host
-host/commands  | host
-demo           | dsp/math
+host/commands  | demo host host/play
 gallery        | demo dsp host
 plots          | dsp/filters dsp/modulation
 '

@@ -177,7 +177,7 @@ check 'the line names the needed things' errorNames 'no apt' 'g++' 'libfreetype-
 
 case='a system without apt where everything is found'
 newMachine; gitAnswers; treeOfJuce "$machine/my juce" 8.0.6
-for tool in g++ cmake ninja dpkg-source sox Xvfb openbox python3 xdotool gnuplot chromium pkg-config file fakeroot dh lowdown weasyprint man; do fake $tool <<<'exit 0'; done
+for tool in g++ cmake ninja dpkg-source sox Xvfb openbox python3 xdotool gnuplot chromium jackd pkg-config file fakeroot dh lowdown weasyprint man; do fake $tool <<<'exit 0'; done
 juceDir="$machine/my juce" run
 check 'it succeeds' succeeds
 

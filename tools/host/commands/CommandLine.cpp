@@ -12,6 +12,7 @@
 
 #include "host/commands/IdentityCommand.h"
 #include "host/commands/ParametersCommand.h"
+#include "host/commands/PlayCommand.h"
 #include "host/commands/PresetCommand.h"
 #include "host/commands/RenderCommand.h"
 #include "host/commands/StateCommand.h"
@@ -23,7 +24,7 @@
 namespace
 {
 const char* const description =
-    "kestrin-host - an offline host for VST3 modules: renders files, lists parameters, reads and writes settings.\n"
+    "kestrin-host - a host for VST3 modules: renders files, plays, lists parameters, reads and writes settings.\n"
     "The module is loaded through its factory, as a DAW does it.";
 
 const char* const footer = R"(
@@ -49,6 +50,7 @@ Examples
   kestrin-host render --in loop.wav --out dark.wav --set lp_freq="800 Hz" --set lp_mode="24 dB/oct" --set lp_reso="60 %"
   kestrin-host render --in loop.wav --out sweep.wav --automate "lp_freq@0=0.2,4=0.9,4=0.2,8=1" --tempo 128
   kestrin-host render --in stems/*.flac --out-dir dark --jobs 4 --format flac --state dark.vstpreset --tail 2
+  kestrin-host play --in loop.wav --tempo 128 --record heard.wav
   kestrin-host parameters --markdown > docs/parameters.md
   kestrin-host preset presets/*.txt --out-dir build/presets
   kestrin-host state --show song.vstpreset
@@ -92,10 +94,11 @@ int runCommandLine (int argc, char** argv)
     app.footer (footer);
     app.require_subcommand (1);
 
-    const std::array<std::unique_ptr<Command>, 6> commands {
-        std::make_unique<RenderCommand> (app),   std::make_unique<ParametersCommand> (app),
-        std::make_unique<IdentityCommand> (app), std::make_unique<StateCommand> (app),
-        std::make_unique<PresetCommand> (app),   std::make_unique<WindowCommand> (app)
+    const std::array<std::unique_ptr<Command>, 7> commands {
+        std::make_unique<RenderCommand> (app),     std::make_unique<PlayCommand> (app),
+        std::make_unique<ParametersCommand> (app), std::make_unique<IdentityCommand> (app),
+        std::make_unique<StateCommand> (app),      std::make_unique<PresetCommand> (app),
+        std::make_unique<WindowCommand> (app)
     };
 
     for (auto* command : app.get_subcommands ({}))
