@@ -22,23 +22,31 @@ SEED ?= 1000000
 COUNT ?= 100
 MUTANT_SEED ?= 1
 
+# More options of 'kestrin-host play'.
+PLAY ?=
+
 export IN VST3_DIR JOBS
 
 .DEFAULT_GOAL := help
-.PHONY: help demo gallery test test-arm64 install uninstall bits bench sanitize fuzz coverage mutants docs package format lint clean
+.PHONY: help demo play gallery test test-arm64 install uninstall bits bench sanitize fuzz coverage mutants docs package format lint clean
 
 help:
 	@echo "Kestrin Tamsile Filter. Every target sets up what it needs by itself."
 	@echo
 	@sed -n 's/^\([a-z0-9-]*\):.*## \(.*\)/  make \1|\2/p' Makefile | awk -F '|' '{ printf "%-18s %s\n", $$1, $$2 }'
 	@echo
-	@echo "Variables: IN=song.wav (demo), VST3_DIR=folder (install, uninstall; ~/.vst3), JOBS=number,"
+	@echo "Variables: IN=song.wav (demo, play), PLAY='options' (play; see 'kestrin-host play --help'),"
+	@echo "VST3_DIR=folder (install, uninstall; ~/.vst3), JOBS=number,"
 	@echo "MILLION=number and SEED=number (bits), SECONDS_EACH=number and FUZZ_SEED=number (fuzz),"
 	@echo "COUNT=number and MUTANT_SEED=number (mutants),"
 	@echo "KESTRIN_JUCE_DIR=folder (a tree of JUCE 8.0.6 of your own)."
 
 demo: ## filter a sound with the built plug-in and make a page of it; IN=song.wav takes yours
 	@scripts/demo
+
+play: ## open the window and play a loop through the plug-in to the sound card; IN=song.wav takes yours
+	@scripts/build KestrinTamsileFilter_VST3 kestrin-host presets
+	@build/release/tools/host/kestrin-host play $(if $(IN),--in "$(IN)") $(PLAY)
 
 gallery: ## make a page on which every factory preset can be heard and seen, in build/gallery
 	@scripts/gallery
