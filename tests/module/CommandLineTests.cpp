@@ -16,7 +16,7 @@ constexpr int interrupted = 130;
 
 juce::StringArray render (const juce::StringArray& more, const char* input = "in.wav")
 {
-    juce::StringArray words ("render", "--force", "--in", input, "--out", "out.wav");
+    juce::StringArray words ("render", "--in", input, "--out", "out.wav");
     words.addArray (more);
     return words;
 }
@@ -250,19 +250,19 @@ TEST (HostRender, RefusesAModuleWhoseLibraryIsDamaged)
     expectRefusal (host, { "identity", "--plugin", "Kestrin Tamsile Filter.vst3" }, "cannot be loaded");
 }
 
-TEST (HostRender, ReplacesNothingUnlessItIsTold)
+TEST (HostRender, ReplacesItsOutputsUnlessItIsForbidden)
 {
     const HostProcess host;
     host.writeSound ("in.wav", 2, 1000);
-    const juce::StringArray plain ("render", "--in", "in.wav", "--out", "out.wav", "--save-state", "end.xml");
+    const auto careful = render ({ "--save-state", "end.xml", "--no-force" });
 
     host.file ("out.wav").replaceWithText ("older");
-    expectRefusal (host, plain, "out.wav is there already; --force replaces it");
+    expectRefusal (host, careful, "out.wav is there already; --force replaces it");
     EXPECT_EQ (host.file ("out.wav").loadFileAsString(), "older");
 
     host.file ("out.wav").deleteFile();
     host.file ("end.xml").replaceWithText ("older");
-    expectRefusal (host, plain, "end.xml is there already; --force replaces it");
+    expectRefusal (host, careful, "end.xml is there already; --force replaces it");
     EXPECT_EQ (host.file ("end.xml").loadFileAsString(), "older");
 
     EXPECT_EQ (host.run (render ({ "--save-state", "end.xml" })).exitCode, 0);

@@ -164,8 +164,7 @@ protected:
         const auto preset = ardour().savedPreset();
         ardour().file ("saved.vstpreset").replaceWithData (preset.getData(), preset.getSize());
 
-        juce::StringArray arguments ("render", "--force", "--in", "whole.wav", "--out", "host.wav", "--state",
-                                     "saved.vstpreset");
+        juce::StringArray arguments ("render", "--in", "whole.wav", "--out", "host.wav", "--state", "saved.vstpreset");
 
         for (const auto& lane : automation)
             arguments.addArray (juce::StringArray ("--automate", lane));

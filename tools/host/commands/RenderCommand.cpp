@@ -102,7 +102,9 @@ void RenderCommand::addOutput()
             "24, or 32 (float); 32 is the default for WAV, and FLAC has 24. For 24 bits samples are rounded to the "
             "nearest step, without dither, and clipped at full scale")
         ->check (CLI::IsMember ({ "24", "32" }));
-    options.add_flag ("--force", force, "Replace outputs that are there already");
+    auto* forceOption = options.add_flag ("--force", force, "Replace outputs in --out-dir that are there already");
+    options.add_flag ("--no-force", noForce, "Do not replace a file that --out or --save-state names")
+        ->excludes (forceOption);
     options
         .add_flag ("--report-progress", reportProgress,
                    "Print what is done, in percent, on standard output, a line each time it grows")
@@ -173,9 +175,11 @@ void RenderCommand::setFiles (render::Job& job) const
 void RenderCommand::requireNew (const juce::File& file) const
 {
     // What is no plain file has a reason of its own not to be written.
-    if (! force && std::filesystem::is_regular_file (file.getFullPathName().toStdString()))
+    if (! replaces() && std::filesystem::is_regular_file (file.getFullPathName().toStdString()))
         throw HostError (file.getFullPathName() + " is there already; --force replaces it");
 }
+
+bool RenderCommand::replaces() const { return force || (outputFolder.empty() && ! noForce); }
 
 void RenderCommand::renderOne (HostedModule& loaded, const render::Job& job) const
 {
@@ -213,8 +217,8 @@ Encoding RenderCommand::encoding() const
 /** The options that the runs for single files take over. */
 std::vector<std::string> RenderCommand::sharedWords() const
 {
-    const std::set<std::string> ownOptions { "help", "in", "out-dir", "format", "jobs" };
-    std::vector<std::string> words;
+    const std::set<std::string> ownOptions { "help", "in", "out-dir", "format", "jobs", "force", "no-force" };
+    std::vector<std::string> words { replaces() ? "--force" : "--no-force" };
 
     for (const auto* option : options.get_options())
         if (const auto& name = option->get_lnames().front(); ownOptions.count (name) == 0)

@@ -25,6 +25,7 @@ private:
     [[nodiscard]] render::Job settings() const;
     void setFiles (render::Job& job) const;
     void requireNew (const juce::File& file) const;
+    [[nodiscard]] bool replaces() const;
     void renderOne (HostedModule& loaded, const render::Job& job) const;
     [[nodiscard]] std::vector<std::string> sharedWords() const;
 
@@ -42,6 +43,7 @@ private:
     double tail = 0.0;
     std::size_t numAtATime = 1;
     bool force = false;
+    bool noForce = false;
     bool reportProgress = false;
     bool stopped = false;
     bool noTransport = false;
