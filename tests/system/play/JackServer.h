@@ -5,7 +5,8 @@
 
 #include "support/ChildProcess.h"
 
-/** A JACK server of the test's own, without hardware: it takes blocks in real time and throws them away. */
+/** A JACK server of the test's own, without hardware: it takes blocks in real time and throws them away. One at a time on this
+    machine, as all servers of a user share files. */
 class JackServer
 {
 public:
@@ -27,6 +28,7 @@ public:
     void stop();
 
 private:
+    const int lock;
     std::string serverName;
     ChildProcess server;
 };
