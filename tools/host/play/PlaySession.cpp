@@ -255,8 +255,8 @@ void Session::finish()
     }
 
     if (deviceHasGone)
-        throw HostError (device->getTypeName() + ": " + device->getName()
-                         + " has gone: it takes no more sound. What was recorded until then is kept");
+        throw HostError (device->getTypeName() + ": " + device->getName() + " has gone: it takes no more sound"
+                         + (recording != nullptr ? "; the recording until then is kept" : ""));
 }
 } // namespace
 
