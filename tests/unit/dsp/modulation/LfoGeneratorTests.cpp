@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "dsp/math/FloatPower.h"
+#include "dsp/math/FloatSine.h"
 #include "reference/ReferenceLfo.h"
 
 namespace
@@ -117,7 +119,7 @@ TYPED_TEST (LfoGenerators, HasTheWavesOfItsShapes)
     for (auto p = 0.0f; p < 1.0f; p += 0.0137f)
     {
         const auto triangle = p < 0.5f ? (float) (4.0 * (double) p - 1.0) : (float) ((0.75 - (double) p) * 4.0);
-        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::sine, p), std::sin ((float) ((double) (2.0f * p) * pi)));
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::sine, p), elementary::sine ((float) ((double) (2.0f * p) * pi)));
         EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, p), triangle);
         EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::saw, p), 1.0f - 2.0f * p);
         EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::square, p), p < 0.5f ? -1.0f : 1.0f);
@@ -199,9 +201,9 @@ TYPED_TEST (LfoGenerators, BendsByThePowerOfItsCurve)
     {
         const auto x = triangleOf (p);
         const auto u = (float) (((double) x + 1.0) * 0.5);
-        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, p, 3.5f), 2.0f * std::pow (u, 3.5f) - 1.0f);
+        EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, p, 3.5f), 2.0f * elementary::power (u, 3.5f) - 1.0f);
         EXPECT_EQ (outputOf<TypeParam> (LfoGenerator::triangle, p, 0.3f),
-                   2.0f * (1.0f - std::pow (1.0f - u, 1.0f / 0.3f)) - 1.0f);
+                   2.0f * (1.0f - elementary::power (1.0f - u, 1.0f / 0.3f)) - 1.0f);
     }
 }
 
@@ -462,7 +464,7 @@ TYPED_TEST (LfoGenerators, BendsTheBrownianShapeToo)
     auto generator = generatorOf<TypeParam> (LfoGenerator::brownian);
     generator.outputSlew.current = 0.5f;
     generator.curveExponent = 2.0f;
-    EXPECT_EQ (generator.render(), 2.0f * std::pow (0.75f, 2.0f) - 1.0f);
+    EXPECT_EQ (generator.render(), 2.0f * elementary::power (0.75f, 2.0f) - 1.0f);
 }
 
 TYPED_TEST (LfoGenerators, HandsTheWalkToItsOutputWithoutMovingByItself)
