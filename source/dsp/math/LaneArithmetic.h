@@ -44,7 +44,7 @@ namespace elementary
 template <std::size_t size>
 [[nodiscard]] std::uint64_t lookUp (const std::array<std::uint64_t, size>& table, std::uint64_t index) noexcept
 {
-    return table[index];
+    return table[(std::size_t) index];
 }
 
 /** The bits that go with a lane type. */

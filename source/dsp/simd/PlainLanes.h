@@ -81,7 +81,7 @@ public:
     template <std::size_t tableSize>
     [[nodiscard]] friend PlainLanes lookUp (const std::array<Number, tableSize>& table, PlainLanes index) noexcept
     {
-        return each ([&] (std::size_t i) { return table[index.lanes[i]]; });
+        return each ([&] (std::size_t i) { return table[(std::size_t) index.lanes[i]]; });
     }
 
     /** a where it is less than b, and b elsewhere. */
