@@ -23,6 +23,7 @@ constexpr auto leadInBeats = 4.0;
     settings.startBeat = 32.0 - leadInBeats;
     return settings;
 }
+
 /** A channel with as much of its end before it. */
 [[nodiscard]] std::vector<float> withLeadIn (const std::vector<float>& channel, std::ptrdiff_t numFrames)
 {

@@ -216,7 +216,7 @@ def main():
     parser = argparse.ArgumentParser(prog="scripts/gallery", description="Makes a page on which the factory presets can be heard.")
     parser.add_argument("--only", metavar="NAME", action="append", default=[], help="this preset; may be given several times")
     parser.add_argument("--build", type=pathlib.Path, default="build/release", help=argparse.SUPPRESS)
-    parser.add_argument("--out", type=pathlib.Path, default="build/gallery", help="the folder to make anew (build/gallery)")
+    parser.add_argument("--out", type=pathlib.Path, default="build/gallery", help="the folder to make (build/gallery)")
     options = parser.parse_args()
     presets = chosen(options.only)
     with tempfile.TemporaryDirectory() as work:
