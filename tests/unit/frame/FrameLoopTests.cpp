@@ -10,11 +10,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/FloatingPointMode.h"
 #include "support/RecordingProcessor.h"
-
-#if JUCE_INTEL
-#include <immintrin.h>
-#endif
 
 namespace
 {
@@ -43,17 +40,6 @@ constexpr int longestBlock = 524288;
     buffer.setSample (0, 0, sample);
     processor.run (buffer);
     return processor.received.at (0);
-}
-
-/** The modes of rounding, exceptions and denormals, without the status flags. */
-[[nodiscard]] unsigned floatingPointControl()
-{
-#if JUCE_INTEL
-    constexpr auto control = 0xffc0u;
-    return _mm_getcsr() & control;
-#else
-    return juce::FloatVectorOperations::areDenormalsDisabled() ? 1 : 0;
-#endif
 }
 
 /** Allows denormals for its lifetime and restores the mode that it found. */
@@ -317,7 +303,7 @@ TEST (FrameLoop, SplitsALongBlockWithoutLosingFrames)
 TEST (FrameLoop, FlushesDenormalsAndRestoresTheFloatingPointMode)
 {
     const DenormalsAllowed denormalsAllowed;
-    const auto before = floatingPointControl();
+    const auto before = floatingPointMode();
 
     RecordingProcessor processor;
     auto numFlushed = 0;
@@ -329,11 +315,11 @@ TEST (FrameLoop, FlushesDenormalsAndRestoresTheFloatingPointMode)
     processor.runSilence (10);
     EXPECT_EQ (numFlushed, 10);
     EXPECT_FALSE (juce::FloatVectorOperations::areDenormalsDisabled());
-    EXPECT_EQ (floatingPointControl(), before);
+    EXPECT_EQ (floatingPointMode(), before);
 
     processor.answer = [] (float, float) -> Frame { throw std::runtime_error ("out of the middle"); };
     EXPECT_THROW (processor.runSilence (10), std::runtime_error);
-    EXPECT_EQ (floatingPointControl(), before);
+    EXPECT_EQ (floatingPointMode(), before);
 }
 
 TEST (FrameLoop, IgnoresMidi)
