@@ -46,8 +46,8 @@ int depthOf (const juce::XmlElement& element)
 }
 
 #if defined(__OPTIMIZE__) && ! defined(__SANITIZE_ADDRESS__) && ! defined(__SANITIZE_THREAD__) && ! defined(__clang__)
-/** A third of a megabyte for the parser, and what any thread needs. The smallest stack of a window's thread is a megabyte. */
-constexpr std::size_t smallestStack = 384 << 10;
+/** Half of the smallest stack that a window's thread has, a megabyte: the other half is the host's. */
+constexpr std::size_t smallestStack = 512 << 10;
 #else
 /** Debug builds and sanitizers make the frames many times as large. */
 constexpr std::size_t smallestStack = 8 << 20;
