@@ -1,12 +1,18 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
 #pragma once
 
-// Lanes: numbers that lie side by side and on which every operation works alike. StereoPair has two doubles, left and right;
-// FloatQuad has four floats. There is one file for each processor family, and the same bits come from all of them: the
-// operations are the same, each rounded once, also for NaN.
+// Lanes: numbers that lie side by side and on which every operation works alike. StereoPair has two doubles, left and right, and
+// BitPair their patterns; FloatQuad has four floats. There is one file for each processor family, and the same bits come from all
+// of them: the operations are the same, each rounded once. Comparisons treat NaN alike, too. Only which NaN an operation makes is
+// the processor's, as it is for single numbers. On 32-bit ARM, NEON has no doubles and flushes subnormal floats to zero, so lanes
+// are plain there.
 
-#if defined(__SSE2__) && ! defined(TAMSILE_PLAIN_STEREO)
+#if defined(TAMSILE_PLAIN_STEREO)
+#include "dsp/simd/PlainLanes.h"
+#elif defined(__SSE2__)
 #include "dsp/simd/Sse2Lanes.h"
+#elif defined(__aarch64__) || defined(_M_ARM64)
+#include "dsp/simd/NeonLanes.h"
 #else
 #include "dsp/simd/PlainLanes.h"
 #endif

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: AGPL-3.0-or-later
-// The filters compared with those of the reference engine, bit for bit. Built twice: with SSE2, and with plain lanes as on a
-// processor without it.
+// The filters compared with those of the reference engine, bit for bit. Built twice: with the processor's lanes,
+// and with plain ones.
 #include <array>
 #include <cstddef>
 #include <vector>
