@@ -4,9 +4,8 @@
 #include <cassert>
 
 #include "dsp/filters/FilterConstants.h"
-#include "dsp/math/InPairs.h"
+#include "dsp/math/Rows.h"
 #include "dsp/math/Sine.h"
-#include "dsp/math/Tangent.h"
 
 namespace
 {
@@ -84,8 +83,7 @@ void ButterworthFilter::designSections (Cutoffs cutoffs, std::size_t first, Seri
     for (auto frame = first; frame <= last; ++frame)
         tangents[frame] = limitCutoff (cutoffs[frame], sampleRate) * pi / sampleRate;
 
-    elementary::inPairs (std::span (tangents).subspan (first, cutoffs.size() - first),
-                         [] (auto angle) { return elementary::tangent (angle); });
+    elementary::tangents (std::span (tangents).subspan (first, cutoffs.size() - first));
 
     for (std::size_t i = 0; i < numSections; ++i)
     {

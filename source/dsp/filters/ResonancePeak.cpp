@@ -5,9 +5,7 @@
 #include <cstddef>
 
 #include "dsp/filters/FilterConstants.h"
-#include "dsp/math/HyperbolicSine.h"
-#include "dsp/math/InPairs.h"
-#include "dsp/math/Sine.h"
+#include "dsp/math/Rows.h"
 
 namespace
 {
@@ -20,12 +18,10 @@ constexpr double inverseAmplitude = 0.31622776601683794;
 // ln (2) / 2 as a float.
 constexpr double halfLn2 = 0.3465735912322998;
 
-/** The sine of x within a quarter of a circle, and what it is at its ends beyond: it limits to -1 and 1 and folds nothing
-    back. A NaN becomes the upper limit. */
-[[nodiscard]] StereoPair saturate (StereoPair x) noexcept
+/** x within a quarter of a circle, so that its sine limits to -1 and 1 and folds nothing back. A NaN becomes the upper limit. */
+[[nodiscard]] StereoPair limited (StereoPair x) noexcept
 {
-    const auto upper = StereoPair::both (halfPi);
-    return elementary::sineWithinQuarterTurn (greaterOf (lesserOf (x, upper), StereoPair::both (-halfPi)));
+    return greaterOf (lesserOf (x, StereoPair::both (halfPi)), StereoPair::both (-halfPi));
 }
 
 /** The designs of a batch from one frame on, at this ratio to the cutoffs. */
@@ -42,13 +38,13 @@ void designEach (double sampleRate, std::span<const double> cutoffs, std::size_t
     for (auto i = first; i < cutoffs.size(); ++i)
         angles[i] = sines[i] = cosines[i] = cutoffs[i] * ratio * twoPi / sampleRate;
 
-    elementary::inPairs (ofBatch (sines), [] (auto w) { return elementary::sine (w); });
-    elementary::inPairs (ofBatch (cosines), [] (auto w) { return elementary::cosine (w); });
+    elementary::sines (ofBatch (sines));
+    elementary::cosines (ofBatch (cosines));
 
     for (auto i = first; i < cutoffs.size(); ++i)
         alphas[i] = bandwidthOctaves * halfLn2 * angles[i] / sines[i];
 
-    elementary::inPairs (ofBatch (alphas), [] (auto x) { return elementary::hyperbolicSine (x); });
+    elementary::hyperbolicSines (ofBatch (alphas));
 
     for (auto i = first; i < cutoffs.size(); ++i)
     {
@@ -93,12 +89,18 @@ void addSaturatedExcess (Process process, AmountOf amountOf, StereoBlock frames)
     std::array<StereoPair, maxBlockFrames> excess;
 
     for (std::size_t i = 0; i < frames.size(); ++i)
-        if (const auto amount = amountOf (i); ResonancePeak::isAudible (amount))
-            excess[i] = (process (i, frames[i]) - frames[i]) * StereoPair::both ((double) amount);
+    {
+        const auto amount = amountOf (i);
+        excess[i] = ResonancePeak::isAudible (amount)
+                        ? limited ((process (i, frames[i]) - frames[i]) * StereoPair::both ((double) amount))
+                        : StereoPair {};
+    }
+
+    elementary::sinesWithinQuarterTurn (std::span (excess).first (frames.size()));
 
     for (std::size_t i = 0; i < frames.size(); ++i)
         if (ResonancePeak::isAudible (amountOf (i)))
-            frames[i] = frames[i] + saturate (excess[i]);
+            frames[i] = frames[i] + excess[i];
 }
 } // namespace
 

@@ -7,6 +7,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "dsp/filters/SectionLaw.h"
+#include "dsp/filters/SectionsAvx2.h"
 #include "dsp/simd/StagePipeline.h"
 
 namespace
@@ -15,6 +17,19 @@ using Section = SectionCascade::Section;
 
 /** Sections in one pipeline at the most: four of them keep the processor busy, and their delay lines in its registers. */
 constexpr std::size_t maxPipelineSections = 4;
+
+/** Where two sections lie in a register, twice as many. That pipeline is longer, and pays from so many frames on. */
+constexpr std::size_t minFramesForTwo = 16;
+
+[[nodiscard]] bool areTwoInARegister (std::size_t numFrames) noexcept
+{
+    return avx2::isThere && numFrames >= minFramesForTwo;
+}
+
+[[nodiscard]] std::size_t maxSectionsFor (std::size_t numFrames) noexcept
+{
+    return areTwoInARegister (numFrames) ? avx2::SectionPipeline::maxSections : maxPipelineSections;
+}
 
 /** A coefficient of each section of a pipeline: one for all frames, or one for each. */
 template <bool perFrame>
@@ -90,11 +105,8 @@ public:
     template <std::size_t i>
     void process (std::size_t frame) noexcept
     {
-        const auto x = load<i> (frame);
-        const auto w0 = w1[i] * feedback1.at (i, frame) + feedback2.at (i, frame) * w2[i] + x;
-        const auto y = (numeratorMiddle[i] * w1[i] + w0 + w2[i]) * gain.at (i, frame);
-        w2[i] = w1[i];
-        w1[i] = w0;
+        const auto y = processSection (load<i> (frame), gain.at (i, frame), feedback1.at (i, frame),
+                                       feedback2.at (i, frame), numeratorMiddle[i], w1[i], w2[i]);
 
         if constexpr (i + 1 == numSections)
             sink.store (frame, y);
@@ -138,11 +150,32 @@ void processSections (std::span<const Section> sections, Source source, Frames b
     stages.keepDelayLines (sections, all);
 }
 
-/** One pipeline, of one to maxPipelineSections sections. */
+/** A pipeline with two sections in a register.
+    @param ends  frames or samples */
+template <bool perFrame, typename Ends>
+void processTwoInARegister (std::span<const Section> sections, Ends ends, Frames between,
+                            std::size_t numFrames) noexcept
+{
+    avx2::SectionPipeline pipeline { sections, perFrame, StereoBlock (between.pairs, numFrames), nullptr, nullptr };
+
+    if constexpr (std::is_same_v<Ends, Samples>)
+    {
+        pipeline.left = ends.left;
+        pipeline.right = ends.right;
+    }
+
+    pipeline.process();
+}
+
+/** One pipeline, of one to maxSectionsFor the frames. */
 template <bool perFrame, typename Source, typename Sink>
 void processPipeline (std::span<const Section> sections, Source source, Frames between, Sink sink,
                       std::size_t numFrames) noexcept
 {
+    if constexpr (avx2::isBuilt && std::is_same_v<Source, Sink>)
+        if (sections.size() > 1 && areTwoInARegister (numFrames))
+            return processTwoInARegister<perFrame> (sections, source, between, numFrames);
+
     static constexpr std::array pipelines { processSections<perFrame, Source, Sink, 1>,
                                             processSections<perFrame, Source, Sink, 2>,
                                             processSections<perFrame, Source, Sink, 3>,
@@ -157,10 +190,11 @@ template <bool perFrame>
 void processFrames (std::span<const Section> sections, StereoBlock block) noexcept
 {
     const Frames frames { block.data() };
+    const auto longest = maxSectionsFor (block.size());
 
-    for (std::size_t first = 0; first < sections.size(); first += maxPipelineSections)
-        processPipeline<perFrame> (sections.subspan (first, std::min (maxPipelineSections, sections.size() - first)),
-                                   frames, frames, frames, block.size());
+    for (std::size_t first = 0; first < sections.size(); first += longest)
+        processPipeline<perFrame> (sections.subspan (first, std::min (longest, sections.size() - first)), frames,
+                                   frames, frames, block.size());
 }
 
 /** Converts the samples on the way: the conversion overlaps with the first and the last section. At least one section, and
@@ -170,7 +204,7 @@ void processSamples (std::span<const Section> sections, SampleBlock block, Stere
     const Samples samples { block.left, block.right };
     const Frames between { storage };
 
-    if (sections.size() <= maxPipelineSections)
+    if (sections.size() <= maxSectionsFor (block.size))
         return processPipeline<false> (sections, samples, between, samples, block.size);
 
     const auto half = sections.size() / 2;

@@ -55,6 +55,15 @@ struct BitsOf
     using Type = BitPair;
 };
 
+/** The same for a type that names them. */
+template <typename Real>
+requires requires { typename Real::Bits; }
+struct BitsOf<Real>
+{
+    /** As many patterns. */
+    using Type = typename Real::Bits;
+};
+
 /** The same for one double. */
 template <>
 struct BitsOf<double>
@@ -70,8 +79,10 @@ template <typename Real>
 {
     if constexpr (std::is_same_v<Real, double>)
         return x;
-    else
+    else if constexpr (std::is_same_v<Real, StereoPair>)
         return Real::both (x);
+    else
+        return Real::all (x);
 }
 
 /** A pattern in every lane.
@@ -81,8 +92,10 @@ template <typename Real>
 {
     if constexpr (std::is_same_v<Real, double>)
         return bits;
-    else
+    else if constexpr (std::is_same_v<Real, StereoPair>)
         return BitPair::both (bits);
+    else
+        return Real::Bits::all (bits);
 }
 
 /** The pattern of -0. */

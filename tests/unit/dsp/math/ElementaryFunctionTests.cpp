@@ -6,6 +6,7 @@
 #include <limits>
 #include <numbers>
 #include <random>
+#include <span>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #include "dsp/math/FloatPower.h"
 #include "dsp/math/FloatSine.h"
 #include "dsp/math/HyperbolicSine.h"
+#include "dsp/math/Rows.h"
 #include "dsp/math/Sine.h"
 #include "dsp/math/Tangent.h"
 
@@ -103,6 +105,49 @@ TEST (ElementaryFunctions, GiveTheSameBitsInOneLaneAndInTwo)
     expectTheSameInEachLane (elementary::tangent<double>, elementary::tangent<StereoPair>);
     expectTheSameInEachLane (elementary::hyperbolicSine<double>, elementary::hyperbolicSine<StereoPair>);
     expectTheSameInEachLane (elementary::sineWithinQuarterTurn<double>, elementary::sineWithinQuarterTurn<StereoPair>);
+}
+
+TEST (ElementaryFunctions, GiveTheSameBitsAloneAndInRowsOfAnyLength)
+{
+    const auto expectTheSame = [] (auto ofRow, auto ofOne)
+    {
+        const auto doubles = doublesOfAllSizes();
+
+        for (std::size_t first = 0, size = 0; first + size <= doubles.size(); first += size, size = (size + 1) % 11)
+        {
+            const auto alone = std::span (doubles).subspan (first, size);
+            std::vector<double> row (alone.begin(), alone.end());
+
+            // What is behind the row stays.
+            row.push_back (7.0);
+            ofRow (std::span (row).first (size));
+            ASSERT_EQ (row.back(), 7.0);
+
+            for (std::size_t i = 0; i < size; ++i)
+                ASSERT_TRUE (areSame (row[i], ofOne (alone[i]))) << alone[i] << " in a row of " << size;
+        }
+    };
+
+    expectTheSame (elementary::sines, elementary::sine<double>);
+    expectTheSame (elementary::cosines, elementary::cosine<double>);
+    expectTheSame (elementary::tangents, elementary::tangent<double>);
+    expectTheSame (elementary::hyperbolicSines, elementary::hyperbolicSine<double>);
+
+    for (std::size_t size = 0; size < 11; ++size)
+    {
+        std::vector<StereoPair> row;
+
+        for (std::size_t i = 0; i < size; ++i)
+            row.push_back ({ 0.14 * (double) i, -0.1 * (double) i });
+
+        elementary::sinesWithinQuarterTurn (row);
+
+        for (std::size_t i = 0; i < size; ++i)
+        {
+            EXPECT_EQ (row[i].left(), elementary::sine (0.14 * (double) i));
+            EXPECT_EQ (row[i].right(), elementary::sine (-0.1 * (double) i));
+        }
+    }
 }
 
 TEST (ElementaryFunctions, GiveTheSameBitsInOneLaneAndInFour)
