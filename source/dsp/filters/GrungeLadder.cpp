@@ -5,37 +5,14 @@
 #include <utility>
 
 #include "dsp/filters/FilterConstants.h"
+#include "dsp/filters/LadderAvx2.h"
+#include "dsp/filters/LadderLaw.h"
 #include "dsp/math/Tangent.h"
+#include "dsp/simd/Avx2.h"
 #include "dsp/simd/StagePipeline.h"
 
 namespace
 {
-/** One frame through one lowpass stage; y is its state. The memory carries the non-linearity, so that the filter drags
-    behind large signals. */
-[[nodiscard]] StereoPair processLowpassStage (const GrungeLadder::Coefficients& c, StereoPair& y, StereoPair x) noexcept
-{
-    const auto one = StereoPair::both (1.0);
-    const auto input = StereoPair::both (c.inputCoefficient);
-    const auto prediction = input * x + y * StereoPair::both (c.poleCoefficient);
-    const auto distance = (x - prediction).magnitude();
-    const auto e = input / (StereoPair::both (c.grunge) * distance + one);
-    y = x * e + (one - e) * y;
-    return y;
-}
-
-/** No mirror image of the lowpass: the state stays linear, and only the output is modulated. */
-[[nodiscard]] StereoPair processHighpassStage (const GrungeLadder::Coefficients& c, StereoPair& y,
-                                               StereoPair x) noexcept
-{
-    const auto one = StereoPair::both (1.0);
-    const auto pole = StereoPair::both (c.poleCoefficient);
-    const auto prediction = StereoPair::both (c.inputCoefficient) * x + y * pole;
-    const auto distance = (x - prediction).magnitude();
-    const auto e = pole / (StereoPair::both (c.grunge) * distance + one);
-    y = prediction;
-    return x - (e * prediction + (one - e) * x);
-}
-
 /** The stages of a pipeline.
     @tparam perFrame  each frame has coefficients of its own */
 template <std::size_t numStages, bool isHighpass, bool perFrame>
@@ -53,9 +30,12 @@ public:
     template <std::size_t i>
     void process (std::size_t frame) noexcept
     {
-        const auto c = perFrame ? coefficients[frame] : fixedCoefficients;
+        const auto& own = perFrame ? coefficients[frame] : fixedCoefficients;
+        const ladderLaw::Coefficients c { StereoPair::both (own.poleCoefficient),
+                                          StereoPair::both (own.inputCoefficient), StereoPair::both (own.grunge) };
         const auto x = frames[frame];
-        frames[frame] = isHighpass ? processHighpassStage (c, state[i], x) : processLowpassStage (c, state[i], x);
+        frames[frame] =
+            isHighpass ? ladderLaw::processHighpass (c, state[i], x) : ladderLaw::processLowpass (c, state[i], x);
     }
 
     template <std::size_t... i>
@@ -98,6 +78,13 @@ void processLadder (GrungeLadder& ladder, const GrungeLadder::Coefficients* coef
 
     if (ladder.numStages == 0)
         return;
+
+    if constexpr (avx2::isBuilt)
+        if (avx2::isThere && ladder.numStages > 1 && frames.size() >= avx2::minFrames)
+        {
+            const auto state = std::span (ladder.state).first ((std::size_t) ladder.numStages);
+            return avx2::LadderPipeline { ladder.isHighpass, state, coefficients, perFrame, frames }.process();
+        }
 
     if (ladder.isHighpass)
         processPipeline<true, perFrame> (ladder, coefficients, frames, all);

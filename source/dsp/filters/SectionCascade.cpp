@@ -9,6 +9,7 @@
 
 #include "dsp/filters/SectionLaw.h"
 #include "dsp/filters/SectionsAvx2.h"
+#include "dsp/simd/Avx2.h"
 #include "dsp/simd/StagePipeline.h"
 
 namespace
@@ -18,14 +19,12 @@ using Section = SectionCascade::Section;
 /** Sections in one pipeline at the most: four of them keep the processor busy, and their delay lines in its registers. */
 constexpr std::size_t maxPipelineSections = 4;
 
-/** Where two sections lie in a register, twice as many. That pipeline is longer, and pays from so many frames on. */
-constexpr std::size_t minFramesForTwo = 16;
-
 [[nodiscard]] bool areTwoInARegister (std::size_t numFrames) noexcept
 {
-    return avx2::isThere && numFrames >= minFramesForTwo;
+    return avx2::isThere && numFrames >= avx2::minFrames;
 }
 
+/** Twice as many where two sections lie in a register. */
 [[nodiscard]] std::size_t maxSectionsFor (std::size_t numFrames) noexcept
 {
     return areTwoInARegister (numFrames) ? avx2::SectionPipeline::maxSections : maxPipelineSections;

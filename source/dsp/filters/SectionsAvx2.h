@@ -5,7 +5,6 @@
 #include <span>
 
 #include "dsp/filters/SectionCascade.h"
-#include "dsp/simd/Avx2.h"
 
 namespace avx2
 {

@@ -7,6 +7,7 @@
 #include "dsp/math/RowsAvx2.h"
 #include "dsp/math/Sine.h"
 #include "dsp/math/Tangent.h"
+#include "dsp/simd/Avx2.h"
 
 namespace
 {

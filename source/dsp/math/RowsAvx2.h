@@ -3,7 +3,6 @@
 
 #include <span>
 
-#include "dsp/simd/Avx2.h"
 #include "dsp/simd/Lanes.h"
 
 /** The rows of dsp/math/Rows.h, four values at a time. */

@@ -102,6 +102,13 @@ public:
     /** The second pair, to memory. */
     void storeSecond (double* pair) const noexcept { _mm_storeu_pd (pair, second()); }
 
+    /** One of both, to memory. */
+    template <bool ofSecond>
+    void storeHalf (double* pair) const noexcept
+    {
+        ofSecond ? storeSecond (pair) : storeFirst (pair);
+    }
+
     /** Rounds one pair. */
     template <bool ofSecond>
     void narrow (float& left, float& right) const noexcept

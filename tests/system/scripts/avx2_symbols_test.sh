@@ -17,4 +17,11 @@ then
     exit 1
 fi
 
+# Such a function would run while the module is loaded, on every processor.
+if nm "$@" | grep '_GLOBAL__sub_I'
+then
+    echo 'FAILED: the objects above have variables that are initialised when the module is loaded'
+    exit 1
+fi
+
 echo "no shared function in $# objects"
