@@ -60,33 +60,35 @@ private:
 
     void run() const noexcept
     {
-        std::size_t iteration = 0;
+        constexpr auto firstFull = longestDelay + 1;
+        const auto isLong = numFrames > firstFull;
 
-        for (; iteration <= longestDelay; ++iteration)
-            processWhereFrameExists (iteration);
+        for (std::size_t stage = 0; stage < numStages; ++stage)
+            processAlone (stage, 0, isLong ? firstFull - delayOf (stage) : numFrames);
 
-        if (iteration < numFrames)
-        {
-            processAll (iteration, std::make_index_sequence<numRegisters> {});
-            iteration = numFrames;
-        }
+        if (! isLong)
+            return;
 
-        for (; iteration < numFrames + longestDelay; ++iteration)
-            processWhereFrameExists (iteration);
+        processAll (firstFull, std::make_index_sequence<numRegisters> {});
+
+        for (std::size_t stage = 0; stage < numStages; ++stage)
+            processAlone (stage, numFrames - delayOf (stage), numFrames);
     }
 
-    /** At both ends some stages have no frame: a frame before the first wraps to a huge number. */
-    void processWhereFrameExists (std::size_t iteration) const noexcept
+    /** Some frames through one stage, where the stages have no frame all together.
+        @param last  behind the last one */
+    void processAlone (std::size_t stage, std::size_t first, std::size_t last) const noexcept
     {
-        for (std::size_t i = 0; i < numStages; ++i)
-            if (const auto frame = iteration - delayOf (i); frame < numFrames)
-            {
-                auto alone = stages.two (i, i);
-                const auto x = i == 0 ? stages.input (frame) : DoubleQuad::pair (stages.between (frame));
-                const auto y = alone.process (x, frame, frame);
-                alone.keepFirst();
-                i == lastStage ? stages.template leave<false> (y, frame) : y.storeFirst (stages.between (frame));
-            }
+        auto alone = stages.two (stage, stage);
+
+        for (auto frame = first; frame < last; ++frame)
+        {
+            const auto x = stage == 0 ? stages.input (frame) : DoubleQuad::pair (stages.between (frame));
+            const auto y = alone.process (x, frame, frame);
+            stage == lastStage ? stages.template leave<false> (y, frame) : y.storeFirst (stages.between (frame));
+        }
+
+        alone.keepFirst();
     }
 
     /** The iterations in which every stage has a frame. Everything stays in registers: as in StagePipeline, all indices are
