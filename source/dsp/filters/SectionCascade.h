@@ -65,8 +65,6 @@ public:
     void finish() noexcept;
 
 private:
-    void convertAndProcess() noexcept;
-
     const SampleBlock samples;
     const Coefficients coefficients;
     std::array<StereoPair, maxBlockFrames> storage;
