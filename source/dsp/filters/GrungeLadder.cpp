@@ -31,8 +31,9 @@ public:
     void process (std::size_t frame) noexcept
     {
         const auto& own = perFrame ? coefficients[frame] : fixedCoefficients;
-        const ladderLaw::Coefficients c { StereoPair::both (own.poleCoefficient),
-                                          StereoPair::both (own.inputCoefficient), StereoPair::both (own.grunge) };
+        const ladderLaw::Coefficients<StereoPair> c { StereoPair::both (own.poleCoefficient),
+                                                      StereoPair::both (own.inputCoefficient),
+                                                      StereoPair::both (own.grunge) };
         const auto x = frames[frame];
         frames[frame] =
             isHighpass ? ladderLaw::processHighpass (c, state[i], x) : ladderLaw::processLowpass (c, state[i], x);
