@@ -20,14 +20,14 @@ class TwoStages
 {
 public:
     TwoStages (const GrungeLadder::Coefficients* newCoefficients, double* newFirst, double* newSecond) noexcept
-        : coefficients (newCoefficients), standing (at (0, 0)), first (newFirst), second (newSecond),
-          state (DoubleQuad::pairs (first, second))
+        : standing (bothOf (newCoefficients[0], newCoefficients[0])), state (DoubleQuad::pairs (newFirst, newSecond)),
+          coefficients (newCoefficients), first (newFirst), second (newSecond)
     {
     }
 
     [[nodiscard]] DoubleQuad process (DoubleQuad x, std::size_t frame1, std::size_t frame2) noexcept
     {
-        const auto c = perFrame ? at (frame1, frame2) : standing;
+        const auto c = perFrame ? bothOf (coefficients[frame1], coefficients[frame2]) : standing;
         return isHighpass ? ladderLaw::processHighpass (c, state, x) : ladderLaw::processLowpass (c, state, x);
     }
 
@@ -35,20 +35,21 @@ public:
     void keepSecond() const noexcept { state.storeSecond (second); }
 
 private:
-    [[nodiscard]] ladderLaw::Coefficients<DoubleQuad> at (std::size_t frame1, std::size_t frame2) const noexcept
+    using Coefficients = GrungeLadder::Coefficients;
+
+    [[nodiscard]] static ladderLaw::Coefficients<DoubleQuad> bothOf (const Coefficients& a,
+                                                                     const Coefficients& b) noexcept
     {
-        const auto& a = coefficients[frame1];
-        const auto& b = coefficients[frame2];
         return { DoubleQuad::twiceEach (&a.poleCoefficient, &b.poleCoefficient),
                  DoubleQuad::twiceEach (&a.inputCoefficient, &b.inputCoefficient),
                  DoubleQuad::twiceEach (&a.grunge, &b.grunge) };
     }
 
-    const GrungeLadder::Coefficients* const coefficients;
     const ladderLaw::Coefficients<DoubleQuad> standing;
+    DoubleQuad state;
+    const Coefficients* const coefficients;
     double* const first;
     double* const second;
-    DoubleQuad state;
 };
 
 /** The stages of a pipeline. */

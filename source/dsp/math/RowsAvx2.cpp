@@ -15,24 +15,23 @@ namespace
 template <typename Function>
 void inQuads (double* values, std::size_t size, Function function) noexcept
 {
-    const auto* const end = values + size;
+    std::size_t i = 0;
 
-    for (; values + DoubleQuad::size <= end; values += DoubleQuad::size)
-        function (DoubleQuad::load (values)).store (values);
+    for (; i + DoubleQuad::size <= size; i += DoubleQuad::size)
+        function (DoubleQuad::load (values + i)).store (values + i);
 
-    if (values == end)
+    if (i == size)
         return;
 
     double rest[DoubleQuad::size] = {};
-    const auto numLeft = (std::size_t) (end - values);
 
-    for (std::size_t i = 0; i < numLeft; ++i)
-        rest[i] = values[i];
+    for (auto j = i; j < size; ++j)
+        rest[j - i] = values[j];
 
     function (DoubleQuad::load (rest)).store (rest);
 
-    for (std::size_t i = 0; i < numLeft; ++i)
-        values[i] = rest[i];
+    for (auto j = i; j < size; ++j)
+        values[j] = rest[j - i];
 }
 } // namespace
 

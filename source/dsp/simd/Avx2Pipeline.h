@@ -60,7 +60,8 @@ private:
 
     void run() const noexcept
     {
-        constexpr auto firstFull = longestDelay + 1;
+        // Every stage has given two frames by then, which processAll takes up.
+        constexpr auto firstFull = longestDelay + 2;
         const auto isLong = numFrames > firstFull;
 
         for (std::size_t stage = 0; stage < numStages; ++stage)
